@@ -1,0 +1,24 @@
+// SMBIOS values: fields of the entry point structure and of the structures in the table.
+#pragma once
+
+#include "Lib/API/RyxBin.h"
+
+#include <cstdint>
+
+// Library field number: structure type x 50 + the field's row among the rows of its type.
+constexpr std::uint32_t RyxFieldsPerType = 50;
+
+// Gives the value of a field as a new container that the caller owns; a string value ends in its NUL. Instances count
+// from 1. No such instance: RyxOk and `bin` untouched. Every call takes a fresh copy of the table.
+// RyxErrorUnsupported: the field is not in this structure; RyxErrorArgument: no row has the number, or no out-parameter;
+// RyxErrorNotFound, RyxErrorBuffer, RyxErrorTableRead: no table; RyxErrorMemory.
+RyxStatus RyxSmbiosDataGet(std::uint32_t field, std::uint32_t instance, RyxBin** bin);
+
+// Gives the bytes of a structure from `offset` to the end of its formatted area, never past the table, as a new
+// container that the caller owns (empty when the table ends right at the offset). Instances, and the result without a
+// match, are as for RyxSmbiosDataGet. RyxErrorUnsupported: the formatted area does not reach beyond the offset.
+RyxStatus RyxSmbiosAreaGet(std::uint8_t type, std::uint32_t instance, std::uint8_t offset, RyxBin** bin);
+
+// Gives an entry point field (0 to 13; any other number gives an empty value) as a new container that the caller owns.
+// RyxErrorNotFound: no entry point; RyxErrorArgument: no out-parameter; RyxErrorMemory.
+RyxStatus RyxSmbiosEpsDataGet(std::uint32_t field, RyxBin** bin);

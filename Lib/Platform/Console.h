@@ -1,0 +1,15 @@
+// The console behind standard output.
+#pragma once
+
+#include "Lib/RyxStatus.h"
+
+#include <cstdint>
+
+// Width and height of the screen buffer in cells. RyxErrorUnsupported when standard output is no console.
+RyxStatus ConsoleSizeGet(std::uint32_t* width, std::uint32_t* height);
+
+// Fills the screen buffer with spaces in the current colour and homes the cursor; nothing when there is no console.
+void ConsoleClear();
+
+// Waits for one key press, unechoed.
+void ConsoleKeyWait();

@@ -1,0 +1,146 @@
+// What the tests share.
+#include "tests/Support.h"
+
+#include "Lib/Common/LibraryContext.h"
+#include "Lib/Platform/Driver.h"
+#include "viewer/StructDispatch.h"
+#include "viewer/ViewerState.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+std::string ContentOf(int file) {
+    std::string content;
+    char piece[4096];
+    lseek(file, 0, SEEK_SET);
+    for (ssize_t got; (got = read(file, piece, sizeof piece)) > 0;) {
+        content.append(piece, static_cast<std::size_t>(got));
+    }
+    return content;
+}
+
+} // namespace
+
+std::string Captured(const std::function<void()>& action) {
+    std::fflush(stdout);
+    const int kept = dup(STDOUT_FILENO);
+    const int file = memfd_create("captured", 0);
+    dup2(file, STDOUT_FILENO);
+    action();
+    std::fflush(stdout);
+    dup2(kept, STDOUT_FILENO);
+    close(kept);
+    std::string output = ContentOf(file);
+    close(file);
+    return output;
+}
+
+void StartOver(StandIn::Machine machine) {
+    DriverRequest(DriverUnload);
+    StandIn::MachineSet(std::move(machine));
+    LibraryContextReset();
+    ViewerBinsRelease();
+    ViewerFieldSelected = 0;
+    ViewerFieldCounter = 0;
+    ViewerDecoderRan = 0;
+    ViewerInstanceFirst = 1;
+    ViewerInstanceEnd = 128;
+    ViewerSmbiosMajor = 0;
+    ViewerSmbiosMinor = 0;
+}
+
+std::string Decoded(std::uint8_t type, const StandIn::SmbiosBuilder& table, std::uint8_t version,
+                    const Selection& selection) {
+    StartOver(StandIn::MachineWithTable(table, version / 10, version % 10));
+    if (DriverRequest(DriverLoad) != RyxOk) {
+        return "(the driver could not be loaded)";
+    }
+    ViewerFieldSelected = selection.Field;
+    ViewerInstanceFirst = selection.InstanceFirst;
+    ViewerInstanceEnd = selection.InstanceEnd;
+    std::string output = Captured([type] { EXPECT_EQ(StructDecoderTable[type](), RyxOk); });
+    ViewerBinsRelease();
+    DriverRequest(DriverUnload);
+    return output;
+}
+
+Ran RunProgram(const std::vector<std::string>& arguments, const std::string& machine, const std::string& folder) {
+    const int output = memfd_create("output", 0);
+    const int errors = memfd_create("errors", 0);
+    std::vector<std::string> words{QUARRINET_PROGRAM};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (std::string& word : words) {
+        argv.push_back(word.data());
+    }
+    argv.push_back(nullptr);
+    std::vector<std::string> settings{"QUARRINET_MACHINE=" + machine};
+    for (char** setting = environ; *setting != nullptr; ++setting) {
+        if (std::string(*setting).rfind("QUARRINET_MACHINE=", 0) != 0) {
+            settings.emplace_back(*setting);
+        }
+    }
+    std::vector<char*> envp;
+    for (std::string& setting : settings) {
+        envp.push_back(setting.data());
+    }
+    envp.push_back(nullptr);
+
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, errors, STDERR_FILENO);
+    if (!folder.empty()) {
+        posix_spawn_file_actions_addchdir_np(&actions, folder.c_str());
+    }
+    pid_t process = 0;
+    int state = 0;
+    Ran ran{-1, "", ""};
+    if (posix_spawn(&process, QUARRINET_PROGRAM, &actions, nullptr, argv.data(), envp.data()) == 0 &&
+        waitpid(process, &state, 0) == process && WIFEXITED(state)) {
+        ran.ExitCode = WEXITSTATUS(state);
+    }
+    posix_spawn_file_actions_destroy(&actions);
+    ran.Output = ContentOf(output);
+    ran.Errors = ContentOf(errors);
+    close(output);
+    close(errors);
+    return ran;
+}
+
+namespace {
+
+std::string FolderMake() {
+    std::string path = (std::filesystem::temp_directory_path() / "quarrinet-test-XXXXXX").string();
+    return mkdtemp(path.data()) != nullptr ? path : std::string();
+}
+
+} // namespace
+
+TemporaryFolder::TemporaryFolder() : Path(FolderMake()) {}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(Path, ignored);
+}
+
+std::string TemporaryFolder::Write(const std::string& name, const std::string& content) const {
+    const std::string path = Path + "/" + name;
+    std::ofstream(path, std::ios::binary) << content;
+    return path;
+}
+
+std::string TemporaryFolder::Write(const std::string& name, const StandIn::Bytes& content) const {
+    return Write(name, std::string(content.begin(), content.end()));
+}

@@ -1,0 +1,10 @@
+// The decoders, one per structure type. Each shows the selected fields of the structures of its type and returns RyxOk;
+// a field that can't be read ends a structure's output silently.
+#pragma once
+
+#include "Lib/RyxStatus.h"
+
+RyxStatus StructDecodeType0();
+RyxStatus StructDecodeType1();
+RyxStatus StructDecodeType2();
+RyxStatus StructDecodeType3();
