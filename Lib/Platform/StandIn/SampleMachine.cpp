@@ -60,7 +60,7 @@ void BoardAndChassis(SmbiosBuilder& table, Handles& handles) {
     table.String("Asset-0815").Byte(0x09).String("Main tray").Word(handles.Chassis).Byte(10);
     table.Byte(2).Word(riser).Word(handles.Processor); // what it contains
     table.Begin(2, riser).String("Example Works").String("Sample Riser").String("").String("RSR-00042");
-    table.String("").Byte(0x1E).String("Slot 3").Word(handles.Chassis).Byte(9).Byte(0);
+    table.String("").Byte(0x1E).String("Slot 3").Word(handles.Chassis).Byte(9).Byte(1).Word(handles.Caches[2]);
 }
 
 void Caches(SmbiosBuilder& table, Handles& handles) {
