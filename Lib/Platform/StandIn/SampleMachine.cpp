@@ -32,7 +32,7 @@ void FirmwareAndSystem(SmbiosBuilder& table) {
     table.Begin(0).String("Example Firmware Works").String("EFW 2.14").Word(0xE800).String("03/27/2015");
     table.Byte(0x7F);                       // (127 + 1) x 64 KB: 8 MB
     table.Qword(0x000000054BDA9880);        // the upper half is the maker's own
-    table.Byte(0x33).Byte(0x0D);            // ACPI, USB, LS-120, ZIP; boot specification, targeted content, UEFI
+    table.Byte(0x33).Byte(0x0D);            // ACPI, USB, LS-120, ZIP; BIOS boot menu, targeted content, UEFI
     table.Byte(2).Byte(14).Byte(1).Byte(9); // releases: system firmware 2.14, embedded controller 1.9
 
     table.Begin(1).String("Example Works").String("Sample Server 200").String("Rev C").String("SRV-0001234");
