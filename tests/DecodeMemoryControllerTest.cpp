@@ -40,11 +40,9 @@ const std::string ControllerEnabled = "Enable Error Correcting Capabilities : 0x
                                       "  Bit4 Double Bit Error Correcting - 0 (No)\n"
                                       "  Bit5 Error Scrubbing - 1 (Yes)\n";
 
-// A controller whose bytes from the number of slots on are others.
-StandIn::Bytes ControllerWithSlots(const StandIn::Bytes& slots) {
-    StandIn::Bytes area(ControllerArea.begin(), ControllerArea.begin() + 10);
-    area.insert(area.end(), slots.begin(), slots.end());
-    return area;
+// Adds a controller whose bytes from the number of slots on are others.
+void ControllerAdd(StandIn::SmbiosBuilder& table, const StandIn::Bytes& slots) {
+    table.Begin(Controller).Raw(StandIn::Bytes(ControllerArea.begin(), ControllerArea.begin() + 10)).Raw(slots);
 }
 
 std::string ControllerHead(const char* length, const char* handle) {
@@ -57,9 +55,9 @@ std::string ControllerHead(const char* length, const char* handle) {
 // handles than the table has bytes.
 TEST(DecodeMemoryController, SlotsDecideWhatFollowsThem) {
     StandIn::SmbiosBuilder table = Alone(Controller, ControllerArea);
-    table.Begin(Controller).Raw(ControllerWithSlots({0, 0x24}));
-    table.Begin(Controller).Raw(ControllerWithSlots({0}));
-    table.Begin(Controller).Raw(ControllerWithSlots({200, 0x24}));
+    ControllerAdd(table, {0, 0x24});
+    ControllerAdd(table, {0});
+    ControllerAdd(table, {200, 0x24});
     const std::string first = ControllerHead("0x16 (22)", "0x0000 (00)") + ControllerStart +
                               "Number of Associated Memory Slots : 0x03 (3)\n"
                               "Memory Module Configuration Handle : 0x0010 0x0011 0xabcd \n";
@@ -91,7 +89,8 @@ TEST(DecodeMemoryController, ControllerCodesAndSizes) {
 
 // Each structure that is visited opens with a blank line, also those that don't have the selected field.
 TEST(DecodeMemoryController, ASelectedFieldIsShownByTheFirstThatHasIt) {
-    StandIn::SmbiosBuilder table = Alone(Controller, ControllerWithSlots({0}));
+    StandIn::SmbiosBuilder table;
+    ControllerAdd(table, {0});
     table.Begin(Controller).Raw(ControllerArea);
     table.Begin(Controller).Raw(ControllerArea);
     const std::string line = "Memory Module Configuration Handle : 0x0010 0x0011 0xabcd \n";
