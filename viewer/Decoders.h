@@ -8,3 +8,6 @@ RyxStatus StructDecodeType0();
 RyxStatus StructDecodeType1();
 RyxStatus StructDecodeType2();
 RyxStatus StructDecodeType3();
+RyxStatus StructDecodeType15();
+RyxStatus StructDecodeType16();
+RyxStatus StructDecodeType17();
