@@ -11,3 +11,8 @@ RyxStatus StructDecodeType3();
 RyxStatus StructDecodeType15();
 RyxStatus StructDecodeType16();
 RyxStatus StructDecodeType17();
+RyxStatus StructDecodeType18();
+RyxStatus StructDecodeType19();
+RyxStatus StructDecodeType20();
+RyxStatus StructDecodeType21();
+RyxStatus StructDecodeType22();
