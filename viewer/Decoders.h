@@ -3,11 +3,21 @@
 #pragma once
 
 #include "Lib/RyxStatus.h"
-
 RyxStatus StructDecodeType0();
 RyxStatus StructDecodeType1();
 RyxStatus StructDecodeType2();
 RyxStatus StructDecodeType3();
+RyxStatus StructDecodeType4();
+RyxStatus StructDecodeType5();
+RyxStatus StructDecodeType6();
+RyxStatus StructDecodeType7();
+RyxStatus StructDecodeType8();
+RyxStatus StructDecodeType9();
+RyxStatus StructDecodeType10();
+RyxStatus StructDecodeType11();
+RyxStatus StructDecodeType12();
+RyxStatus StructDecodeType13();
+RyxStatus StructDecodeType14();
 RyxStatus StructDecodeType15();
 RyxStatus StructDecodeType16();
 RyxStatus StructDecodeType17();

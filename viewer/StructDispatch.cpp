@@ -9,6 +9,17 @@ const std::array<StructDecoder, 128> StructDecoderTable = [] {
     table[1] = StructDecodeType1;
     table[2] = StructDecodeType2;
     table[3] = StructDecodeType3;
+    table[4] = StructDecodeType4;
+    table[5] = StructDecodeType5;
+    table[6] = StructDecodeType6;
+    table[7] = StructDecodeType7;
+    table[8] = StructDecodeType8;
+    table[9] = StructDecodeType9;
+    table[10] = StructDecodeType10;
+    table[11] = StructDecodeType11;
+    table[12] = StructDecodeType12;
+    table[13] = StructDecodeType13;
+    table[14] = StructDecodeType14;
     return table;
 }();
 
