@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Lib/RyxStatus.h"
+
 RyxStatus StructDecodeType0();
 RyxStatus StructDecodeType1();
 RyxStatus StructDecodeType2();
