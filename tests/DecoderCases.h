@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <initializer_list>
+#include <span>
 
 // The first structure of a table: the bytes behind the header, and the string set.
 inline StandIn::SmbiosBuilder Alone(std::uint8_t type, const StandIn::Bytes& area,
@@ -28,7 +29,7 @@ struct FieldCase {
 };
 
 // Each case on a structure that is `area` apart from the case's bytes.
-inline void ExpectFields(std::uint8_t type, const StandIn::Bytes& area, std::initializer_list<FieldCase> cases) {
+inline void ExpectFields(std::uint8_t type, const StandIn::Bytes& area, std::span<const FieldCase> cases) {
     for (const FieldCase& each : cases) {
         StandIn::Bytes changed = area;
         ASSERT_LE(each.Offset - 4 + each.Value.size(), area.size());
