@@ -85,35 +85,35 @@ TEST(DecodeMappedAddress, Battery) {
 
 TEST(DecodeMappedAddress, FieldValues) {
     const StandIn::Bytes zeros(60);
-    ExpectFields(18, zeros,
-                 {
-                     {4, 0x04, {0x0E}, "Error Type : 0x0E - Uncorrectable error\n"},
-                     {4, 0x04, {0x0F}, "Error Type : 0x0F - Unrecognized\n"},
-                     {5, 0x05, {0x04}, "Error Granularity : 0x04 - Memory partition level \n"},
-                     {5, 0x05, {0x05}, "Error Granularity : 0x05 - Unrecognized \n"},
-                     {6, 0x06, {0x00}, "Error Operation : 0x00 -  \n"},
-                     {6, 0x06, {0x06}, "Error Operation : 0x06 - Unrecognized \n"},
-                     {7, 0x07, {0x00, 0x00, 0x00, 0x80}, "Vendor Syndrome : 0x80000000 \n"},
-                     {8, 0x0B, {0x00, 0x00, 0x00, 0x00}, "Memory Array Error Address : 0x00000000 \n"},
-                     {9, 0x0F, {0x00, 0x00, 0x00, 0x80}, "Device Error Address : 0x80000000 - Unknown\n"},
-                     {10, 0x13, {0x00, 0x00, 0x00, 0x80}, "Error Resolution : 0x80000000 - Unknown\n"},
-                 });
-    ExpectFields(21, zeros,
-                 {
-                     {4, 0x04, {0x09}, "Type : 0x09 - Optical Sensor\n"},
-                     {4, 0x04, {0x0A}, "Type : 0x0A - Unrecognized\n"},
-                     {5, 0x05, {0x08}, "Interface : 0x08 - ADB(Apple Destkop Bus)\n"},
-                     {5, 0x05, {0x09}, "Interface : 0x09 - Unrecognized\n"},
-                     {5, 0x05, {0x9F}, "Interface : 0x9F - Unrecognized\n"},
-                     {5, 0x05, {0xA0}, "Interface : 0xA0 - Bus mouse DB-9\n"},
-                     {5, 0x05, {0xA2}, "Interface : 0xA2 - USB\n"},
-                     {5, 0x05, {0xA3}, "Interface : 0xA3 - Unrecognized\n"},
-                 });
-    ExpectFields(22, zeros,
-                 {
-                     {9, 0x09, {0x08}, "Device Chemistry : 0x08 - Lithium Polymer\n"},
-                     {9, 0x09, {0x09}, "Device Chemistry : 0x09 - Unrecognized\n"},
-                 });
+    const FieldCase memoryError[] = {
+        {4, 0x04, {0x0E}, "Error Type : 0x0E - Uncorrectable error\n"},
+        {4, 0x04, {0x0F}, "Error Type : 0x0F - Unrecognized\n"},
+        {5, 0x05, {0x04}, "Error Granularity : 0x04 - Memory partition level \n"},
+        {5, 0x05, {0x05}, "Error Granularity : 0x05 - Unrecognized \n"},
+        {6, 0x06, {0x00}, "Error Operation : 0x00 -  \n"},
+        {6, 0x06, {0x06}, "Error Operation : 0x06 - Unrecognized \n"},
+        {7, 0x07, {0x00, 0x00, 0x00, 0x80}, "Vendor Syndrome : 0x80000000 \n"},
+        {8, 0x0B, {0x00, 0x00, 0x00, 0x00}, "Memory Array Error Address : 0x00000000 \n"},
+        {9, 0x0F, {0x00, 0x00, 0x00, 0x80}, "Device Error Address : 0x80000000 - Unknown\n"},
+        {10, 0x13, {0x00, 0x00, 0x00, 0x80}, "Error Resolution : 0x80000000 - Unknown\n"},
+    };
+    ExpectFields(18, zeros, memoryError);
+    const FieldCase pointingDevice[] = {
+        {4, 0x04, {0x09}, "Type : 0x09 - Optical Sensor\n"},
+        {4, 0x04, {0x0A}, "Type : 0x0A - Unrecognized\n"},
+        {5, 0x05, {0x08}, "Interface : 0x08 - ADB(Apple Destkop Bus)\n"},
+        {5, 0x05, {0x09}, "Interface : 0x09 - Unrecognized\n"},
+        {5, 0x05, {0x9F}, "Interface : 0x9F - Unrecognized\n"},
+        {5, 0x05, {0xA0}, "Interface : 0xA0 - Bus mouse DB-9\n"},
+        {5, 0x05, {0xA2}, "Interface : 0xA2 - USB\n"},
+        {5, 0x05, {0xA3}, "Interface : 0xA3 - Unrecognized\n"},
+    };
+    ExpectFields(21, zeros, pointingDevice);
+    const FieldCase battery[] = {
+        {9, 0x09, {0x08}, "Device Chemistry : 0x08 - Lithium Polymer\n"},
+        {9, 0x09, {0x09}, "Device Chemistry : 0x09 - Unrecognized\n"},
+    };
+    ExpectFields(22, zeros, battery);
     ExpectFieldCount(18, zeros, 10);
     ExpectFieldCount(19, zeros, 9);
     ExpectFieldCount(20, zeros, 12);

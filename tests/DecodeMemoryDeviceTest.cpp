@@ -148,44 +148,43 @@ TEST(DecodeMemoryDevice, MemoryDeviceSelectedFieldOfTheFirstThatHasIt) {
 
 TEST(DecodeMemoryDevice, FieldValues) {
     const StandIn::Bytes zeros(60);
-    ExpectFields(15, zeros,
-                 {
-                     {7, 0x0A, {0x05}, "Access Method : 0x05 - Unrecognized\n"},
-                     {11, 0x14, {0x00}, "Log Header Format : 0x00 - No header\n"},
-                     {11, 0x14, {0x02}, "Log Header Format : 0x02 - Available for future assignment by this spec\n"},
-                     {11, 0x14, {0x7F}, "Log Header Format : 0x7F - Available for future assignment by this spec\n"},
-                     {11, 0x14, {0x80}, "Log Header Format : 0x80 - BIOS Vendor or OEM-specific format\n"},
-                     {11, 0x14, {0xFF}, "Log Header Format : 0xFF - BIOS Vendor or OEM-specific format\n"},
-                 });
-    ExpectFields(
-        16, zeros,
-        {
-            {4, 0x04, {0x00}, "Location : 0x00 - \n"},
-            {4, 0x04, {0x0A}, "Location : 0x0A - NuBus\n"},
-            {4, 0x04, {0x0B}, "Location : 0x0B - Unrecognized\n"},
-            {4, 0x04, {0x9F}, "Location : 0x9F - Unrecognized\n"},
-            {4, 0x04, {0xA0}, "Location : 0xA0 - PC-98/C20 add-on card\n"},
-            {4, 0x04, {0xA3}, "Location : 0xA3 - PC-98/Local bus add-on card\n"},
-            {4, 0x04, {0xA4}, "Location : 0xA4 - Unrecognized\n"},
-            {5, 0x05, {0x07}, "Use : 0x07 - Cache memory \n"},
-            {5, 0x05, {0x08}, "Use : 0x08 - Unrecognized \n"},
-            {6, 0x06, {0x07}, "Memory Error Correction : 0x07 - CRC \n"},
-            {6, 0x06, {0x08}, "Memory Error Correction : 0x08 - Unrecognized \n"},
-            {7, 0x07, {0x00, 0x00, 0x00, 0x80}, "Maximum Capacity : 0x80000000 - -2147483648KB, 2097152MB, 2048GB\n"},
-            {10,
-             0x0F,
-             {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF},
-             "Extended Maximum Capacity : 0xffffffffffffffff (-1)\n"},
-        });
-    ExpectFields(17, zeros,
-                 {
-                     {8, 0x0C, {0xFF, 0xFF}, "Size : 0xFFFF - 67107840KB, 65535MB, 63GB\n"},
-                     {9, 0x0E, {0x00}, "Form Factor : 0x00 -  \n"},
-                     {9, 0x0E, {0x0F}, "Form Factor : 0x0F - FB-DIMM \n"},
-                     {9, 0x0E, {0x10}, "Form Factor : 0x10 - Unrecognized \n"},
-                     {13, 0x12, {0x19}, "Memory Type : 0x19 - FBD2 \n"},
-                     {13, 0x12, {0x1A}, "Memory Type : 0x1A - Unrecognized \n"},
-                 });
+    const FieldCase eventLog[] = {
+        {7, 0x0A, {0x05}, "Access Method : 0x05 - Unrecognized\n"},
+        {11, 0x14, {0x00}, "Log Header Format : 0x00 - No header\n"},
+        {11, 0x14, {0x02}, "Log Header Format : 0x02 - Available for future assignment by this spec\n"},
+        {11, 0x14, {0x7F}, "Log Header Format : 0x7F - Available for future assignment by this spec\n"},
+        {11, 0x14, {0x80}, "Log Header Format : 0x80 - BIOS Vendor or OEM-specific format\n"},
+        {11, 0x14, {0xFF}, "Log Header Format : 0xFF - BIOS Vendor or OEM-specific format\n"},
+    };
+    ExpectFields(15, zeros, eventLog);
+    const FieldCase memoryArray[] = {
+        {4, 0x04, {0x00}, "Location : 0x00 - \n"},
+        {4, 0x04, {0x0A}, "Location : 0x0A - NuBus\n"},
+        {4, 0x04, {0x0B}, "Location : 0x0B - Unrecognized\n"},
+        {4, 0x04, {0x9F}, "Location : 0x9F - Unrecognized\n"},
+        {4, 0x04, {0xA0}, "Location : 0xA0 - PC-98/C20 add-on card\n"},
+        {4, 0x04, {0xA3}, "Location : 0xA3 - PC-98/Local bus add-on card\n"},
+        {4, 0x04, {0xA4}, "Location : 0xA4 - Unrecognized\n"},
+        {5, 0x05, {0x07}, "Use : 0x07 - Cache memory \n"},
+        {5, 0x05, {0x08}, "Use : 0x08 - Unrecognized \n"},
+        {6, 0x06, {0x07}, "Memory Error Correction : 0x07 - CRC \n"},
+        {6, 0x06, {0x08}, "Memory Error Correction : 0x08 - Unrecognized \n"},
+        {7, 0x07, {0x00, 0x00, 0x00, 0x80}, "Maximum Capacity : 0x80000000 - -2147483648KB, 2097152MB, 2048GB\n"},
+        {10,
+         0x0F,
+         {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF},
+         "Extended Maximum Capacity : 0xffffffffffffffff (-1)\n"},
+    };
+    ExpectFields(16, zeros, memoryArray);
+    const FieldCase memoryDevice[] = {
+        {8, 0x0C, {0xFF, 0xFF}, "Size : 0xFFFF - 67107840KB, 65535MB, 63GB\n"},
+        {9, 0x0E, {0x00}, "Form Factor : 0x00 -  \n"},
+        {9, 0x0E, {0x0F}, "Form Factor : 0x0F - FB-DIMM \n"},
+        {9, 0x0E, {0x10}, "Form Factor : 0x10 - Unrecognized \n"},
+        {13, 0x12, {0x19}, "Memory Type : 0x19 - FBD2 \n"},
+        {13, 0x12, {0x1A}, "Memory Type : 0x1A - Unrecognized \n"},
+    };
+    ExpectFields(17, zeros, memoryDevice);
     ExpectFieldCount(15, zeros, 14);
     ExpectFieldCount(16, zeros, 10);
     ExpectFieldCount(17, zeros, 25);

@@ -97,41 +97,40 @@ TEST(DecodeProbe, CoolingDevice) {
 
 TEST(DecodeProbe, FieldValues) {
     const StandIn::Bytes zeros(60);
-    ExpectFields(23, zeros,
-                 {{4,
-                   0x04,
-                   {0xDE},
-                   "Capabilities : 0xDE\n Watchdog Timer : False\n"
-                   " Boot Option on Limit : Do not reboot\n"
-                   " Boot Option : Do not reboot\n Status : Disabled\n"}});
-    ExpectFields(
-        26, zeros,
-        {
-            {5, 0x05, {0x00}, "Location and Status : 0x00\n Status : \n Location : \n"},
-            {5, 0x05, {0xCB}, "Location and Status : 0xCB\n Status : Non-recoverable\n Location : Add-in Card\n"},
-            {5, 0x05, {0xEC}, "Location and Status : 0xEC\n Status : Unrecognized\n Location : Unrecognized\n"},
-            {5, 0x05, {0xBF}, "Location and Status : 0xBF\n Status : Critical\n Location : Unrecognized\n"},
-        });
-    ExpectFields(
-        28, zeros,
-        {
-            {5, 0x05, {0x8C}, "Location and Status : 0x8C\n Status : Non-critical\n Location : Front Panel Board\n"},
-            {5, 0x05, {0x4B}, "Location and Status : 0x4B\n Status : Unknown\n Location : Add-in Card\n"},
-            {5, 0x05, {0x70}, "Location and Status : 0x70\n Status : OK\n Location : Unrecognized\n"},
-        });
-    ExpectFields(29, zeros,
-                 {
-                     {5, 0x05, {0x6C}, "Location and Status : 0x6C\n Status : OK\n Location : Unrecognized\n"},
-                 });
-    ExpectFields(
-        27, zeros,
-        {
-            {5, 0x06, {0x69}, "Device Type and Status : 0x69\n Status : OK\n Device Type : Integrated Refrigeration\n"},
-            {5, 0x06, {0x6A}, "Device Type and Status : 0x6A\n Status : OK\n Device Type : Unrecognized\n"},
-            {5, 0x06, {0x2F}, "Device Type and Status : 0x2F\n Status : Other\n Device Type : Unrecognized\n"},
-            {5, 0x06, {0x70}, "Device Type and Status : 0x70\n Status : OK\n Device Type : Active Cooling\n"},
-            {5, 0x06, {0xF2}, "Device Type and Status : 0xF2\n Status : Unrecognized\n Device Type : Unrecognized\n"},
-        });
+    const FieldCase systemReset[] = {
+        {4,
+         0x04,
+         {0xDE},
+         "Capabilities : 0xDE\n Watchdog Timer : False\n"
+         " Boot Option on Limit : Do not reboot\n"
+         " Boot Option : Do not reboot\n Status : Disabled\n"},
+    };
+    ExpectFields(23, zeros, systemReset);
+    const FieldCase voltageProbe[] = {
+        {5, 0x05, {0x00}, "Location and Status : 0x00\n Status : \n Location : \n"},
+        {5, 0x05, {0xCB}, "Location and Status : 0xCB\n Status : Non-recoverable\n Location : Add-in Card\n"},
+        {5, 0x05, {0xEC}, "Location and Status : 0xEC\n Status : Unrecognized\n Location : Unrecognized\n"},
+        {5, 0x05, {0xBF}, "Location and Status : 0xBF\n Status : Critical\n Location : Unrecognized\n"},
+    };
+    ExpectFields(26, zeros, voltageProbe);
+    const FieldCase temperatureProbe[] = {
+        {5, 0x05, {0x8C}, "Location and Status : 0x8C\n Status : Non-critical\n Location : Front Panel Board\n"},
+        {5, 0x05, {0x4B}, "Location and Status : 0x4B\n Status : Unknown\n Location : Add-in Card\n"},
+        {5, 0x05, {0x70}, "Location and Status : 0x70\n Status : OK\n Location : Unrecognized\n"},
+    };
+    ExpectFields(28, zeros, temperatureProbe);
+    const FieldCase currentProbe[] = {
+        {5, 0x05, {0x6C}, "Location and Status : 0x6C\n Status : OK\n Location : Unrecognized\n"},
+    };
+    ExpectFields(29, zeros, currentProbe);
+    const FieldCase coolingDevice[] = {
+        {5, 0x06, {0x69}, "Device Type and Status : 0x69\n Status : OK\n Device Type : Integrated Refrigeration\n"},
+        {5, 0x06, {0x6A}, "Device Type and Status : 0x6A\n Status : OK\n Device Type : Unrecognized\n"},
+        {5, 0x06, {0x2F}, "Device Type and Status : 0x2F\n Status : Other\n Device Type : Unrecognized\n"},
+        {5, 0x06, {0x70}, "Device Type and Status : 0x70\n Status : OK\n Device Type : Active Cooling\n"},
+        {5, 0x06, {0xF2}, "Device Type and Status : 0xF2\n Status : Unrecognized\n Device Type : Unrecognized\n"},
+    };
+    ExpectFields(27, zeros, coolingDevice);
     ExpectFieldCount(23, zeros, 8);
     ExpectFieldCount(24, zeros, 4);
     ExpectFieldCount(25, zeros, 8);
