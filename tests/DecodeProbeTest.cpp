@@ -100,10 +100,10 @@ TEST(DecodeProbe, FieldValues) {
     const FieldCase systemReset[] = {
         {4,
          0x04,
-         {0xDE},
-         "Capabilities : 0xDE\n Watchdog Timer : False\n"
+         {0xDA},
+         "Capabilities : 0xDA\n Watchdog Timer : False\n"
          " Boot Option on Limit : Do not reboot\n"
-         " Boot Option : Do not reboot\n Status : Disabled\n"},
+         " Boot Option : Operating system\n Status : Disabled\n"},
     };
     ExpectFields(23, zeros, systemReset);
     const FieldCase voltageProbe[] = {
