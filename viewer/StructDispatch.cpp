@@ -20,6 +20,21 @@ const std::array<StructDecoder, 128> StructDecoderTable = [] {
     table[12] = StructDecodeType12;
     table[13] = StructDecodeType13;
     table[14] = StructDecodeType14;
+    table[15] = StructDecodeType15;
+    table[16] = StructDecodeType16;
+    table[17] = StructDecodeType17;
+    table[18] = StructDecodeType18;
+    table[19] = StructDecodeType19;
+    table[20] = StructDecodeType20;
+    table[21] = StructDecodeType21;
+    table[22] = StructDecodeType22;
+    table[23] = StructDecodeType23;
+    table[24] = StructDecodeType24;
+    table[25] = StructDecodeType25;
+    table[26] = StructDecodeType26;
+    table[27] = StructDecodeType27;
+    table[28] = StructDecodeType28;
+    table[29] = StructDecodeType29;
     return table;
 }();
 
