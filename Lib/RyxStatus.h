@@ -43,4 +43,6 @@ constexpr RyxStatus RyxInstanceFirst = 0x80000013;
 constexpr RyxStatus RyxInstanceAnother = 0x80000014;
 
 // The number that a status shows to the user: without its top bit.
-constexpr std::uint32_t RyxStatusNumber(RyxStatus status) { return status & 0x7FFFFFFFU; }
+constexpr std::uint32_t RyxStatusNumber(RyxStatus status) {
+    return status & 0x7FFFFFFFU;
+}

@@ -92,7 +92,9 @@ constexpr DecoderField MarkField(std::uint8_t row, const char* format, std::uint
 }
 
 // A field that is counted but neither read nor printed.
-constexpr DecoderField CountedField(std::uint8_t row) { return {.Row = row, .Show = NothingShow}; }
+constexpr DecoderField CountedField(std::uint8_t row) {
+    return {.Row = row, .Show = NothingShow};
+}
 
 // A field with a function of its own.
 constexpr DecoderField OwnField(std::uint8_t row, FieldOutcome (*show)(const DecoderField&, const StructPlace&),

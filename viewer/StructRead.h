@@ -19,7 +19,7 @@ RyxStatus StructFieldRead(std::uint32_t field, std::uint32_t instance, const std
 RyxStatus StructAreaRead(std::uint8_t type, std::uint32_t instance, std::uint8_t offset, const std::uint8_t** data,
                          std::uint64_t* size);
 
-// The text of a string field, whole, "NULL" for an empty or absent string.
+// The text of a string field, whole and terminated, "NULL" for an empty or absent string. It stays valid as bytes do.
 RyxStatus StructStringRead(std::uint32_t field, std::uint32_t instance, std::string_view* text);
 
 // The SMBIOS version from the entry point; an out-parameter keeps its value when its field can't be read.

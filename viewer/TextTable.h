@@ -12,8 +12,8 @@ struct TextRange {
     const char* Text;
 };
 
-// The texts of a code. Low holds the codes from 0 on. A table with a High part is in two parts: codes from A0h on belong
-// to High, whose first entry is A0h. Codes that neither part holds are looked for in Ranges.
+// The texts of a code. Low holds the codes from 0 on. A table with a High part is in two parts: codes from A0h on
+// belong to High, whose first entry is A0h. Codes that neither part holds are looked for in Ranges.
 struct TextTable {
     std::span<const char* const> Low;
     std::span<const char* const> High;

@@ -5,14 +5,14 @@
 
 #include <cstdint>
 
-extern std::int64_t ViewerFieldSelected;   // selected field number; 0 means every field
-extern std::uint8_t ViewerFieldCounter;    // number of the last field that the decoder went past
-extern std::uint8_t ViewerDecoderRan;      // set by a decoder that has found a structure to show
-extern std::uint8_t ViewerInstanceFirst;   // instance range, from 1; the end is excluded
+extern std::int64_t ViewerFieldSelected; // selected field number; 0 means every field
+extern std::uint8_t ViewerFieldCounter;  // number of the last field that the decoder went past
+extern std::uint8_t ViewerDecoderRan;    // set by a decoder that has found a structure to show
+extern std::uint8_t ViewerInstanceFirst; // instance range, from 1; the end is excluded
 extern std::uint8_t ViewerInstanceEnd;
-extern std::uint8_t ViewerSmbiosMajor;     // SMBIOS version read at start-up; 0.0 when it could not be read
+extern std::uint8_t ViewerSmbiosMajor; // SMBIOS version read at start-up; 0.0 when it could not be read
 extern std::uint8_t ViewerSmbiosMinor;
-extern RyxBin* ViewerFieldBin;             // latest value read, or none; kept with all earlier ones
+extern RyxBin* ViewerFieldBin; // latest value read, or none; kept with all earlier ones
 
 // Clears ViewerFieldBin and keeps nothing of earlier reads in it.
 void ViewerBinClear();

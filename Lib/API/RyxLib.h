@@ -5,9 +5,9 @@
 
 #include <cstdint>
 
-// Starts the library and the platform: clears the options, records the arguments (kept, not copied), pins the process to
-// one processor, checks administrator rights, loads the helper driver, registers the instance, holds the system awake
-// and chooses a firmware communication method. RyxErrorGeneral, RyxErrorNotAdministrator, RyxErrorDriverLoad,
+// Starts the library and the platform: clears the options, records the arguments (kept, not copied), pins the process
+// to one processor, checks administrator rights, loads the helper driver, registers the instance, holds the system
+// awake and chooses a firmware communication method. RyxErrorGeneral, RyxErrorNotAdministrator, RyxErrorDriverLoad,
 // RyxErrorPowerRequest; what was done by then is not undone.
 RyxStatus RyxLibInit(std::uint32_t argumentCount, char** arguments);
 

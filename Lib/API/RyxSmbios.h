@@ -10,8 +10,8 @@ constexpr std::uint32_t RyxFieldsPerType = 50;
 
 // Gives the value of a field as a new container that the caller owns; a string value ends in its NUL. Instances count
 // from 1. No such instance: RyxOk and `bin` untouched. Every call takes a fresh copy of the table.
-// RyxErrorUnsupported: the field is not in this structure; RyxErrorArgument: no row has the number, or no out-parameter;
-// RyxErrorNotFound, RyxErrorBuffer, RyxErrorTableRead: no table; RyxErrorMemory.
+// RyxErrorUnsupported: the field is not in this structure; RyxErrorArgument: no row has the number, or no
+// out-parameter; RyxErrorNotFound, RyxErrorBuffer, RyxErrorTableRead: no table; RyxErrorMemory.
 RyxStatus RyxSmbiosDataGet(std::uint32_t field, std::uint32_t instance, RyxBin** bin);
 
 // Gives the bytes of a structure from `offset` to the end of its formatted area, never past the table, as a new

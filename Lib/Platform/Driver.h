@@ -12,14 +12,14 @@ constexpr std::uint32_t DriverUnload = 1;
 constexpr std::uint32_t DriverControl = 2;
 
 // Control codes of the helper driver that the library sends.
-constexpr std::uint32_t DriverMemoryRead = 0x222182;       // in: u32 address; out: the bytes
-constexpr std::uint32_t DriverMemoryWrite = 0x222186;      // in: u32 address; out: the bytes to write
-constexpr std::uint32_t DriverBufferGet = 0x22218A;        // in: u32 size; out: u32 physical address
-constexpr std::uint32_t DriverBufferRelease = 0x22218E;    // in: u32 size
-constexpr std::uint32_t DriverPortWriteByte = 0x22219E;    // in: u16 port, u8 value, three zero bytes
-constexpr std::uint32_t DriverRsdtLocate = 0x2221AA;       // out: u32 physical address
-constexpr std::uint32_t DriverVersionRead = 0x2221B0;      // out: u16 version word
-constexpr std::uint32_t DriverRsdtLocateNear = 0x2221C2;   // in: u32 address; out: u32 physical address
+constexpr std::uint32_t DriverMemoryRead = 0x222182;     // in: u32 address; out: the bytes
+constexpr std::uint32_t DriverMemoryWrite = 0x222186;    // in: u32 address; out: the bytes to write
+constexpr std::uint32_t DriverBufferGet = 0x22218A;      // in: u32 size; out: u32 physical address
+constexpr std::uint32_t DriverBufferRelease = 0x22218E;  // in: u32 size
+constexpr std::uint32_t DriverPortWriteByte = 0x22219E;  // in: u16 port, u8 value, three zero bytes
+constexpr std::uint32_t DriverRsdtLocate = 0x2221AA;     // out: u32 physical address
+constexpr std::uint32_t DriverVersionRead = 0x2221B0;    // out: u16 version word
+constexpr std::uint32_t DriverRsdtLocateNear = 0x2221C2; // in: u32 address; out: u32 physical address
 
 // Loads the driver (RyxErrorDriverLoad), unloads it (RyxErrorDriverUnload), or sends one control request
 // (RyxErrorDriverRequest); any other operation gives RyxErrorUnsupported. Only a control request uses the other

@@ -1,0 +1,126 @@
+// Options, arguments, file reads and the platform's name.
+#include "Lib/API/RyxOption.h"
+
+#include "Lib/Common/FirmwareChannel.h"
+#include "Lib/Common/LibraryContext.h"
+#include "Lib/Common/NativeFileRead.h"
+#include "Lib/Platform/System.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+constexpr std::uint32_t OptionCommunicationBuffer = 21;
+
+// The firmware communication method that a switch option stands for; 0 for any other option.
+std::uint8_t OptionMethod(std::uint32_t option) {
+    switch (option) {
+    case 27:
+        return 3;
+    case 28:
+        return 4;
+    case 29:
+        return 2;
+    default:
+        return 0;
+    }
+}
+
+// Switches a method on or off. The flag follows the switch, and is 0 after a failed one.
+RyxStatus MethodOptionSet(std::uint8_t* flag, std::uint8_t method, std::uint32_t value) {
+    if (value > 1) {
+        return RyxErrorArgument;
+    }
+    if (*flag == value) {
+        return RyxOk;
+    }
+    const RyxStatus status = FlashMethodSwitch(value == 1 ? method : 0);
+    *flag = static_cast<std::uint8_t>(status == RyxOk ? value : 0);
+    return status;
+}
+
+} // namespace
+
+RyxStatus RyxOptionSet(std::uint32_t option, std::uint32_t low, std::uint32_t high) {
+    if (option >= RyxOptionCount) {
+        return RyxErrorArgument;
+    }
+    OptionArea& options = LibraryContextGet().Options;
+    std::uint8_t* byte = &options.Byte[option];
+    if (const std::uint8_t method = OptionMethod(option); method != 0) {
+        return MethodOptionSet(byte, method, low);
+    }
+    switch (option) {
+    case RyxOptionQuiet:
+        if (low > 1 || high != 0) {
+            return RyxErrorArgument;
+        }
+        break;
+    case OptionCommunicationBuffer:
+        if (low != 0) {
+            return low == 1 ? RyxErrorUnsupported : RyxErrorArgument;
+        }
+        break;
+    case 9:
+        options.Word9 = low;
+        return RyxOk;
+    case 26:
+        options.Word26 = low;
+        return RyxOk;
+    case 30:
+        options.Word30 = low;
+        return RyxOk;
+    case 24:
+        options.Long24 = static_cast<std::uint64_t>(high) << 32 | low;
+        return RyxOk;
+    case 25:
+        options.Long25 = static_cast<std::uint64_t>(high) << 32 | low;
+        return RyxOk;
+    default:
+        break;
+    }
+    *byte = static_cast<std::uint8_t>(low);
+    return RyxOk;
+}
+
+RyxStatus RyxArgsSet(std::uint32_t count, char** arguments) {
+    if (count == 0 || arguments == nullptr) {
+        return RyxErrorArgument;
+    }
+    LibraryContextGet().ArgumentCount = count;
+    LibraryContextGet().Arguments = arguments;
+    return RyxOk;
+}
+
+RyxStatus RyxFileRead(const char* name, std::unique_ptr<char[]>* block, std::uint32_t* size) {
+    if (name == nullptr || block == nullptr || size == nullptr) {
+        return RyxErrorArgument;
+    }
+    // Packages and collectors of files, which other tools load, would be asked first; none is ever loaded here.
+    return NativeFileRead(name, block, size);
+}
+
+RyxStatus RyxPlatformNameGet(const char** text) {
+    if (text == nullptr) {
+        return RyxErrorArgument;
+    }
+    constexpr int LibraryBits = 32;
+    std::uint32_t major = 0;
+    std::uint32_t minor = 0;
+    SystemVersionGet(&major, &minor);
+    char* description = LibraryContextGet().PlatformDescription;
+    std::snprintf(description, sizeof LibraryContext::PlatformDescription, "MS Windows %d-bit version %ld.%ld",
+                  LibraryBits, static_cast<long>(major), static_cast<long>(minor));
+    constexpr char WidthEnd[] = "-bit";
+    if (char* width = std::strstr(description, WidthEnd); width != nullptr) {
+        width[sizeof WidthEnd - 1] = '\0';
+    }
+    *text = description;
+    return RyxOk;
+}
+
+std::uint32_t RyxPlatformIdGet() {
+    constexpr std::uint32_t PlatformWindows = 3;
+    return PlatformWindows;
+}

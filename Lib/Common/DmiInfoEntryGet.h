@@ -1,0 +1,45 @@
+// Table acquisition: finding the SMBIOS entry point and copying the structure table.
+#pragma once
+
+#include "Lib/RyxStatus.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+
+struct RyxBin;
+
+constexpr std::size_t EntryPointSize = 31;
+
+// Kept for the life of the process. Address and length are 0 until a memory scan succeeds; then none is made again.
+struct AcquisitionState {
+    std::uint32_t TableAddress;
+    std::uint16_t TableLength;
+    std::uint8_t Version; // major x 10 + minor
+    std::array<std::uint8_t, EntryPointSize> EntryPoint;
+};
+
+// A private copy of the structure table. Size bounds every read; what a larger buffer holds behind it is no table.
+struct DmiTableCopy {
+    std::unique_ptr<std::uint8_t[]> Bytes;
+    std::uint32_t Size;
+};
+
+// Gives the table's physical address and its length in bytes, found by a scan of the legacy firmware segment or kept
+// from an earlier one. RyxErrorArgument: a missing out-parameter; RyxErrorNotFound: no entry point, or one without a
+// table address; RyxErrorBuffer: no memory; RyxErrorPhysicalMemory: the segment can't be read.
+RyxStatus DmiInfoEntryGet(std::uint32_t* address, std::uint16_t* length);
+
+// Fills the entry point copy by other means than the scan, on platforms that have any: RyxErrorUnsupported here.
+RyxStatus SmbiosEntryPointPlatformLocate(std::array<std::uint8_t, EntryPointSize>* entryPoint);
+
+// Gets the table from the firmware table service, and brings the version and the entry point copy up to date.
+// RyxErrorNotFound: the service has none.
+RyxStatus DmiFirmwareTableRead(DmiTableCopy* copy);
+
+// Copies the table anew, from physical memory or else from the firmware table service, and prints a message when it
+// can't. RyxErrorNotFound, RyxErrorBuffer, RyxErrorTableRead.
+RyxStatus DmiTableCopyGet(DmiTableCopy* copy);
+
+// Gives an entry point field as a new value that the caller owns; the results are those of RyxSmbiosEpsDataGet.
+RyxStatus DmiEntryPointFieldGet(std::uint32_t field, RyxBin** bin);

@@ -1,0 +1,338 @@
+// The structure parser.
+#include "Lib/Common/DmiParser.h"
+
+#include "Lib/API/RyxBin.h"
+#include "Lib/API/RyxSmbios.h"
+#include "Lib/Common/DmiFieldTable.h"
+#include "Lib/Common/LibraryContext.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <new>
+
+namespace {
+
+constexpr std::uint32_t ExaminedLimit = 128;
+constexpr std::uint16_t TypeEndOfTable = 127;
+
+// Where a value lies in its structure, in bytes.
+struct Extent {
+    std::uint32_t Offset;
+    std::uint32_t Length;
+};
+
+// Where a rule takes a value's extent from; false when a count that it needs lies past the table.
+using ExtentRule = bool (*)(const DmiStruct& structure, Extent* extent);
+
+// A computed offset is one byte wide.
+std::uint32_t OffsetOf(std::uint32_t computed) {
+    return computed & 0xFF;
+}
+
+// The product of two count bytes of the structure.
+bool ProductGet(const DmiStruct& structure, std::uint32_t offset, std::uint32_t* product) {
+    std::uint8_t count = 0;
+    std::uint8_t size = 0;
+    if (!structure.ByteGet(offset, &count) || !structure.ByteGet(offset + 1, &size)) {
+        return false;
+    }
+    *product = std::uint32_t{count} * size;
+    return true;
+}
+
+// A list of words whose count stands at `offset`.
+bool WordListLength(const DmiStruct& structure, std::uint32_t offset, std::uint32_t* length) {
+    std::uint8_t count = 0;
+    if (!structure.ByteGet(offset, &count)) {
+        return false;
+    }
+    *length = 2U * count;
+    return true;
+}
+
+bool CharacteristicsExtension(const DmiStruct&, Extent* extent) {
+    extent->Length = 2;
+    return true;
+}
+
+bool ContainedElements(const DmiStruct& structure, Extent* extent) {
+    return ProductGet(structure, 19, &extent->Length);
+}
+
+// The string number of the chassis SKU stands behind the contained elements.
+bool ChassisSku(const DmiStruct& structure, Extent* extent) {
+    std::uint32_t elements = 0;
+    if (!ProductGet(structure, 19, &elements)) {
+        return false;
+    }
+    extent->Offset = OffsetOf(21 + elements);
+    return true;
+}
+
+// The enabled error correction stands behind the memory module handles.
+bool EnabledErrorCorrection(const DmiStruct& structure, Extent* extent) {
+    std::uint32_t handles = 0;
+    if (!WordListLength(structure, 14, &handles)) {
+        return false;
+    }
+    *extent = {OffsetOf(15 + handles), 1};
+    return true;
+}
+
+bool HandleListAt15(const DmiStruct& structure, Extent* extent) {
+    return WordListLength(structure, 14, &extent->Length);
+}
+
+bool EventLogDescriptors(const DmiStruct& structure, Extent* extent) {
+    return ProductGet(structure, 21, &extent->Length);
+}
+
+bool BootStatus(const DmiStruct& structure, Extent* extent) {
+    extent->Length = structure.FormattedLength() - 10U; // longer than 10, or the field would not be looked up
+    return true;
+}
+
+// Byte `entryByte` of the last entry in a memory channel's device list.
+bool LastMemoryDevice(const DmiStruct& structure, std::uint32_t entryByte, std::uint32_t length, Extent* extent) {
+    std::uint8_t count = 0;
+    if (!structure.ByteGet(6, &count)) {
+        return false;
+    }
+    *extent = {OffsetOf(7 + entryByte + 3U * (count - 1U)), length};
+    return true;
+}
+
+bool LastMemoryDeviceLoad(const DmiStruct& structure, Extent* extent) {
+    return LastMemoryDevice(structure, 0, 1, extent);
+}
+
+bool LastMemoryDeviceHandle(const DmiStruct& structure, Extent* extent) {
+    return LastMemoryDevice(structure, 1, 2, extent);
+}
+
+// The fixed part of the first entry, with a value of one byte.
+bool AdditionalInformation(const DmiStruct&, Extent* extent) {
+    extent->Length = 6;
+    return true;
+}
+
+bool HostInterfaceData(const DmiStruct& structure, Extent* extent) {
+    constexpr std::uint8_t InterfaceOem = 0xF0;
+    std::uint8_t interfaceType = 0;
+    if (!structure.ByteGet(4, &interfaceType)) {
+        return false;
+    }
+    extent->Length = interfaceType == InterfaceOem ? 4 : 1;
+    return true;
+}
+
+// The rows whose extent a rule computes, by type and name.
+struct RuleRow {
+    std::uint8_t Type;
+    const char* Name;
+    ExtentRule Rule;
+};
+
+constexpr RuleRow RuleRows[] = {
+    {0, "BIOS Characteristics Extension", CharacteristicsExtension},
+    {2, "Contained Object Handles", HandleListAt15},
+    {3, "Contained Elements", ContainedElements},
+    {3, "SKU Number", ChassisSku},
+    {5, "Memory Module Configuration Handles", HandleListAt15},
+    {5, "Enabled Error Correcting Capabilities", EnabledErrorCorrection},
+    {15, "List of Supported Event Log Type Descriptors", EventLogDescriptors},
+    {32, "Boot Status", BootStatus},
+    {37, "Memory Device Load", LastMemoryDeviceLoad},
+    {37, "Memory Device Handle", LastMemoryDeviceHandle},
+    {40, "Additional Information entries", AdditionalInformation},
+    {42, "MC Host Interface Data", HostInterfaceData},
+};
+
+ExtentRule RuleFind(const DmiFieldDescriptor& row) {
+    for (const RuleRow& rule : RuleRows) {
+        if (rule.Type == row.Type && std::strcmp(rule.Name, row.Name) == 0) {
+            return rule.Rule;
+        }
+    }
+    return nullptr;
+}
+
+// The length of a kind before any rule; false for a kind that does not exist.
+bool KindLength(DmiKind kind, std::uint32_t* length) {
+    constexpr std::uint8_t Lengths[] = {1, 1, 6, 15, 16, 2, 0, 4, 8, 0};
+    const auto code = static_cast<std::size_t>(kind);
+    if (code >= std::size(Lengths)) {
+        return false;
+    }
+    *length = Lengths[code];
+    return true;
+}
+
+// The first row of every type; DmiFieldCount for a type without rows.
+std::array<std::uint16_t, 256> FirstRowsMake() {
+    std::array<std::uint16_t, 256> first{};
+    first.fill(DmiFieldCount);
+    for (std::size_t row = DmiFieldCount; row-- > 0;) {
+        first[DmiFieldTable[row].Type] = static_cast<std::uint16_t>(row);
+    }
+    return first;
+}
+
+} // namespace
+
+bool DmiStruct::BytesGet(std::uint32_t offset, std::uint32_t length, std::span<const std::uint8_t>* bytes) const {
+    if (offset > Rest.size() || length > Rest.size() - offset) {
+        return false;
+    }
+    *bytes = Rest.subspan(offset, length);
+    return true;
+}
+
+bool DmiStruct::ByteGet(std::uint32_t offset, std::uint8_t* byte) const {
+    if (offset >= Rest.size()) {
+        return false;
+    }
+    *byte = Rest[offset];
+    return true;
+}
+
+std::span<const std::uint8_t> DmiStruct::From(std::uint32_t offset) const {
+    return Rest.subspan(std::min<std::size_t>(offset, Rest.size()));
+}
+
+void DmiFieldNumberResolve(std::uint32_t field, std::uint16_t* type, std::uint16_t* descriptor) {
+    static const std::array<std::uint16_t, 256> firstRows = FirstRowsMake();
+    const std::uint32_t number = field / RyxFieldsPerType;
+    const std::uint16_t first = number < firstRows.size() ? firstRows[number] : DmiFieldCount;
+    *type = static_cast<std::uint16_t>(number);
+    *descriptor = static_cast<std::uint16_t>(first + field % RyxFieldsPerType);
+}
+
+bool DmiNextStructGet(DmiStruct* structure) {
+    // The string set ends in two zero bytes. Looking at every second byte is enough to meet one of the two.
+    const std::span<const std::uint8_t> set = structure->From(structure->FormattedLength());
+    for (std::size_t at = 1; at < set.size(); at += 2) {
+        if (set[at] != 0) {
+            continue;
+        }
+        const bool before = set[at - 1] == 0;
+        if (before || (at + 1 < set.size() && set[at + 1] == 0)) {
+            const DmiStruct next(set.subspan(before ? at + 1 : at + 2));
+            if (!next.Exists()) {
+                return false;
+            }
+            *structure = next;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool DmiStringFind(const DmiStruct& structure, std::uint32_t offset, std::string_view* text) {
+    std::uint8_t number = 0;
+    if (!structure.ByteGet(offset, &number)) {
+        return false;
+    }
+    *text = {};
+    if (number == 0) {
+        return true;
+    }
+    const std::span<const std::uint8_t> set = structure.From(structure.FormattedLength());
+    std::string_view rest(reinterpret_cast<const char*>(set.data()), set.size());
+    for (; number > 1 && !rest.empty() && rest.front() != '\0'; --number) {
+        const std::size_t end = rest.find('\0');
+        rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+    }
+    *text = rest.substr(0, rest.find('\0'));
+    return true;
+}
+
+RyxStatus DmiStructFieldGet(const DmiStruct& structure, std::uint16_t descriptor, RyxBin** bin) {
+    if (descriptor >= DmiFieldCount) {
+        return RyxErrorArgument;
+    }
+    const DmiFieldDescriptor& row = DmiFieldTable[descriptor];
+    if (row.MinVersion > LibraryContextGet().Acquisition.Version || structure.FormattedLength() <= row.Offset) {
+        return RyxErrorUnsupported;
+    }
+    Extent extent{row.Offset, 0};
+    if (!KindLength(row.Kind, &extent.Length)) {
+        return RyxErrorUnsupported;
+    }
+    if (const ExtentRule rule = RuleFind(row); rule != nullptr && !rule(structure, &extent)) {
+        return RyxErrorUnsupported;
+    }
+    if (row.ValueClass == DmiClass::String) {
+        std::string_view text;
+        if (!DmiStringFind(structure, extent.Offset, &text)) {
+            return RyxErrorUnsupported;
+        }
+        // One byte more than the text for its NUL, which the table's end may have cut off.
+        RyxBin* made = nullptr;
+        const RyxStatus status = RyxBinCreate(text.size() + 1, &made);
+        if (status == RyxOk) {
+            text.copy(reinterpret_cast<char*>(made->Data), text.size());
+            *bin = made;
+        }
+        return status;
+    }
+    std::span<const std::uint8_t> bytes;
+    if (!structure.BytesGet(extent.Offset, extent.Length, &bytes)) {
+        return RyxErrorUnsupported;
+    }
+    return DmiValueCreate(bytes.data(), extent.Length, bin);
+}
+
+RyxStatus DmiStructAreaGet(const DmiStruct& structure, std::uint8_t offset, RyxBin** bin) {
+    if (structure.FormattedLength() <= offset) {
+        return RyxErrorUnsupported;
+    }
+    std::span<const std::uint8_t> bytes;
+    if (!structure.BytesGet(offset, 0, &bytes)) {
+        return RyxErrorUnsupported;
+    }
+    const std::span<const std::uint8_t> rest = structure.From(offset);
+    const auto length = static_cast<std::uint32_t>(
+        std::min<std::size_t>(rest.size(), std::size_t{structure.FormattedLength()} - offset));
+    return DmiValueCreate(rest.data(), length, bin);
+}
+
+bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_t instance, DmiStruct* found) {
+    DmiStruct structure({table.Bytes.get(), table.Size});
+    if (!structure.Exists()) {
+        return false;
+    }
+    std::uint32_t counted = 1;
+    for (std::uint32_t examined = 0; examined < ExaminedLimit; ++examined) {
+        if (structure.Type() == type && (structure.Handle() <= 0xFF || type == TypeEndOfTable)) {
+            if (counted == instance) {
+                *found = structure;
+                return true;
+            }
+            ++counted;
+        }
+        if (!DmiNextStructGet(&structure)) {
+            return false;
+        }
+    }
+    return false;
+}
+
+RyxStatus DmiValueCreate(const void* bytes, std::uint32_t size, RyxBin** bin) {
+    std::uint8_t* data = nullptr;
+    if (size > 0) {
+        data = new (std::nothrow) std::uint8_t[size];
+        if (data == nullptr) {
+            return RyxErrorMemory;
+        }
+        std::memcpy(data, bytes, size);
+    }
+    auto* made = new (std::nothrow) RyxBin{size, data, 0};
+    if (made == nullptr) {
+        delete[] data;
+        return RyxErrorMemory;
+    }
+    *bin = made;
+    return RyxOk;
+}

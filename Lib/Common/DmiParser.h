@@ -1,0 +1,63 @@
+// The structure parser: walking a table copy, and looking fields up in its structures.
+#pragma once
+
+#include "Lib/Common/DmiInfoEntryGet.h"
+#include "Lib/RyxStatus.h"
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+struct RyxBin;
+
+// A structure in a table copy, with all that follows it to the table's end: the one place that knows where the copy
+// ends. Every read is checked against it.
+class DmiStruct {
+public:
+    explicit DmiStruct(std::span<const std::uint8_t> toTableEnd) : Rest(toTableEnd) {}
+
+    // Tells whether there is a structure at all: a header of 4 bytes.
+    bool Exists() const { return Rest.size() >= HeaderSize; }
+
+    // The header's values; for a structure that exists.
+    std::uint8_t Type() const { return Rest[0]; }
+    std::uint8_t FormattedLength() const { return Rest[1]; }
+    std::uint16_t Handle() const { return static_cast<std::uint16_t>(Rest[2] | Rest[3] << 8); }
+
+    // Gives bytes at an offset. False when they reach past the table's end.
+    bool BytesGet(std::uint32_t offset, std::uint32_t length, std::span<const std::uint8_t>* bytes) const;
+    bool ByteGet(std::uint32_t offset, std::uint8_t* byte) const;
+
+    // The bytes from an offset on, to the table's end; empty when the offset lies at or past it.
+    std::span<const std::uint8_t> From(std::uint32_t offset) const;
+
+private:
+    static constexpr std::size_t HeaderSize = 4;
+    std::span<const std::uint8_t> Rest;
+};
+
+// Splits a library field number: the type, and the index of its descriptor in DmiFieldTable, which lies at or past
+// DmiFieldCount for a type without rows.
+void DmiFieldNumberResolve(std::uint32_t field, std::uint16_t* type, std::uint16_t* descriptor);
+
+// Moves to the next structure of the table; false, and unmoved, when there is none.
+bool DmiNextStructGet(DmiStruct* structure);
+
+// Gives the string whose number stands at an offset of the structure: empty for number 0 and for a number that the set
+// does not hold; cut at the table's end when its NUL is missing. False when the number itself lies past the table.
+bool DmiStringFind(const DmiStruct& structure, std::uint32_t offset, std::string_view* text);
+
+// Gives one field of a structure as a new value that the caller owns. RyxErrorArgument: no such descriptor;
+// RyxErrorUnsupported: the structure, the SMBIOS version or the table does not hold the field; RyxErrorMemory.
+RyxStatus DmiStructFieldGet(const DmiStruct& structure, std::uint16_t descriptor, RyxBin** bin);
+
+// Gives the bytes from an offset to the end of the formatted area. RyxErrorUnsupported: the area ends at or before the
+// offset, or the table before it; RyxErrorMemory.
+RyxStatus DmiStructAreaGet(const DmiStruct& structure, std::uint8_t offset, RyxBin** bin);
+
+// Finds the instance (from 1) of a type among the first 128 structures of a table. Structures with a handle above 00FFh
+// count for type 127 only. False when there is none.
+bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_t instance, DmiStruct* found);
+
+// Makes a value from bytes; unlike RyxBinCreate it also makes an empty one. RyxErrorMemory.
+RyxStatus DmiValueCreate(const void* bytes, std::uint32_t size, RyxBin** bin);

@@ -1,0 +1,47 @@
+// The library context: the one process-wide record of the library's state.
+#pragma once
+
+#include "Lib/Common/Argument.h"
+#include "Lib/Common/ArgumentCommand.h"
+#include "Lib/Common/DmiInfoEntryGet.h"
+
+#include <cstdint>
+
+// The 39 numbered options: most are one byte each; 9, 26 and 30 are 32 bits wide, 24 and 25 have 64.
+struct OptionArea {
+    std::uint8_t Byte[39];
+    std::uint32_t Word9;
+    std::uint32_t Word26;
+    std::uint32_t Word30;
+    std::uint64_t Long24;
+    std::uint64_t Long25;
+};
+
+// What the pager knows: all 0 until the first paged print.
+struct PagerState {
+    std::uint32_t Width;
+    std::uint32_t PageHeight; // the console's height less 1
+    std::uint32_t PageLimit;  // the page height less 1
+    std::uint32_t LineCount;  // lines since the last pause
+};
+
+struct LibraryContext {
+    OptionArea Options;
+    std::uint32_t ArgumentCount;
+    char** Arguments;
+    char PlatformDescription[128];
+    char PrintBuffer[1024];
+    PagerState Pager;
+    ArgumentState Argument;
+    ArgumentCommandState Commands;
+    AcquisitionState Acquisition;
+};
+
+LibraryContext& LibraryContextGet();
+
+// Sets every option to 0.
+void OptionsClear();
+
+// Puts the whole library back to where it is at process start, releasing what it holds. For tests: a process starts the
+// library once.
+void LibraryContextReset();

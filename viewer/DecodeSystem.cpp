@@ -1,0 +1,263 @@
+// Decoders of BIOS, system, base board and chassis structures (types 0 to 3).
+#include "Lib/API/RyxPrint.h"
+#include "viewer/DecoderFrame.h"
+#include "viewer/Decoders.h"
+#include "viewer/StructRead.h"
+
+#include <algorithm>
+
+namespace {
+
+// Type 0, BIOS Information.
+
+constexpr const char* BiosCharacteristicNames[] = {"Reserved",
+                                                   "Reserved",
+                                                   "Unknown",
+                                                   "BIOS Characteristics Not Supported",
+                                                   "ISA is supported",
+                                                   "MCA is supported",
+                                                   "EISA is supported",
+                                                   "PCI is supported",
+                                                   "PC Card (PCMCIA) is supported",
+                                                   "Plug and Play is supported",
+                                                   "APM is supported",
+                                                   "BIOS is Upgradeable (Flash)",
+                                                   "BIOS shadowing is allowed",
+                                                   "VL-VESA is supported",
+                                                   "ESCD supported is available",
+                                                   "Boot from CD is supported",
+                                                   "Selectable Boot is supported",
+                                                   "BIOS ROM is socketed",
+                                                   "Boot From PCMCIA is supported",
+                                                   "EDD specification is supported",
+                                                   "for NEC 9800 1.2MB 3.5\"",
+                                                   "for Toshiba 1.2mb 3.5\"",
+                                                   "5.25\"/360 KB Floppy supported",
+                                                   "5.25\"/1.2 MB Floppy supported",
+                                                   "3.5\"/720 KB Floppy supported",
+                                                   "3.5\"/2.88 MB Floppy supported",
+                                                   "Print Screen is supported",
+                                                   "8042 Keyboard are supported",
+                                                   "Serial Services are supported",
+                                                   "Printer Services are supported",
+                                                   "CGA video Services are supported",
+                                                   "NEC PC-98",
+                                                   nullptr};
+
+constexpr const char* BiosCharacteristicExt1Names[] = {
+    "ACPI supported",         "USB Legacy is supported",  "AGP is supported",
+    "I2O boot is supported",  "LS-120 boot is supported", "ATAPI ZIP Drive boot is supported",
+    "1394 boot is supported", "Smart Battery supported",  nullptr};
+
+constexpr const char* BiosCharacteristicExt2Names[] = {
+    "BIOS Boot Specification Supported", "Function Key Initiated NSB Supported", "Enable Targeted Content Distribution",
+    "UEFI Specification is supported",   "Describes a virtual machine",          nullptr};
+
+FieldOutcome RomSizeShow(const DecoderField& field, const StructPlace& place) {
+    std::uint64_t size = 0;
+    if (!FieldNumber(place, field.Row, &size)) {
+        return FieldOutcome::Unreadable;
+    }
+    const auto units = static_cast<unsigned int>(size);
+    RyxPrintf("BIOS ROM Size : 0x%02X (%d KB)\n", units, (units + 1) * 64);
+    return FieldOutcome::Printed;
+}
+
+FieldOutcome ExtensionShow(const DecoderField& field, const StructPlace& place) {
+    std::span<const std::uint8_t> bytes;
+    if (!FieldBytes(place, field.Row, &bytes) || bytes.size() < 2) {
+        return FieldOutcome::Unreadable;
+    }
+    RyxPrintf("BIOS Characteristics Extension1 : 0x%02X\n", bytes[0]);
+    BitListPrint(bytes[0], BiosCharacteristicExt1Names);
+    RyxPrintf("BIOS Characteristics Extension2 : 0x%02X\n", bytes[1]);
+    BitListPrint(bytes[1], BiosCharacteristicExt2Names);
+    return FieldOutcome::Printed;
+}
+
+constexpr DecoderField Type0Fields[] = {
+    StringField(3, "Vendor : %s\n"),
+    StringField(4, "BIOS Version : %s\n"),
+    NumberField(5, "BIOS Starting Address Segment : 0x%04X\n"),
+    StringField(6, "BIOS Release Date : %s\n"),
+    OwnField(7, RomSizeShow),
+    BitsField(8, "BIOS Characteristics : 0x%llX\n", BiosCharacteristicNames),
+    OwnField(9, ExtensionShow),
+    NumberField(10, "System BIOS Major Release : %02X\n"),
+    NumberField(11, "System BIOS Minor Release : %02X\n"),
+    NumberField(12, "EC Major Release : %02X\n"),
+    NumberField(13, "EC Minor Release : %02X\n"),
+};
+
+// Type 1, System Information.
+
+constexpr const char* WakeUpTypeTexts[] = {"",           "Other",        "Unknown",  "APM Timer",        "Modem Ring",
+                                           "LAN Remote", "Power Switch", "PCI PME#", "AC Power Restored"};
+
+// The UUID is shown as it is stored, whatever byte order its fields have.
+FieldOutcome UuidShow(const DecoderField& field, const StructPlace& place) {
+    std::span<const std::uint8_t> bytes;
+    if (!FieldBytes(place, field.Row, &bytes)) {
+        return FieldOutcome::Unreadable;
+    }
+    RyxPrintf("UUID : ");
+    for (const std::uint8_t byte : bytes) {
+        RyxPrintf("0x%02X ", byte);
+    }
+    RyxPrintf("\n");
+    return FieldOutcome::Printed;
+}
+
+constexpr DecoderField Type1Fields[] = {
+    StringField(3, "Manufacturer : %s\n"),
+    StringField(4, "Product Name : %s\n"),
+    StringField(5, "Version : %s\n"),
+    StringField(6, "Serial Number : %s\n"),
+    OwnField(7, UuidShow),
+    TextField(8, "Wake-up Type : 0x%02X - %s\n", WakeUpTypeTexts),
+    StringField(9, "SKU Number : %s\n"),
+    StringField(10, "Family : %s\n"),
+};
+
+// Type 2, Base Board Information.
+
+constexpr const char* BoardFeatureNames[] = {"Hosting Board", "Requires other board", "Removable",
+                                             "Replaceable",   "Hot swappable",        nullptr};
+
+constexpr const char* BoardTypeTexts[] = {"",
+                                          "Unknown",
+                                          "Other",
+                                          "Server Blade",
+                                          "Connectivity Switch",
+                                          "System Management Module",
+                                          "Processor Module",
+                                          "I/O Module",
+                                          "Memory Module",
+                                          "Daughter Board",
+                                          "Motherboard",
+                                          "Processor/Memory Module",
+                                          "Processor/IO Module",
+                                          "Interconnect Board"};
+
+constexpr std::uint8_t RowContainedCount = 12;
+
+FieldOutcome ContainedHandlesShow(const DecoderField& field, const StructPlace& place) {
+    std::uint64_t count = 0;
+    std::span<const std::uint8_t> bytes;
+    if (!FieldNumber(place, RowContainedCount, &count) || !FieldBytes(place, field.Row, &bytes)) {
+        return FieldOutcome::Unreadable;
+    }
+    RyxPrintf("Contained Object Handles : ");
+    for (std::size_t i = 0; i < std::min<std::size_t>(count, bytes.size() / 2); ++i) {
+        const auto handle = static_cast<unsigned int>(ValueOf(&bytes[2 * i], 2));
+        RyxPrintf("0x%02x (%d)\n", handle, handle);
+    }
+    return FieldOutcome::Printed;
+}
+
+constexpr DecoderField Type2Fields[] = {
+    StringField(3, "Manufacturer : %s\n"),
+    StringField(4, "Product Name : %s\n"),
+    StringField(5, "Version : %s\n"),
+    StringField(6, "Serial Number : %s\n"),
+    StringField(7, "Asset Tag : %s\n"),
+    BitsField(8, "Feature Flags : 0x%02X\n", BoardFeatureNames),
+    StringField(9, "Location in Chassis : %s\n"),
+    NumberField(10, "Chassis Handle : 0x%04X\n"),
+    TextField(11, "Board Type : 0x%02X - %s\n", BoardTypeTexts),
+    NumberField(RowContainedCount, "Number of Contained Object Handles : 0x%02X (%d)\n"),
+    OwnField(13, ContainedHandlesShow),
+};
+
+// Type 3, System Enclosure or Chassis.
+
+constexpr const char* ChassisTypeTexts[] = {"None",
+                                            "Other",
+                                            "Unknown",
+                                            "Desktop",
+                                            "Low Profile Desktop",
+                                            "Pizza Box",
+                                            "Mini Tower",
+                                            "Tower",
+                                            "Portable",
+                                            "LapTop",
+                                            "Notebook",
+                                            "Hand Held",
+                                            "Docking Station",
+                                            "All in One",
+                                            "Sub Noteboot",
+                                            "Space-saving",
+                                            "Lunch Box",
+                                            "Main Server Chassis",
+                                            "Expansion Chassis",
+                                            "Sub Chassis",
+                                            "Bus Expansion Chassis",
+                                            "Peripheral Chassis",
+                                            "RAID Chassis",
+                                            "Rack Mount Chassis",
+                                            "Sealed-case PC",
+                                            "Multi-system Chassis",
+                                            "CompactPCI",
+                                            "AdvancedTCA",
+                                            "Blade",
+                                            "Blade Enclosure"};
+
+constexpr const char* ChassisStateTexts[] = {"None",    "Other",    "Unknown",        "Safe",
+                                             "Warning", "Critical", "Non-recoverable"};
+
+constexpr const char* ChassisSecurityTexts[] = {
+    "None", "Other", "Unknown", "None", "External interface locked out", "External interface enabled"};
+
+constexpr std::uint32_t ChassisTypeMask = 0x7F; // bit 7 tells of a lock
+
+FieldOutcome ContainedElementsShow(const DecoderField& field, const StructPlace& place) {
+    std::span<const std::uint8_t> bytes;
+    if (!FieldBytes(place, field.Row, &bytes)) {
+        return FieldOutcome::Unreadable;
+    }
+    RyxPrintf("Contained Elements : ");
+    if (bytes.empty()) {
+        RyxPrintf("0x00 (0)\n");
+    }
+    for (const std::uint8_t byte : bytes) {
+        RyxPrintf("0x%02x\n", byte);
+    }
+    return FieldOutcome::Printed;
+}
+
+constexpr DecoderField Type3Fields[] = {
+    StringField(3, "Manufacturer : %s\n"),
+    TextField(4, "Type : 0x%02X - %s\n", ChassisTypeTexts, ChassisTypeMask),
+    StringField(5, "Version : %s\n"),
+    StringField(6, "Serial Number : %s\n"),
+    StringField(7, "Asset Tag : %s\n"),
+    TextField(8, "Boot-up State : 0x%02X - %s\n", ChassisStateTexts),
+    TextField(9, "Power Supply State : 0x%02X - %s\n", ChassisStateTexts),
+    TextField(10, "Thermal State : 0x%02X - %s\n", ChassisStateTexts),
+    TextField(11, "Security State : 0x%02X - %s\n", ChassisSecurityTexts),
+    NumberField(12, "OEM-defined : 0x%08X\n"),
+    NumberField(13, "Height : 0x%02X (%d)\n"),
+    NumberField(14, "Number of Power Cords : 0x%02X (%d)\n"),
+    NumberField(15, "Contained Element Count : 0x%02X (%d)\n"),
+    NumberField(16, "Contained Element Record Length : 0x%02X (%d)\n"),
+    OwnField(17, ContainedElementsShow),
+    StringField(18, "SKU Number : %s\n"),
+};
+
+} // namespace
+
+RyxStatus StructDecodeType0() {
+    return SingleInstanceDecode(0, Type0Fields);
+}
+
+RyxStatus StructDecodeType1() {
+    return SingleInstanceDecode(1, Type1Fields);
+}
+
+RyxStatus StructDecodeType2() {
+    return SingleInstanceDecode(2, Type2Fields);
+}
+
+RyxStatus StructDecodeType3() {
+    return SingleInstanceDecode(3, Type3Fields);
+}

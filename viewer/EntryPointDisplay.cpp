@@ -1,0 +1,101 @@
+// The display of the entry point structure.
+#include "viewer/EntryPointDisplay.h"
+
+#include "Lib/API/RyxPrint.h"
+#include "viewer/StructRead.h"
+#include "viewer/ViewerState.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <span>
+
+namespace {
+
+using FieldBytes = std::span<const std::uint8_t>;
+
+// How a line shows its field. Characters and Number show 0 as a field that the firmware did not supply.
+enum class LineShape { Characters, Number, NumberAlways, Bytes, Version };
+
+struct EntryPointLine {
+    const char* Label;
+    LineShape Shape;
+    std::uint32_t Field = 0;
+    const char* Format = nullptr; // takes the number up to twice, or one byte
+};
+
+constexpr char NotSupplied[] = "N/S\n";
+
+constexpr EntryPointLine Lines[] = {
+    {"Anchor String : ", LineShape::Characters, 0, "%c"},
+    {"Entry Point Structure Checksum : ", LineShape::Number, 1, "0x%02X\n"},
+    {"Entry Point Length : ", LineShape::Number, 2, "0x%02X\n"},
+    {"Version : ", LineShape::Version},
+    {"Max Structure Size : ", LineShape::Number, 5, "0x%04X\n"},
+    {"Entry Point Revision : ", LineShape::NumberAlways, 6, "0x%02X (%d)\n"},
+    {"Formatted Area : ", LineShape::Bytes, 7, "0x%02x "},
+    {"Intermediate Anchor String : ", LineShape::Characters, 8, "%c"},
+    {"Intermediate Checksum : ", LineShape::Number, 9, "0x%02X\n"},
+    {"Structure Table Length : ", LineShape::Number, 10, "0x%04X \n"},
+    {"Structure Table Address : ", LineShape::Number, 11, "0x%08X\n"},
+    {"Number Of SMBIOS Structures : ", LineShape::Number, 12, "0x%04X (%d)\n"},
+    {"SMBIOS BCD Revision : ", LineShape::Number, 13, "0x%02X\n"},
+};
+
+void VersionPrint() {
+    if (ViewerSmbiosMajor == 0 && ViewerSmbiosMinor == 0) {
+        RyxPrintf(NotSupplied);
+    } else {
+        RyxPrintf("%d.%d\n", ViewerSmbiosMajor, ViewerSmbiosMinor);
+    }
+}
+
+void EachBytePrint(const char* format, FieldBytes bytes) {
+    for (const std::uint8_t byte : bytes) {
+        RyxPrintf(format, byte);
+    }
+    RyxPrintf("\n");
+}
+
+void FieldPrint(const EntryPointLine& line, FieldBytes bytes) {
+    const auto number = static_cast<unsigned int>(ValueOf(bytes.data(), bytes.size()));
+    switch (line.Shape) {
+    case LineShape::Characters:
+        if (bytes.empty() || bytes[0] == 0) {
+            RyxPrintf(NotSupplied);
+        } else {
+            EachBytePrint(line.Format, bytes);
+        }
+        break;
+    case LineShape::Bytes:
+        EachBytePrint(line.Format, bytes);
+        break;
+    default:
+        if (number == 0 && line.Shape == LineShape::Number) {
+            RyxPrintf(NotSupplied);
+        } else {
+            RyxPrintf(line.Format, number, number);
+        }
+        break;
+    }
+}
+
+} // namespace
+
+RyxStatus EntryPointDisplay() {
+    RyxPrintf("\nEntry Point Structure(EPS)\n");
+    for (const EntryPointLine& line : Lines) {
+        RyxPrintf(line.Label);
+        if (line.Shape == LineShape::Version) {
+            VersionPrint();
+            continue;
+        }
+        const std::uint8_t* data = nullptr;
+        std::uint64_t size = 0;
+        if (const RyxStatus status = EpsFieldRead(line.Field, &data, &size); status != RyxOk) {
+            RyxPrintf(NotSupplied);
+            return status;
+        }
+        FieldPrint(line, {data, static_cast<std::size_t>(size)});
+    }
+    return RyxOk;
+}

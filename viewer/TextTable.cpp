@@ -1,0 +1,19 @@
+// Texts of codes.
+#include "viewer/TextTable.h"
+
+const char* TextFind(const TextTable& table, std::uint64_t code) {
+    constexpr std::uint64_t HighFirst = 0xA0;
+    if (!table.High.empty() && code >= HighFirst) {
+        if (code - HighFirst < table.High.size()) {
+            return table.High[code - HighFirst];
+        }
+    } else if (code < table.Low.size()) {
+        return table.Low[code];
+    }
+    for (const TextRange& range : table.Ranges) {
+        if (code >= range.First && code <= range.Last) {
+            return range.Text;
+        }
+    }
+    return "Unrecognized";
+}
