@@ -35,3 +35,9 @@ RyxStatus PhysicalMemoryWrite(std::uint32_t address, std::uint32_t length, const
 
 // Reads the driver's version word. RyxErrorArgument: no out-parameter; RyxErrorDriverRequest.
 RyxStatus DriverVersionGet(std::uint16_t* version);
+
+// True when the last load found this 32-bit process under a 64-bit system.
+bool DriverSystemIs64Bit();
+
+// Forgets the loaded driver without touching it: for tests, which replace the machine under the library.
+void DriverStateReset();

@@ -3,7 +3,30 @@
 
 #include "Lib/RyxStatus.h"
 
+#include <cstddef>
 #include <cstdint>
 
 // Major and minor version of the operating system (0 and 0 when it does not tell).
 void SystemVersionGet(std::uint32_t* major, std::uint32_t* minor);
+
+// True when this process is a 32-bit one under a 64-bit system; false also on systems that can't tell.
+bool ProcessUnderWow64();
+
+// The processors that this process may run on, one bit each. False when the system does not tell.
+bool ProcessAffinityGet(std::uint64_t* mask);
+
+// Restricts this process, or only the calling thread, to the processors of a mask. False when the system refuses.
+bool ProcessAffinitySet(std::uint64_t mask);
+bool ThreadAffinitySet(std::uint64_t mask);
+
+// Raises this process to the high priority class; a refusal changes nothing.
+void ProcessPriorityRaise();
+
+// True when the calling thread's token (the process's, when the thread has none) passes an access check that only the
+// local Administrators group can pass.
+bool ProcessIsAdministrator();
+
+// The full path of this process's executable, and the folder that holds it (without a trailing backslash), both
+// terminated. False when the system does not tell or the path does not fit `capacity` characters with its terminator.
+bool ExecutablePathGet(char* path, std::size_t capacity);
+bool ExecutableFolderGet(char* folder, std::size_t capacity);

@@ -1,0 +1,28 @@
+// Registry keys under HKEY_LOCAL_MACHINE.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+// Which half of the registry a 32-bit process sees: its own, or the one of the 64-bit system.
+enum class RegistryView { Own, Bits64 };
+
+// An open key; RegistryKeyClose releases it. A null key is none, and closing it does nothing.
+using RegistryKey = void*;
+
+// Opens an existing key for every access, or creates it. Null on failure.
+RegistryKey RegistryKeyOpen(const char* path, RegistryView view);
+RegistryKey RegistryKeyCreate(const char* path, RegistryView view);
+void RegistryKeyClose(RegistryKey key);
+
+// Deletes the key `name` below the key at `parent`, which must have no subkeys. False on failure.
+bool RegistryKeyDelete(const char* parent, const char* name, RegistryView view);
+
+// Reads a REG_DWORD value; false, with `number` untouched, when it is missing or of another type.
+bool RegistryNumberRead(RegistryKey key, const char* value, std::uint32_t* number);
+bool RegistryNumberWrite(RegistryKey key, const char* value, std::uint32_t number);
+bool RegistryValueDelete(RegistryKey key, const char* value);
+
+// From the key at `path`, goes down through the first subkey of each level until there is none, and reads the first
+// binary value there into a new block. False when a step fails, there is no such value, or memory runs out.
+bool RegistryDeepBinaryRead(const char* path, std::unique_ptr<std::uint8_t[]>* data, std::uint32_t* size);

@@ -1,0 +1,206 @@
+// The helper driver: loading, sharing and unloading it, and the requests that go to it.
+#include "Lib/Platform/Driver.h"
+
+#include "Lib/Platform/DriverService.h"
+#include "Lib/Platform/Files.h"
+#include "Lib/Platform/Registry.h"
+#include "Lib/Platform/System.h"
+
+#include <windows.h>
+
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+constexpr std::size_t PathCapacity = 260;
+constexpr char SoftwareKey[] = "Software";
+constexpr char CountKeyName[] = "RyxDrv";
+constexpr char CountKey[] = "Software\\RyxDrv";
+constexpr char CountValue[] = "RefCount";
+
+struct DriverState {
+    DriverDevice Device; // null while the driver isn't open
+    bool Bits64;
+    bool FileWritten;
+    char Path[PathCapacity];
+};
+
+DriverState Driver{};
+
+RegistryView View() {
+    return Driver.Bits64 ? RegistryView::Bits64 : RegistryView::Own;
+}
+
+// Opens the device of a driver that another tool runs, and counts this process among its users. A count without a
+// device is left over from before a restart of the machine, and starts again.
+bool DriverJoin() {
+    RegistryKey key = RegistryKeyOpen(CountKey, View());
+    if (key == nullptr) {
+        key = RegistryKeyCreate(CountKey, View());
+        if (key == nullptr) {
+            std::puts("Warning: Failed to create registry for driver.");
+            std::fflush(stdout);
+            return false;
+        }
+        RegistryNumberWrite(key, CountValue, 1);
+        RegistryKeyClose(key);
+        return false;
+    }
+    std::uint32_t users = 0;
+    if (RegistryNumberRead(key, CountValue, &users)) {
+        Driver.Device = DriverDeviceOpen();
+        RegistryNumberWrite(key, CountValue, Driver.Device != nullptr ? users + 1 : 1);
+    }
+    RegistryKeyClose(key);
+    return Driver.Device != nullptr;
+}
+
+// Takes this process out of the count. True when no other tool uses the driver.
+bool DriverLeave() {
+    const RegistryKey key = RegistryKeyOpen(CountKey, View());
+    std::uint32_t users = 0;
+    if (key == nullptr || !RegistryNumberRead(key, CountValue, &users)) {
+        RegistryKeyClose(key);
+        return true;
+    }
+    if (users >= 2) {
+        RegistryNumberWrite(key, CountValue, users - 1);
+        RegistryKeyClose(key);
+        return false;
+    }
+    RegistryKeyClose(key);
+    RegistryKeyDelete(SoftwareKey, CountKeyName, View());
+    return true;
+}
+
+// Appends a backslash and the file name to a folder's path; false when they don't fit.
+bool FileNameAppend(char (&path)[PathCapacity], const char* name) {
+    const std::size_t length = std::strlen(path);
+    const int added = std::snprintf(path + length, PathCapacity - length, "\\%s", name);
+    return added >= 0 && static_cast<std::size_t>(added) < PathCapacity - length;
+}
+
+// Writes the driver that the program carries to the temporary folder, or else beside the executable.
+bool DriverFileWrite() {
+    const char* const name = Driver.Bits64 ? "RyxLib64.sys" : "RyxLib.sys";
+    const void* image = nullptr;
+    std::uint32_t size = 0;
+    if (!ExecutableFolderGet(Driver.Path, PathCapacity) || !FileNameAppend(Driver.Path, name) ||
+        !DriverImageFind(Driver.Bits64, &image, &size)) {
+        return false;
+    }
+    char temporary[PathCapacity];
+    const DWORD length = GetTempPathA(PathCapacity, temporary);
+    if (length == 0 || length >= PathCapacity || !FileNameAppend(temporary, name)) {
+        return false;
+    }
+    RyxStatus status = FileWriteWhole(temporary, image, size);
+    if (status == RyxErrorFileOpen) {
+        status = FileWriteWhole(Driver.Path, image, size);
+    } else {
+        std::memcpy(Driver.Path, temporary, PathCapacity);
+    }
+    Driver.FileWritten = status == RyxOk;
+    return Driver.FileWritten;
+}
+
+bool InstallAttempt() {
+    DriverServiceRemove();
+    DriverServiceStart(Driver.Path);
+    Driver.Device = DriverDeviceOpen();
+    return Driver.Device != nullptr;
+}
+
+bool DriverInstall() {
+    if (InstallAttempt()) {
+        return true;
+    }
+    FileAttributesClear(Driver.Path);
+    if (InstallAttempt()) {
+        return true;
+    }
+    DriverServiceRemove();
+    return InstallAttempt();
+}
+
+bool DriverOpen() {
+    Driver.Bits64 = ProcessUnderWow64();
+    if (Driver.Device != nullptr) {
+        return true;
+    }
+    std::memset(Driver.Path, 0, sizeof Driver.Path);
+    return DriverJoin() || (DriverFileWrite() && DriverInstall());
+}
+
+void DriverRemove() {
+    if (Driver.Device == nullptr) {
+        return;
+    }
+    DriverDeviceClose(Driver.Device);
+    Driver.Device = nullptr;
+    if (!DriverLeave()) {
+        return;
+    }
+    DriverServiceRemove();
+    if (Driver.FileWritten) {
+        FileRemove(Driver.Path);
+        Driver.FileWritten = false;
+    }
+}
+
+} // namespace
+
+RyxStatus DriverRequest(std::uint32_t operation, std::uint32_t code, const void* input, std::uint32_t inputLength,
+                        void* output, std::uint32_t outputLength) {
+    switch (operation) {
+    case DriverControl:
+        return DriverDeviceControl(Driver.Device, code, input, inputLength, output, outputLength)
+                   ? RyxOk
+                   : RyxErrorDriverRequest;
+    case DriverLoad:
+        return DriverOpen() ? RyxOk : RyxErrorDriverLoad;
+    case DriverUnload:
+        DriverRemove();
+        return RyxOk;
+    default:
+        return RyxErrorUnsupported;
+    }
+}
+
+RyxStatus PhysicalMemoryRead(std::uint32_t address, std::uint32_t length, void* buffer) {
+    if (buffer == nullptr || length == 0) {
+        return RyxErrorArgument;
+    }
+    return DriverDeviceControl(Driver.Device, DriverMemoryRead, &address, sizeof address, buffer, length)
+               ? RyxOk
+               : RyxErrorPhysicalMemory;
+}
+
+RyxStatus PhysicalMemoryWrite(std::uint32_t address, std::uint32_t length, const void* buffer) {
+    if (buffer == nullptr || length == 0) {
+        return RyxErrorArgument;
+    }
+    // The bytes go down in the request's output buffer, which the driver reads.
+    return DriverDeviceControl(Driver.Device, DriverMemoryWrite, &address, sizeof address, const_cast<void*>(buffer),
+                               length)
+               ? RyxOk
+               : RyxErrorPhysicalMemory;
+}
+
+RyxStatus DriverVersionGet(std::uint16_t* version) {
+    if (version == nullptr) {
+        return RyxErrorArgument;
+    }
+    return DriverDeviceControl(Driver.Device, DriverVersionRead, nullptr, 0, version, sizeof *version)
+               ? RyxOk
+               : RyxErrorDriverRequest;
+}
+
+bool DriverSystemIs64Bit() {
+    return Driver.Bits64;
+}
+
+void DriverStateReset() {
+    Driver = DriverState{};
+}

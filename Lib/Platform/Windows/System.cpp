@@ -1,0 +1,125 @@
+// The operating system's version and this process: processors, priority, rights, executable.
+#include "Lib/Platform/System.h"
+
+#include <shlwapi.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <type_traits>
+
+namespace {
+
+struct HandleClose {
+    void operator()(HANDLE handle) const { CloseHandle(handle); }
+};
+using HandleOwner = std::unique_ptr<std::remove_pointer_t<HANDLE>, HandleClose>;
+
+// The calling thread's token, or the process's when the thread has none; null when neither can be opened.
+HandleOwner CurrentTokenOpen(DWORD access) {
+    HANDLE token = nullptr;
+    if (OpenThreadToken(GetCurrentThread(), access, TRUE, &token)) {
+        return HandleOwner(token);
+    }
+    if (GetLastError() == ERROR_NO_TOKEN && OpenProcessToken(GetCurrentProcess(), access, &token)) {
+        return HandleOwner(token);
+    }
+    return nullptr;
+}
+
+// Checks an impersonation token against a descriptor that lets only this group in.
+bool TokenInGroup(HANDLE token, PSID group) {
+    constexpr DWORD accessRead = 1;
+    constexpr DWORD accessWrite = 2;
+    alignas(ACL) unsigned char list[256];
+    const DWORD listSize = static_cast<DWORD>(sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE)) + GetLengthSid(group);
+    SECURITY_DESCRIPTOR descriptor;
+    if (listSize > sizeof list || !InitializeAcl(reinterpret_cast<PACL>(list), sizeof list, ACL_REVISION) ||
+        !AddAccessAllowedAce(reinterpret_cast<PACL>(list), ACL_REVISION, accessRead | accessWrite, group) ||
+        !InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION) ||
+        !SetSecurityDescriptorDacl(&descriptor, TRUE, reinterpret_cast<PACL>(list), FALSE) ||
+        // The check refuses a descriptor without owner and group.
+        !SetSecurityDescriptorOwner(&descriptor, group, FALSE) ||
+        !SetSecurityDescriptorGroup(&descriptor, group, FALSE)) {
+        return false;
+    }
+    GENERIC_MAPPING mapping{accessRead, accessWrite, 0, accessRead | accessWrite};
+    PRIVILEGE_SET privileges;
+    DWORD privilegesSize = sizeof privileges;
+    DWORD granted = 0;
+    BOOL allowed = FALSE;
+    return AccessCheck(&descriptor, token, accessRead, &mapping, &privileges, &privilegesSize, &granted, &allowed) &&
+           allowed;
+}
+
+} // namespace
+
+void SystemVersionGet(std::uint32_t* major, std::uint32_t* minor) {
+    OSVERSIONINFOA version{};
+    version.dwOSVersionInfoSize = sizeof version;
+    const bool told = GetVersionExA(&version) != 0;
+    *major = told ? version.dwMajorVersion : 0;
+    *minor = told ? version.dwMinorVersion : 0;
+}
+
+bool ProcessUnderWow64() {
+    using Wow64Query = BOOL(WINAPI*)(HANDLE process, PBOOL under);
+    const HMODULE module = GetModuleHandleA("kernel32");
+    const Wow64Query query =
+        module == nullptr
+            ? nullptr
+            : reinterpret_cast<Wow64Query>(reinterpret_cast<void*>(GetProcAddress(module, "IsWow64Process")));
+    BOOL under = FALSE;
+    return query != nullptr && query(GetCurrentProcess(), &under) && under;
+}
+
+bool ProcessAffinityGet(std::uint64_t* mask) {
+    DWORD_PTR process = 0;
+    DWORD_PTR system = 0;
+    if (!GetProcessAffinityMask(GetCurrentProcess(), &process, &system)) {
+        return false;
+    }
+    *mask = process;
+    return true;
+}
+
+bool ProcessAffinitySet(std::uint64_t mask) {
+    return SetProcessAffinityMask(GetCurrentProcess(), static_cast<DWORD_PTR>(mask)) != 0;
+}
+
+bool ThreadAffinitySet(std::uint64_t mask) {
+    return SetThreadAffinityMask(GetCurrentThread(), static_cast<DWORD_PTR>(mask)) != 0;
+}
+
+void ProcessPriorityRaise() {
+    SetPriorityClass(GetCurrentProcess(), HIGH_PRIORITY_CLASS);
+}
+
+bool ProcessIsAdministrator() {
+    const HandleOwner token = CurrentTokenOpen(TOKEN_DUPLICATE | TOKEN_QUERY);
+    HANDLE duplicate = nullptr;
+    if (token == nullptr || !DuplicateToken(token.get(), SecurityImpersonation, &duplicate)) {
+        return false;
+    }
+    const HandleOwner impersonation(duplicate);
+    SID_IDENTIFIER_AUTHORITY authority = SECURITY_NT_AUTHORITY;
+    PSID administrators = nullptr;
+    if (!AllocateAndInitializeSid(&authority, 2, SECURITY_BUILTIN_DOMAIN_RID, DOMAIN_ALIAS_RID_ADMINS, 0, 0, 0, 0, 0, 0,
+                                  &administrators)) {
+        return false;
+    }
+    const bool member = TokenInGroup(impersonation.get(), administrators);
+    FreeSid(administrators);
+    return member;
+}
+
+bool ExecutablePathGet(char* path, std::size_t capacity) {
+    const DWORD size = static_cast<DWORD>(std::min<std::size_t>(capacity, 0x7FFF));
+    const DWORD length = GetModuleFileNameA(nullptr, path, size);
+    return length != 0 && length < size;
+}
+
+bool ExecutableFolderGet(char* folder, std::size_t capacity) {
+    return ExecutablePathGet(folder, capacity) && PathRemoveFileSpecA(folder);
+}
