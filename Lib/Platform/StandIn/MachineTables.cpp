@@ -1,7 +1,11 @@
 // Machines out of SMBIOS tables: an entry point and its structure table, from a folder, a dump or this computer.
-#include "Lib/Platform/StandIn/Machine.h"
+#include "Lib/Platform/StandIn/MachineTables.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
 #include <utility>
 
 namespace StandIn {
@@ -12,6 +16,8 @@ constexpr std::uint64_t SegmentStart = 0xF0000;
 constexpr std::uint64_t ParagraphSize = 16;
 constexpr std::size_t LegacyEntrySize = 31;
 constexpr std::size_t EntrySize30 = 24;
+constexpr std::size_t FileSizeLimit = std::size_t{256} << 20; // also ends the reading of endless devices
+constexpr const char* HostFolder = "/sys/firmware/dmi/tables";
 
 bool BeginsWith(const Bytes& bytes, std::string_view anchor) {
     return bytes.size() >= anchor.size() && std::equal(anchor.begin(), anchor.end(), bytes.begin());
@@ -93,6 +99,71 @@ bool TablesInstall(Machine& machine, const Bytes& entryPoint, Bytes table, std::
             {address, Bytes(entryPoint.begin(), entryPoint.begin() + static_cast<std::ptrdiff_t>(LegacyEntrySize))});
     }
     return true;
+}
+
+bool FileRead(const std::string& path, Bytes* content, std::string* error) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
+    if (!file) {
+        *error = path + ": " + std::strerror(errno);
+        return false;
+    }
+    content->clear();
+    std::uint8_t piece[16384];
+    for (std::size_t got; (got = std::fread(piece, 1, sizeof piece, file.get())) != 0;) {
+        if (got > FileSizeLimit - content->size()) {
+            *error = path + ": the file is too large";
+            return false;
+        }
+        content->insert(content->end(), piece, piece + got);
+    }
+    if (std::ferror(file.get()) != 0) {
+        *error = path + ": " + std::strerror(errno);
+        return false;
+    }
+    return true;
+}
+
+bool IsDump(const Bytes& content) {
+    return BeginsWith(content, "_SM_") || BeginsWith(content, "_SM3_");
+}
+
+bool DumpInstall(Machine& machine, const std::string& path, const Bytes& content, std::string* error) {
+    std::string reason;
+    const std::optional<EntryPoint> entry = EntryPointParse(content, &reason);
+    if (!entry) {
+        *error = path + ": " + reason;
+        return false;
+    }
+    if (entry->TableAddress > content.size()) {
+        char text[96];
+        std::snprintf(text, sizeof text, ": the table offset 0x%llX lies past the end of the file (0x%llX bytes)",
+                      static_cast<unsigned long long>(entry->TableAddress),
+                      static_cast<unsigned long long>(content.size()));
+        *error = path + text;
+        return false;
+    }
+    return TablesInstall(machine, content,
+                         Bytes(content.begin() + static_cast<std::ptrdiff_t>(entry->TableAddress), content.end()),
+                         error);
+}
+
+bool FolderInstall(Machine& machine, const std::string& path, std::string* error) {
+    const std::string entryPath = path + "/smbios_entry_point";
+    Bytes entry;
+    Bytes table;
+    if (!FileRead(entryPath, &entry, error) || !FileRead(path + "/DMI", &table, error)) {
+        return false;
+    }
+    std::string reason;
+    if (!TablesInstall(machine, entry, std::move(table), &reason)) {
+        *error = entryPath + ": " + reason;
+        return false;
+    }
+    return true;
+}
+
+bool HostInstall(Machine& machine, std::string* error) {
+    return FolderInstall(machine, HostFolder, error);
 }
 
 } // namespace StandIn
