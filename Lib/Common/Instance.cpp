@@ -1,0 +1,190 @@
+// This process among the running tools: the machine-wide count, the image mutex and the global mutex.
+#include "Lib/Common/Instance.h"
+
+#include "Lib/API/RyxLib.h"
+#include "Lib/API/RyxPrint.h"
+#include "Lib/Common/QelCrypto.h"
+#include "Lib/Platform/Driver.h"
+#include "Lib/Platform/Files.h"
+#include "Lib/Platform/Power.h"
+#include "Lib/Platform/Registry.h"
+#include "Lib/Platform/System.h"
+
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+constexpr char CountKey[] = "Software\\RyxTool";
+constexpr char CountValue[] = "ToolsRefCount";
+constexpr std::uint32_t GlobalMutexWait = 5000; // ms
+constexpr std::size_t PathCapacity = 0x1000;
+
+InstanceState Instance;
+
+RegistryView View() {
+    return DriverSystemIs64Bit() ? RegistryView::Bits64 : RegistryView::Own;
+}
+
+// The number of running tools; 0 when there is no count.
+std::uint32_t ToolsRefCountGet() {
+    std::uint32_t count = 0;
+    if (const RegistryKey key = RegistryKeyOpen(CountKey, View())) {
+        RegistryNumberRead(key, CountValue, &count);
+        RegistryKeyClose(key);
+    }
+    return count;
+}
+
+RyxStatus ExecutableRead(std::unique_ptr<std::uint8_t[]>* image, std::uint32_t* size) {
+    char path[PathCapacity];
+    const RyxStatus status = ExecutablePathGet(path, sizeof path) ? FileReadWhole(path, image, size) : RyxErrorFileOpen;
+    if (status == RyxErrorFileOpen || status == RyxErrorMemory) {
+        std::puts(status == RyxErrorFileOpen ? "Open file failed." : "Allocate memory failed.");
+        std::fflush(stdout);
+    }
+    return status;
+}
+
+// Creates the mutex that every process of this very executable shares, named by the digest of the file's bytes.
+RyxStatus ImageRegister() {
+    std::unique_ptr<std::uint8_t[]> image;
+    std::uint32_t size = 0;
+    if (ExecutableRead(&image, &size) != RyxOk) {
+        RyxPrintf("Get file failed.\n");
+        return RyxErrorFileRead;
+    }
+    QelSha1Digest digest;
+    if (QelSha1(image.get(), size, &digest) != RyxOk) {
+        return RyxErrorDigest;
+    }
+    char text[17];
+    std::snprintf(text, sizeof text, "%X%X%X%X%X%X%X%X", digest[0], digest[1], digest[2], digest[3], digest[4],
+                  digest[5], digest[6], digest[7]);
+    char name[32];
+    std::snprintf(name, sizeof name, "Global\\{%s}", text);
+    bool existed = false;
+    Instance.ImageMutex = MutexCreate(name, &existed);
+    return existed ? RyxInstanceAnother : RyxInstanceFirst;
+}
+
+} // namespace
+
+InstanceState& InstanceStateGet() {
+    return Instance;
+}
+
+void InstanceStateReset() {
+    Instance = InstanceState{};
+}
+
+void ToolsRefCountIncrement() {
+    if (const RegistryKey key = RegistryKeyCreate(CountKey, View())) {
+        std::uint32_t count = 0;
+        RegistryNumberRead(key, CountValue, &count);
+        RegistryNumberWrite(key, CountValue, count + 1);
+        RegistryKeyClose(key);
+    }
+}
+
+void ToolsRefCountDecrement() {
+    const RegistryKey key = RegistryKeyOpen(CountKey, View());
+    if (key == nullptr) {
+        return;
+    }
+    std::uint32_t count = 0;
+    if (RegistryNumberRead(key, CountValue, &count)) {
+        // A count of 0, which no tool leaves, goes too.
+        if (count <= 1) {
+            RegistryValueDelete(key, CountValue);
+        } else {
+            RegistryNumberWrite(key, CountValue, count - 1);
+        }
+    }
+    RegistryKeyClose(key);
+}
+
+void GlobalMutexAcquire() {
+    if (!Instance.GlobalEnabled) {
+        return;
+    }
+    if (!Instance.GlobalCreated) {
+        Instance.GlobalMutex = MutexCreate("RyxGlobalMutex", nullptr);
+        if (Instance.GlobalMutex == nullptr) {
+            return;
+        }
+        Instance.GlobalCreated = true;
+    }
+    if (!Instance.GlobalHeld) {
+        Instance.GlobalHeld = MutexAcquire(Instance.GlobalMutex, GlobalMutexWait);
+    }
+}
+
+void GlobalMutexRelease() {
+    if (Instance.GlobalEnabled && Instance.GlobalHeld) {
+        MutexRelease(Instance.GlobalMutex);
+        Instance.GlobalHeld = false;
+    }
+}
+
+void GlobalMutexClose() {
+    if (!Instance.GlobalEnabled) {
+        return;
+    }
+    GlobalMutexRelease();
+    if (Instance.GlobalCreated) {
+        MutexClose(Instance.GlobalMutex);
+        Instance.GlobalMutex = nullptr;
+        Instance.GlobalCreated = false;
+    }
+}
+
+RyxStatus PowerRequest(std::uint8_t operation) {
+    if (operation == PowerLetSleep) {
+        PowerStateSet(PowerContinuous);
+        Instance.ExecutionState = 0;
+        return RyxOk;
+    }
+    if (operation != PowerHoldAwake) {
+        return RyxErrorUnsupported;
+    }
+    std::uint32_t major = 0;
+    std::uint32_t minor = 0;
+    SystemVersionGet(&major, &minor);
+    if (major >= 5) {
+        // Away mode came with version 6.
+        PowerStateSet(PowerContinuous | PowerDisplayRequired | PowerSystemRequired |
+                      (major >= 6 ? PowerAwayModeRequired : 0));
+        Instance.ExecutionState = 1;
+    }
+    return RyxOk;
+}
+
+RyxStatus RyxInstanceRegister() {
+    Instance.Tools = ToolsRefCountGet() != 0 ? RyxInstanceAnother : RyxInstanceFirst;
+    Instance.Image = ImageRegister();
+    ToolsRefCountIncrement();
+    Instance.GlobalEnabled = true;
+    return RyxOk;
+}
+
+RyxStatus RyxInstanceUnregister() {
+    ToolsRefCountDecrement();
+    MutexClose(Instance.ImageMutex);
+    Instance.ImageMutex = nullptr;
+    Instance.Tools = RyxErrorArgument;
+    Instance.Image = RyxErrorArgument;
+    if (ToolsRefCountGet() == 0) {
+        GlobalMutexClose();
+    }
+    return RyxOk;
+}
+
+void RyxInstanceStateGet(RyxStatus* tools, RyxStatus* image) {
+    if (tools != nullptr) {
+        *tools = Instance.Tools;
+    }
+    if (image != nullptr) {
+        *image = Instance.Image;
+    }
+}
