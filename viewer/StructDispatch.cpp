@@ -35,6 +35,21 @@ const std::array<StructDecoder, 128> StructDecoderTable = [] {
     table[27] = StructDecodeType27;
     table[28] = StructDecodeType28;
     table[29] = StructDecodeType29;
+    table[30] = StructDecodeType30;
+    table[31] = StructDecodeType31;
+    table[32] = StructDecodeType32;
+    table[33] = StructDecodeType33;
+    table[34] = StructDecodeType34;
+    table[35] = StructDecodeType35;
+    table[36] = StructDecodeType36;
+    table[37] = StructDecodeType37;
+    table[38] = StructDecodeType38;
+    table[39] = StructDecodeType39;
+    table[40] = StructDecodeType40;
+    table[41] = StructDecodeType41;
+    table[42] = StructDecodeType42;
+    table[126] = StructDecodeType126;
+    table[127] = StructDecodeType127;
     return table;
 }();
 
