@@ -27,7 +27,7 @@ std::uint8_t OptionMethod(std::uint32_t option) {
     }
 }
 
-// Switches a method on or off. The flag follows the switch, and is 0 after a failed one.
+// Switches a method on or off. The flag is 0 after a failed switch.
 RyxStatus MethodOptionSet(std::uint8_t* flag, std::uint8_t method, std::uint32_t value) {
     if (value > 1) {
         return RyxErrorArgument;
@@ -36,7 +36,10 @@ RyxStatus MethodOptionSet(std::uint8_t* flag, std::uint8_t method, std::uint32_t
         return RyxOk;
     }
     const RyxStatus status = FlashMethodSwitch(value == 1 ? method : 0);
-    *flag = static_cast<std::uint8_t>(status == RyxOk ? value : 0);
+    // A successful switch has set the flags of all methods; that to 2 may have led to 3.
+    if (status != RyxOk || value == 0) {
+        *flag = 0;
+    }
     return status;
 }
 
