@@ -1,9 +1,11 @@
 // What the tests share.
 #include "tests/Support.h"
 
+#include "Lib/API/RyxOption.h"
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Platform/Driver.h"
 #include "viewer/StructDispatch.h"
+#include "viewer/ViewerMain.h"
 #include "viewer/ViewerState.h"
 
 #include <cstdio>
@@ -72,6 +74,23 @@ std::string Decoded(std::uint8_t type, const StandIn::SmbiosBuilder& table, std:
     ViewerBinsRelease();
     DriverRequest(DriverUnload);
     return output;
+}
+
+Viewed View(const std::vector<std::string>& arguments, StandIn::Machine machine) {
+    StartOver(std::move(machine));
+    EXPECT_EQ(DriverRequest(DriverLoad), RyxOk);
+    std::vector<std::string> words{"Quarrinet"};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (std::string& word : words) {
+        argv.push_back(word.data());
+    }
+    RyxArgsSet(static_cast<std::uint32_t>(argv.size()), argv.data());
+    Viewed viewed{};
+    viewed.Output = Captured([&viewed] { viewed.Error = ViewerMain(); });
+    LibraryContextGet().Arguments = nullptr;
+    LibraryContextGet().ArgumentCount = 0;
+    return viewed;
 }
 
 Ran RunProgram(const std::vector<std::string>& arguments, const std::string& machine, const std::string& folder) {

@@ -27,6 +27,13 @@ struct Selection {
 std::string Decoded(std::uint8_t type, const StandIn::SmbiosBuilder& table, std::uint8_t version = 28,
                     const Selection& selection = {});
 
+// Runs the viewer in this process, with the driver loaded but without the rest of the library's start, on a machine.
+struct Viewed {
+    std::uint32_t Error;
+    std::string Output;
+};
+Viewed View(const std::vector<std::string>& arguments, StandIn::Machine machine);
+
 // A process that ended.
 struct Ran {
     int ExitCode;
