@@ -27,7 +27,8 @@ std::uint8_t OptionMethod(std::uint32_t option) {
     }
 }
 
-// Switches a method on or off. The flag follows the switch, and is 0 after a failed one.
+// Switches a method on or off. The switch itself sets the flags of the method that it took; a failed one leaves the
+// flag 0.
 RyxStatus MethodOptionSet(std::uint8_t* flag, std::uint8_t method, std::uint32_t value) {
     if (value > 1) {
         return RyxErrorArgument;
@@ -35,8 +36,10 @@ RyxStatus MethodOptionSet(std::uint8_t* flag, std::uint8_t method, std::uint32_t
     if (*flag == value) {
         return RyxOk;
     }
-    const RyxStatus status = FlashMethodSwitch(value == 1 ? method : 0);
-    *flag = static_cast<std::uint8_t>(status == RyxOk ? value : 0);
+    const RyxStatus status = FlashMethodSwitch(value == 1 ? method : FlashMethodNone);
+    if (value == 0 || status != RyxOk) {
+        *flag = 0;
+    }
     return status;
 }
 

@@ -5,6 +5,13 @@
 #include "Lib/RyxStatus.h"
 
 #include <cstdint>
+#include <memory>
+
+// What unpacking a package of files needs; nothing in this tool unpacks one.
+struct PackageRecord {
+    std::unique_ptr<std::uint8_t[]> Buffer;
+    std::uint32_t Words[4] = {};
+};
 
 struct InstanceState {
     RyxStatus Tools = RyxErrorArgument; // RyxInstanceFirst, RyxInstanceAnother; RyxErrorArgument while not registered
@@ -16,6 +23,7 @@ struct InstanceState {
     bool GlobalHeld = false;
     bool PackageFolderSet = false;
     char PackageFolder[256] = {}; // what PACKORGDIR held; empty when it was not set
+    PackageRecord Package;
     std::uint16_t DriverVersion = 0;
     std::uint32_t ExecutionState = 0; // 1 while the system is held awake
 };

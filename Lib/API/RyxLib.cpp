@@ -1,0 +1,127 @@
+// Start and stop of the library.
+#include "Lib/API/RyxLib.h"
+
+#include "Lib/API/RyxOption.h"
+#include "Lib/API/RyxPrint.h"
+#include "Lib/Common/AcpiData.h"
+#include "Lib/Common/CallbackFunctions.h"
+#include "Lib/Common/DescFunctions.h"
+#include "Lib/Common/FirmwareChannel.h"
+#include "Lib/Common/Instance.h"
+#include "Lib/Common/LibraryContext.h"
+#include "Lib/Platform/Driver.h"
+#include "Lib/Platform/System.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+constexpr std::uint8_t ErrorCodeStart = 255;
+constexpr std::size_t OptionSwitchGiven = 23;
+
+// Keeps the process on processor 0, unless it is on a single low one already.
+RyxStatus ProcessorPin() {
+    std::uint64_t allowed = 0;
+    if (!ProcessAffinityGet(&allowed) || allowed <= 2) {
+        return RyxOk;
+    }
+    return ProcessAffinitySet(1) || ThreadAffinitySet(1) ? RyxOk : RyxErrorGeneral;
+}
+
+RyxStatus PlatformPrepare() {
+    if (const RyxStatus status = ProcessorPin(); status != RyxOk) {
+        return status;
+    }
+    ProcessPriorityRaise();
+    if (!ProcessIsAdministrator()) {
+        RyxPrintf("\nFlash tool must be run with administrator privilege!\n\n");
+        return RyxErrorNotAdministrator;
+    }
+    if (DriverRequest(DriverLoad) != RyxOk) {
+        RyxPrintf("\nFlash tool load driver failed!\n\n");
+        return RyxErrorDriverLoad;
+    }
+    return RyxOk;
+}
+
+// Whether an argument is a switch, "/file" and "-file" apart: those name a file to work on.
+bool IsSwitch(const char* argument) {
+    return (argument[0] == '-' || argument[0] == '/') && !TextEqual(argument + 1, "file", true);
+}
+
+void ArgumentsScan(std::uint32_t count, char** arguments) {
+    for (std::uint32_t i = 1; i < count && arguments[i] != nullptr; ++i) {
+        if (IsSwitch(arguments[i])) {
+            LibraryContextGet().Options.Byte[OptionSwitchGiven] = 1;
+            return;
+        }
+    }
+}
+
+// Keeps the folder of packages, cut to the space that there is.
+void PackageFolderKeep() {
+    if (const char* folder = std::getenv("PACKORGDIR")) {
+        InstanceState& instance = InstanceStateGet();
+        std::snprintf(instance.PackageFolder, sizeof instance.PackageFolder, "%s", folder);
+        instance.PackageFolderSet = true;
+    }
+}
+
+RyxStatus PowerChange(std::uint8_t operation) {
+    const RyxStatus status = PowerRequest(operation);
+    return status == RyxOk || status == RyxErrorUnsupported ? RyxOk : RyxErrorPowerRequest;
+}
+
+} // namespace
+
+RyxStatus RyxLibInit(std::uint32_t argumentCount, char** arguments) {
+    OptionsClear();
+    RyxArgsSet(argumentCount, arguments);
+    if (const RyxStatus status = PlatformPrepare(); status != RyxOk) {
+        return status;
+    }
+    RyxInstanceRegister();
+    if (argumentCount != 0 && arguments != nullptr) {
+        ArgumentsScan(argumentCount, arguments);
+        PackageFolderKeep();
+    }
+    if (const RyxStatus status = PowerChange(PowerHoldAwake); status != RyxOk) {
+        return status;
+    }
+    if (std::uint16_t version = 0; DriverVersionGet(&version) == RyxOk) {
+        InstanceStateGet().DriverVersion = version;
+    }
+    // A machine without a firmware that answers is as good as any other here.
+    FlashMethodSelect();
+    return RyxOk;
+}
+
+RyxStatus RyxLibExit() {
+    CallbackFunctionsRelease();
+    ArgumentRelease();
+    ArgumentCommandRelease();
+    if (const RyxStatus status = PowerChange(PowerLetSleep); status != RyxOk) {
+        return status;
+    }
+    AcpiDataRelease();
+    if (const RyxStatus status = FirmwareChannelEnd(); status != RyxOk) {
+        return status;
+    }
+    RyxInstanceUnregister();
+    if (DriverRequest(DriverUnload) != RyxOk) {
+        return RyxErrorDriverUnload;
+    }
+    InstanceStateGet().Package = {};
+    return RyxOk;
+}
+
+void RyxLibInitErrorPrint() {
+    std::printf("\nERROR %03d - %s!\n", RyxLibErrorCodeGet(), "RYX library initialization failed");
+    std::fflush(stdout);
+}
+
+std::uint8_t RyxLibErrorCodeGet() {
+    return ErrorCodeStart;
+}

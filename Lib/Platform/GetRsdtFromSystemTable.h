@@ -1,0 +1,11 @@
+// The last way to the ACPI root table: the FADT that the system serves, a memory search, and the driver's own search.
+#pragma once
+
+#include <cstdint>
+
+// Gives the physical address of an RSDT that the driver knows of; one that a search around the DSDT finds is preferred.
+// False when the driver finds none.
+bool GetRsdtFromSystemTable(std::uint32_t* address);
+
+// Releases the FADT that the search keeps.
+void SystemTableRelease();

@@ -1,0 +1,32 @@
+// The buffers that firmware requests travel in.
+#include "Lib/Platform/Flash4kBufferAllocate.h"
+
+#include "Lib/Platform/Driver.h"
+
+#include <new>
+
+RyxStatus Flash4kBufferAllocate(std::uint32_t size, bool physical, Flash4kBuffer* buffer) {
+    Flash4kBuffer made;
+    made.Local.reset(new (std::nothrow) std::uint8_t[size]());
+    made.Size = size;
+    if (made.Local == nullptr) {
+        return RyxErrorMemory;
+    }
+    if (physical) {
+        const std::uint32_t wanted = Flash4kSize;
+        if (DriverRequest(DriverControl, DriverBufferGet, &wanted, sizeof wanted, &made.PhysicalAddress,
+                          sizeof made.PhysicalAddress) != RyxOk ||
+            made.PhysicalAddress == 0) {
+            return RyxErrorMemory;
+        }
+    }
+    *buffer = std::move(made);
+    return RyxOk;
+}
+
+RyxStatus Flash4kBufferRelease(Flash4kBuffer* buffer) {
+    const bool physical = buffer->PhysicalAddress != 0;
+    *buffer = Flash4kBuffer{};
+    const std::uint32_t size = Flash4kSize;
+    return physical ? DriverRequest(DriverControl, DriverBufferRelease, &size, sizeof size) : RyxOk;
+}
