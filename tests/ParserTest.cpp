@@ -135,7 +135,7 @@ TEST(Acquisition, EntryPointFieldsOfTheService) {
     table.Begin(11).Byte(9);
     Start(StandIn::MachineWithTable(table, 3, 2, false));
     const char* const expected[] = {
-        "00 00 00 00",    "00", "00",    "03",          "02",    "00 00", "00", "00 00 00 00 00",
+        "00 00 00 00",    "00", "00",    "03",          "02",    "00 00", "01", "00 00 00 00 00",
         "00 00 00 00 00", "00", "07 00", "00 00 00 00", "00 00", "00"};
     for (std::uint32_t field = 0; field < std::size(expected); ++field) {
         EXPECT_EQ(EntryPointField(field), expected[field]) << field;
