@@ -1,0 +1,229 @@
+// Argument collection, response files, the command registry and its validation.
+#include "Lib/API/RyxArg.h"
+#include "Lib/API/RyxOption.h"
+#include "Lib/Common/Argument.h"
+#include "Lib/Common/LibraryContext.h"
+#include "tests/library/Support.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+
+namespace {
+
+// Collects a command line in a folder of its own and gives it back as text: "name(param)(param) name".
+class CommandLine : public testing::Test {
+protected:
+    void SetUp() override {
+        LibraryContextReset();
+        Before = std::filesystem::current_path();
+        std::filesystem::current_path(Folder.Path);
+    }
+    void TearDown() override {
+        LibraryContextReset();
+        std::filesystem::current_path(Before);
+    }
+
+    void Given(std::vector<std::string> words) {
+        LibraryContextReset();
+        Words = std::move(words);
+        Words.insert(Words.begin(), "Quarrinet");
+        Argv.clear();
+        for (std::string& word : Words) {
+            Argv.push_back(word.data());
+        }
+        ASSERT_EQ(RyxArgsSet(static_cast<std::uint32_t>(Argv.size()), Argv.data()), RyxOk);
+    }
+
+    std::string Collected(std::vector<std::string> words) {
+        Given(std::move(words));
+        Status = ArgumentCollect();
+        std::string text;
+        for (const ArgNode* node = ArgumentCommandsGet(); node != nullptr; node = node->Next) {
+            EXPECT_EQ(node->Kind, ArgNodeCommand);
+            text += (text.empty() ? "" : " ") + std::string(node->Text);
+            for (const ArgNode* param = node->Params; param != nullptr; param = param->Next) {
+                EXPECT_EQ(param->Kind, 0U);
+                text += "(" + std::string(param->Text) + ")";
+            }
+        }
+        return text;
+    }
+
+    // Validates a command line against one command "c" of a format.
+    RyxStatus Validated(const char* format, std::vector<std::string> words, std::string* output = nullptr) {
+        Given(std::move(words));
+        RyxArgCommandRegister(".c", "Does it.", format, "Things");
+        RyxStatus status = RyxOk;
+        const std::string printed = Captured([&status] { status = RyxArgSyntaxProcess(1, 1, nullptr); });
+        if (output != nullptr) {
+            *output = printed;
+        }
+        return status;
+    }
+
+    TemporaryFolder Folder;
+    std::filesystem::path Before;
+    std::vector<std::string> Words;
+    std::vector<char*> Argv;
+    RyxStatus Status = RyxOk;
+};
+
+TEST_F(CommandLine, ArgumentsBecomeCommandsAndParameters) {
+    struct {
+        std::vector<std::string> Words;
+        const char* Expected;
+        RyxStatus Status;
+    } const cases[] = {
+        {{}, "", RyxOk},
+        {{"/type", "4"}, "type(4)", RyxOk},
+        {{"-type", "4", "", "/eps", "#x"}, "type(4) eps(#x)", RyxOk},
+        {{"4", "/type"}, "", RyxErrorNotFound},
+        {{"/type", "-1"}, "type(-1)", RyxOk},
+        {{"/type", "4", "-5", "/eps", "-0"}, "type(4)(-5) eps(-0)", RyxOk},
+        {{"/type", "-1a", "-", "/1"}, "type 1a  1", RyxOk},
+        {{"-1", "-2"}, "1(-2)", RyxOk},
+    };
+    for (const auto& test : cases) {
+        EXPECT_EQ(Collected(test.Words), test.Expected);
+        EXPECT_EQ(Status, test.Status) << test.Expected;
+    }
+}
+
+TEST_F(CommandLine, ResponseFilesStandWhereTheyAreNamed) {
+    const std::string longWord(1030, 'w');
+    struct {
+        std::string Content;
+        std::string Expected;
+        RyxStatus Status;
+    } const cases[] = {
+        {"/type \"4\" # comment\n", "/a type(4) /z", RyxOk},
+        {"/type # 4 \"5\"", "/a type(5) /z", RyxOk},
+        {"/type \"4 5\"\r\n6", "/a type(4 5)(6) /z", RyxOk},
+        {"/type \"\" 4\t5 @x", "/a type(4\t5)(@x) /z", RyxOk},
+        {"/type 1\r2", "/a type(1)(2) /z", RyxOk},
+        {std::string("/type 1\0/eps", 12), "/a type(1) /z", RyxOk},
+        {longWord, "/a(" + longWord.substr(0, 1023) + ")(" + longWord.substr(1023) + ") /z", RyxOk},
+        {"", "/a /z", RyxOk},
+        {"/type \"4\n", "", RyxErrorArgument},
+    };
+    for (const auto& test : cases) {
+        Folder.Write("args.rsp", test.Content);
+        std::string expected = test.Expected;
+        for (std::size_t at; (at = expected.find('/')) != std::string::npos;) {
+            expected.erase(at, 1);
+        }
+        EXPECT_EQ(Collected({"/a", "@args.rsp", "/z"}), expected) << test.Content;
+        EXPECT_EQ(Status, test.Status) << test.Content;
+    }
+    EXPECT_EQ(Collected({"/a", "@missing.rsp"}), "");
+    EXPECT_EQ(Status, RyxErrorNotFound);
+    EXPECT_EQ(Collected({"/a", "@."}), "") << "a folder is no file";
+}
+
+TEST_F(CommandLine, TheDefaultFileIsReadOnlyWithoutANamedOne) {
+    Folder.Write("default.rsp", std::string("4 /eps"));
+    Folder.Write("other.rsp", std::string("/help"));
+    EXPECT_EQ(Collected({"/type"}), "type(4) eps");
+    EXPECT_EQ(Collected({"/type", "@other.rsp"}), "type help");
+    Folder.Write("default.rsp", std::string("\"open"));
+    EXPECT_EQ(Collected({"/type"}), "");
+    EXPECT_EQ(Status, RyxErrorArgument);
+}
+
+TEST_F(CommandLine, MoreThan256StringsAreRefusedWhole) {
+    std::vector<std::string> words(256, "1");
+    words[0] = "/type";
+    EXPECT_NE(Collected(words), "");
+    words.emplace_back("1");
+    EXPECT_EQ(Collected(words), "");
+    EXPECT_EQ(Status, RyxErrorMemory);
+    std::string file = "/type";
+    for (int i = 0; i < 256; ++i) {
+        file += " 1";
+    }
+    Folder.Write("many.rsp", file);
+    EXPECT_EQ(Collected({"@many.rsp"}), "");
+    EXPECT_EQ(Status, RyxErrorMemory);
+}
+
+TEST_F(CommandLine, FormatsAreCheckedTokenByToken) {
+    struct {
+        const char* Format;
+        std::vector<std::string> Params;
+        RyxStatus Status;
+    } const cases[] = {
+        {"", {}, RyxOk},
+        {"", {"1"}, RyxErrorParameter},
+        {"%d", {}, RyxErrorParameter},
+        {"%d", {"+3"}, RyxOk},
+        {"%d", {" 3"}, RyxOk},
+        {"%d", {"3 "}, RyxErrorParameter},
+        {"%d", {"0x10"}, RyxErrorParameter},
+        {"%D", {"x"}, RyxErrorParameter},
+        {"%x", {"0X1f"}, RyxOk},
+        {"%X", {"g"}, RyxErrorParameter},
+        {"%s  %f", {"any", "thing"}, RyxOk},
+        {"%d=99 %d=0", {"4", "1", "5"}, RyxErrorParameter},
+        {"%d=x", {}, RyxErrorParameter}, // a default is validated too
+        {"%d=", {}, RyxErrorParameter},  // no default at all
+        {"%q", {"1"}, RyxErrorUnsupported},
+        {"%", {"1"}, RyxErrorUnsupported},
+        {"d", {}, RyxErrorUnsupported},
+        {".. ", {"1"}, RyxErrorUnsupported},
+        {"%s ...", {"1", "b", "c"}, RyxOk},
+        {"%s ...", {}, RyxErrorParameter},
+    };
+    for (const auto& test : cases) {
+        std::vector<std::string> words{"/C"};
+        words.insert(words.end(), test.Params.begin(), test.Params.end());
+        EXPECT_EQ(Validated(test.Format, words), test.Status) << "format '" << test.Format << "'";
+    }
+}
+
+TEST_F(CommandLine, FailuresArePrinted) {
+    std::string output;
+    EXPECT_EQ(Validated("%d", {"/c", "x"}, &output), RyxErrorParameter);
+    EXPECT_EQ(output, "Parameter error!\nSyntax: -c Things\n");
+    EXPECT_EQ(Validated("%d", {"/bogus"}, &output), RyxErrorNotFound);
+    EXPECT_EQ(output, "bogus : is not a valid command!\n");
+    EXPECT_EQ(Validated("x", {"/c"}, &output), RyxErrorUnsupported);
+    EXPECT_EQ(output, "Internal error: Invalid syntax format!\n");
+    EXPECT_EQ(Validated("%d", {"/c", "1", "-C", "2"}, &output), RyxErrorDuplicate);
+    EXPECT_EQ(output, "");
+    EXPECT_EQ(Validated("", {}, &output), RyxErrorNotFound);
+    EXPECT_EQ(output, "");
+}
+
+TEST_F(CommandLine, LookupsFollowTheCaseRuleAndParametersAreFetched) {
+    Given({"/.C", "4"});
+    RyxArgCommandRegister("c", "", "%d=99 %d=17", "");
+    ArgNode* node = nullptr;
+    EXPECT_EQ(RyxArgCommandFind("c", &node), RyxErrorNotFound);
+    ASSERT_EQ(RyxArgSyntaxProcess(1, 0, nullptr), RyxOk);
+    ASSERT_EQ(RyxArgCommandFind(".c", &node), RyxOk);
+    char text[2] = "?";
+    EXPECT_EQ(RyxArgParamGet(node, 1, text, sizeof text), RyxOk);
+    EXPECT_STREQ(text, "1") << "the default, cut to the buffer";
+    EXPECT_EQ(RyxArgParamGet(node, 2, text, sizeof text), RyxErrorNotFound);
+    EXPECT_STREQ(text, "1");
+    EXPECT_EQ(RyxArgParamGet(node->Params, 0, text, sizeof text), RyxErrorObject);
+    EXPECT_EQ(RyxArgParamGet(node, 0, nullptr, 2), RyxErrorArgument);
+}
+
+TEST_F(CommandLine, NumbersAreDecimalAndWrap) {
+    std::int64_t number = 7;
+    for (const char* text : {"", "0x10", "1 ", "1a", "a", " 1", "--1"}) {
+        EXPECT_EQ(RyxArgNumberParse(text, &number), RyxErrorNotDecimal) << text;
+    }
+    EXPECT_EQ(number, 7);
+    struct {
+        const char* Text;
+        std::int64_t Number;
+    } const cases[] = {{"-12", -12}, {"+3", 3}, {"-", 0}, {"007", 7}, {"18446744073709551617", 1}};
+    for (const auto& test : cases) {
+        EXPECT_EQ(RyxArgNumberParse(test.Text, &number), RyxOk);
+        EXPECT_EQ(number, test.Number) << test.Text;
+    }
+}
+
+} // namespace
