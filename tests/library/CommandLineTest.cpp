@@ -43,7 +43,7 @@ protected:
             text += (text.empty() ? "" : " ") + std::string(node->Text);
             for (const ArgNode* param = node->Params; param != nullptr; param = param->Next) {
                 EXPECT_EQ(param->Kind, 0U);
-                text += "(" + std::string(param->Text) + ")";
+                text.append("(").append(param->Text).append(")");
             }
         }
         return text;
