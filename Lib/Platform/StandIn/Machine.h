@@ -26,9 +26,9 @@ struct MemoryRegion {
     Bytes Data;
 };
 
-enum class Wow64 { No, Yes, Unknown };                // Unknown: the operation IsWow64Process does not exist
-enum class ConsoleKind { None, Fixed, Terminal };     // Fixed: a console of the size below, keys answered at once
-enum class FirmwareKind { None, Variables, Smi };     // how the maker's firmware answers requests, if at all
+enum class Wow64 { No, Yes, Unknown };            // Unknown: the operation IsWow64Process does not exist
+enum class ConsoleKind { None, Fixed, Terminal }; // Fixed: a console of the size below, keys answered at once
+enum class FirmwareKind { None, Variables, Smi }; // how the maker's firmware answers requests, if at all
 
 // A Windows operation that fails: always (At 0), or at its At-th call. ControlCode, when not 0, restricts it to one
 // device control code, whose calls are then counted on their own.
@@ -47,24 +47,24 @@ struct FirmwareVariable {
 // What a machine is made of. Plain data: tests build one in a few lines and hand it to MachineSet.
 struct Machine {
     std::vector<MemoryRegion> Memory;
-    std::optional<Bytes> SmbiosTable;             // answer of the firmware table service for 'RSMB', header included
-    std::map<std::string, Bytes> AcpiTables;      // answers for 'ACPI', by signature
-    std::map<std::string, Bytes> RegistryBinary;  // REG_BINARY values under HKEY_LOCAL_MACHINE: "path\to\key\value"
-    bool FirmwareTableService = true;             // false: GetSystemFirmwareTable does not exist
+    std::optional<Bytes> SmbiosTable;            // answer of the firmware table service for 'RSMB', header included
+    std::map<std::string, Bytes> AcpiTables;     // answers for 'ACPI', by signature
+    std::map<std::string, Bytes> RegistryBinary; // REG_BINARY values under HKEY_LOCAL_MACHINE: "path\to\key\value"
+    bool FirmwareTableService = true;            // false: GetSystemFirmwareTable does not exist
     bool Administrator = true;
-    std::uint32_t Processors = 0x3;               // process affinity mask
+    std::uint32_t Processors = 0x3; // process affinity mask
     std::uint32_t WindowsMajor = 10;
     std::uint32_t WindowsMinor = 0;
     Wow64 Bits = Wow64::Yes;
     ConsoleKind Console = ConsoleKind::Terminal;
     std::uint16_t ConsoleColumns = 80;
     std::uint16_t ConsoleRows = 25;
-    std::string StateFolder;                      // registry, services, drivers, files and mutexes shared there; empty:
-                                                  // kept in the process
+    std::string StateFolder; // registry, services, drivers, files and mutexes shared there; empty:
+                             // kept in the process
     FirmwareKind Firmware = FirmwareKind::None;
     std::map<std::string, FirmwareVariable> Variables; // by "NAME {guid}"; beside those that the firmware model has
-    bool VariablePrivilege = true;                // false: SeSystemEnvironmentPrivilege can't be enabled
-    std::set<std::string> FirmwareRefuses;        // command names that the firmware refuses
+    bool VariablePrivilege = true;                     // false: SeSystemEnvironmentPrivilege can't be enabled
+    std::set<std::string> FirmwareRefuses;             // command names that the firmware refuses
     std::vector<Fault> Faults;
 };
 

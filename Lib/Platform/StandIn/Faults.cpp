@@ -1,0 +1,111 @@
+// Counts of calls, and the faults that make calls fail.
+#include "Lib/Platform/StandIn/Faults.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace StandIn {
+
+constinit CallRecord Calls{};
+
+namespace {
+
+// The driver's codes have consecutive function numbers; every other code is kept in a list.
+constexpr std::uint32_t FirstDriverCode = 0x222180;
+constexpr std::uint32_t DriverCodes = 0x58;
+
+constinit std::array<std::uint64_t, DriverCodes> DriverCodeCounts{};
+std::vector<std::pair<std::uint32_t, std::uint64_t>>& OtherCodeCounts() {
+    static std::vector<std::pair<std::uint32_t, std::uint64_t>> counts;
+    return counts;
+}
+
+} // namespace
+
+std::optional<Operation> OperationFind(std::string_view name) {
+    const auto* const found = std::find(std::begin(OperationNames), std::end(OperationNames), name);
+    if (found == std::end(OperationNames)) {
+        return std::nullopt;
+    }
+    return static_cast<Operation>(found - std::begin(OperationNames));
+}
+
+bool FaultStrikes(Operation which, std::uint32_t controlCode) {
+    for (const Fault& fault : MachineGet().Faults) {
+        if (fault.Which != which || (fault.ControlCode != 0 && fault.ControlCode != controlCode)) {
+            continue;
+        }
+        const std::uint64_t count = fault.ControlCode != 0 ? ControlCount(controlCode) : CallCount(which);
+        if (fault.At == 0 || fault.At == count) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool FailsWith(Operation which, std::uint32_t error) {
+    if (!Fails(which)) {
+        return false;
+    }
+    SetLastError(error);
+    return true;
+}
+
+void ControlSeen(std::uint32_t code) {
+    if (code - FirstDriverCode < DriverCodes) {
+        ++DriverCodeCounts[code - FirstDriverCode];
+        return;
+    }
+    auto& others = OtherCodeCounts();
+    const auto found =
+        std::find_if(others.begin(), others.end(), [code](const auto& one) { return one.first == code; });
+    if (found == others.end()) {
+        others.emplace_back(code, 1);
+    } else {
+        ++found->second;
+    }
+}
+
+void CallsForget() {
+    Calls = CallRecord{};
+    DriverCodeCounts = {};
+    OtherCodeCounts().clear();
+}
+
+std::uint64_t CallCount(Operation operation) {
+    return Calls.Counts[static_cast<std::size_t>(operation)];
+}
+
+std::uint64_t CallCount(std::string_view operation) {
+    const std::optional<Operation> found = OperationFind(operation);
+    return found ? CallCount(*found) : 0;
+}
+
+std::uint64_t ControlCount(std::uint32_t code) {
+    if (code - FirstDriverCode < DriverCodes) {
+        return DriverCodeCounts[code - FirstDriverCode];
+    }
+    for (const auto& [other, count] : OtherCodeCounts()) {
+        if (other == code) {
+            return count;
+        }
+    }
+    return 0;
+}
+
+std::uint64_t CallTotal() {
+    return Calls.Total;
+}
+
+void FailCall(std::uint64_t number) {
+    Calls.FailNumber = number;
+    Calls.FailedOperation = 0;
+}
+
+std::string FailedCallName() {
+    return Calls.FailedOperation == 0 ? std::string() : std::string(OperationNames[Calls.FailedOperation - 1]);
+}
+
+} // namespace StandIn

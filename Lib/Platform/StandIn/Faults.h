@@ -1,0 +1,141 @@
+// The list of operations, how often each was called, and which calls are to fail.
+#pragma once
+
+#include "Lib/Platform/StandIn/Machine.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <string_view>
+
+namespace StandIn {
+
+// Every operation that the stand-in answers. An Operation is an index into this list.
+constexpr std::string_view OperationNames[] = {
+    "AccessCheck",
+    "AddAccessAllowedAce",
+    "AdjustTokenPrivileges",
+    "AllocateAndInitializeSid",
+    "CloseHandle",
+    "CloseServiceHandle",
+    "ControlService",
+    "CreateFileA",
+    "CreateMutexA",
+    "CreateServiceA",
+    "DeleteFileA",
+    "DeleteService",
+    "DeviceIoControl",
+    "DuplicateToken",
+    "FillConsoleOutputAttribute",
+    "FillConsoleOutputCharacterA",
+    "FindResourceA",
+    "FreeLibrary",
+    "FreeSid",
+    "GetConsoleScreenBufferInfo",
+    "GetCurrentProcess",
+    "GetCurrentThread",
+    "GetFileSize",
+    "GetFirmwareEnvironmentVariableW",
+    "GetLastError",
+    "GetLengthSid",
+    "GetModuleFileNameA",
+    "GetModuleHandleA",
+    "GetProcAddress",
+    "GetProcessAffinityMask",
+    "GetStdHandle",
+    "GetSystemFirmwareTable",
+    "GetTempPathA",
+    "GetVersion",
+    "GetVersionExA",
+    "InitializeAcl",
+    "InitializeSecurityDescriptor",
+    "IsValidSecurityDescriptor",
+    "IsWow64Process",
+    "LoadLibraryA",
+    "LoadResource",
+    "LockResource",
+    "LookupPrivilegeValueA",
+    "MapGenericMask",
+    "OpenProcessToken",
+    "OpenSCManagerA",
+    "OpenServiceA",
+    "OpenThreadToken",
+    "PathRemoveFileSpecA",
+    "ReadFile",
+    "RegCloseKey",
+    "RegCreateKeyExA",
+    "RegDeleteKeyA",
+    "RegDeleteValueA",
+    "RegEnumKeyA",
+    "RegEnumValueA",
+    "RegOpenKeyA",
+    "RegOpenKeyExA",
+    "RegQueryValueExA",
+    "RegSetValueExA",
+    "ReleaseMutex",
+    "SetConsoleCursorPosition",
+    "SetFileAttributesA",
+    "SetFirmwareEnvironmentVariableW",
+    "SetLastError",
+    "SetPriorityClass",
+    "SetProcessAffinityMask",
+    "SetSecurityDescriptorDacl",
+    "SetSecurityDescriptorGroup",
+    "SetSecurityDescriptorOwner",
+    "SetThreadAffinityMask",
+    "SetThreadExecutionState",
+    "SizeofResource",
+    "StartServiceA",
+    "WaitForSingleObject",
+    "WriteFile",
+    "_getch",
+};
+
+// The operation of a name that is known when compiling; a wrong name doesn't compile.
+consteval Operation Named(std::string_view name) {
+    for (std::size_t index = 0; index < std::size(OperationNames); ++index) {
+        if (OperationNames[index] == name) {
+            return static_cast<Operation>(index);
+        }
+    }
+    throw "the stand-in has no such operation";
+}
+
+struct CallRecord {
+    std::array<std::uint64_t, std::size(OperationNames)> Counts;
+    std::uint64_t Total;
+    std::uint64_t FailNumber;
+    std::uint64_t FailedOperation; // its index plus one; 0: the call to fail has not come
+};
+
+extern CallRecord Calls;
+
+// Whether one of the machine's faults strikes the call just counted.
+bool FaultStrikes(Operation which, std::uint32_t controlCode);
+
+// Counts a call of an operation that can't fail.
+inline void Seen(Operation which) {
+    ++Calls.Counts[static_cast<std::size_t>(which)];
+}
+
+// Counts a call; true when it has to fail. Every operation that can fail asks here first.
+inline bool Fails(Operation which, std::uint32_t controlCode = 0) {
+    ++Calls.Counts[static_cast<std::size_t>(which)];
+    if (++Calls.Total == Calls.FailNumber) {
+        Calls.FailedOperation = static_cast<std::uint64_t>(which) + 1;
+        return true;
+    }
+    return !MachineGet().Faults.empty() && FaultStrikes(which, controlCode);
+}
+
+// As Fails, with the error number that the caller of the failing operation then finds.
+bool FailsWith(Operation which, std::uint32_t error);
+
+// Counts a request with a control code; DeviceIoControl itself is counted by Fails.
+void ControlSeen(std::uint32_t code);
+
+// Forgets all counts and the call to fail.
+void CallsForget();
+
+} // namespace StandIn

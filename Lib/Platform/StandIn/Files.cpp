@@ -1,0 +1,397 @@
+// Files: those that programs write stay in the machine; all others are read from this computer.
+#include "Lib/Platform/StandIn/Files.h"
+
+#include "Lib/Platform/StandIn/Faults.h"
+#include "Lib/Platform/StandIn/Handles.h"
+#include "Lib/Platform/StandIn/Services.h"
+#include "Lib/Platform/StandIn/State.h"
+
+#include <shlwapi.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <limits>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+using namespace StandIn;
+
+namespace {
+
+constexpr char TemporaryFolder[] = "C:\\Windows\\Temp\\";
+constexpr std::string_view DevicePrefix = "\\\\.\\";
+constexpr std::string_view GlobalPrefix = "global\\";
+
+HANDLE NoFile(std::uint32_t error) {
+    SetLastError(error);
+    return INVALID_HANDLE_VALUE;
+}
+
+BOOL FailFalse(std::uint32_t error) {
+    SetLastError(error);
+    return FALSE;
+}
+
+BOOL Done(std::uint32_t error) {
+    return error == 0 ? TRUE : FailFalse(error);
+}
+
+// The path by which this computer knows a file.
+std::string HostPath(std::string path) {
+    std::replace(path.begin(), path.end(), '\\', '/');
+    return path;
+}
+
+bool HasDrive(const std::string& key) {
+    return key.size() >= 2 && key[1] == ':';
+}
+
+// Whether a file can be made there: in the temporary folder, or in a folder of this computer.
+bool FolderExists(const std::string& key, const std::string& path) {
+    if (HasDrive(key)) {
+        const std::size_t end = key.rfind('\\');
+        return end != std::string::npos && key.substr(0, end + 1) == Lower(TemporaryFolder);
+    }
+    std::error_code ignored;
+    const std::filesystem::path folder = std::filesystem::path(HostPath(path)).parent_path();
+    return folder.empty() || std::filesystem::is_directory(folder, ignored);
+}
+
+bool DriverRunsFrom(const SharedState& state, const std::string& key) {
+    return std::any_of(state.Services.begin(), state.Services.end(),
+                       [&key](const auto& one) { return one.second.Running && FileKey(one.second.Path) == key; });
+}
+
+HANDLE DeviceOpen(std::string_view name, DWORD access) {
+    if (Lower(name.substr(0, GlobalPrefix.size())) == GlobalPrefix) {
+        name.remove_prefix(GlobalPrefix.size());
+    }
+    {
+        const SharedAccess state;
+        if (state.Error() != 0) {
+            return NoFile(state.Error());
+        }
+        if (!DriverDeviceExists(*state, std::string(name))) {
+            return NoFile(ERROR_FILE_NOT_FOUND);
+        }
+    }
+    if (!MachineGet().Administrator) {
+        return NoFile(ERROR_ACCESS_DENIED);
+    }
+    Handle handle;
+    handle.Kind = HandleKind::Device;
+    handle.Name = name;
+    handle.Access = access;
+    void* const value = HandleOpen(std::move(handle));
+    return value != nullptr ? value : NoFile(ERROR_NO_SYSTEM_RESOURCES);
+}
+
+// Opens a file of this computer; it is only ever read.
+HANDLE HostFileOpen(const std::string& path, DWORD access) {
+    const int descriptor = open(HostPath(path).c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        return NoFile(errno == EACCES ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND);
+    }
+    struct stat about {};
+    if (fstat(descriptor, &about) != 0 || S_ISDIR(about.st_mode)) {
+        close(descriptor);
+        return NoFile(ERROR_ACCESS_DENIED);
+    }
+    Handle handle;
+    handle.Kind = HandleKind::HostFile;
+    handle.Name = path;
+    handle.Access = access;
+    handle.Descriptor = descriptor;
+    void* const value = HandleOpen(std::move(handle));
+    return value != nullptr ? value : NoFile(ERROR_NO_SYSTEM_RESOURCES);
+}
+
+// Why a stored file can't be opened, if so. A missing one counts as openable here.
+std::uint32_t OpenError(const SharedState& state, const std::string& key, bool writes) {
+    const auto found = state.Files.find(key);
+    if (found == state.Files.end()) {
+        return 0;
+    }
+    if (FileHeldExclusively(key) || (writes && HandleOpenFor(HandleKind::File, key)) ||
+        (writes && DriverRunsFrom(state, key))) {
+        return ERROR_SHARING_VIOLATION;
+    }
+    return writes && (found->second.Attributes & FILE_ATTRIBUTE_READONLY) != 0 ? ERROR_ACCESS_DENIED : 0;
+}
+
+} // namespace
+
+std::string StandIn::FileKey(const std::string& path) {
+    std::string whole = path;
+    std::replace(whole.begin(), whole.end(), '/', '\\');
+    if (!whole.empty() && whole.front() != '\\' && !HasDrive(whole)) {
+        std::error_code ignored;
+        whole = std::filesystem::current_path(ignored).string() + "\\" + whole;
+    }
+    std::string key;
+    for (const char one : whole) {
+        const char kept = one == '/' ? '\\' : one;
+        if (kept != '\\' || key.empty() || key.back() != '\\') {
+            key += kept;
+        }
+    }
+    return Lower(key);
+}
+
+bool StandIn::FileHeldExclusively(const std::string& key) {
+    for (const Handle* handle : HandlesOpen()) {
+        if (handle->Kind == HandleKind::File && handle->Name == key && !handle->Shared) {
+            return true;
+        }
+    }
+    return false;
+}
+
+HANDLE WINAPI CreateFileA(LPCSTR lpFileName, DWORD dwDesiredAccess, DWORD dwShareMode, LPSECURITY_ATTRIBUTES,
+                          DWORD dwCreationDisposition, DWORD dwFlagsAndAttributes, HANDLE) {
+    const bool writes = (dwDesiredAccess & (GENERIC_WRITE | GENERIC_ALL)) != 0;
+    if (FailsWith(Named("CreateFileA"), writes ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND)) {
+        return INVALID_HANDLE_VALUE;
+    }
+    if (lpFileName == nullptr || *lpFileName == 0) {
+        return NoFile(ERROR_PATH_NOT_FOUND);
+    }
+    const std::string path = lpFileName;
+    if (path.rfind(DevicePrefix, 0) == 0) {
+        return DeviceOpen(std::string_view(path).substr(DevicePrefix.size()), dwDesiredAccess);
+    }
+    const std::string key = FileKey(path);
+    SharedAccess state;
+    if (state.Error() != 0) {
+        return NoFile(state.Error());
+    }
+    const bool stored = state->Files.count(key) != 0;
+    std::error_code ignored;
+    const bool exists = stored || (!HasDrive(key) && std::filesystem::exists(HostPath(path), ignored));
+    const bool creates = dwCreationDisposition == CREATE_ALWAYS || dwCreationDisposition == CREATE_NEW ||
+                         dwCreationDisposition == OPEN_ALWAYS;
+    const bool empties = dwCreationDisposition == CREATE_ALWAYS || dwCreationDisposition == TRUNCATE_EXISTING;
+    if (exists ? dwCreationDisposition == CREATE_NEW : !creates) {
+        return NoFile(exists ? ERROR_ALREADY_EXISTS : ERROR_FILE_NOT_FOUND);
+    }
+    if (exists && !stored && !writes && !empties) {
+        return HostFileOpen(path, dwDesiredAccess);
+    }
+    if (!stored && exists && !empties) {
+        return NoFile(ERROR_ACCESS_DENIED); // files of this computer stay as they are
+    }
+    if (const std::uint32_t error = OpenError(*state, key, writes || empties); error != 0) {
+        return NoFile(error);
+    }
+    if (!stored || empties) {
+        if (!FolderExists(key, path)) {
+            return NoFile(ERROR_PATH_NOT_FOUND);
+        }
+        state->Files[key] =
+            StoredFile{path, dwFlagsAndAttributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_NORMAL), {}};
+        if (const std::uint32_t error = state.Commit(); error != 0) {
+            return NoFile(error);
+        }
+    }
+    Handle handle;
+    handle.Kind = HandleKind::File;
+    handle.Name = key;
+    handle.Access = dwDesiredAccess;
+    // A writer shuts readers out that can't share with it, a driver start among them.
+    handle.Shared = !writes && (dwShareMode & FILE_SHARE_READ) != 0;
+    void* const value = HandleOpen(std::move(handle));
+    if (value == nullptr) {
+        return NoFile(ERROR_NO_SYSTEM_RESOURCES);
+    }
+    if (exists && (empties || dwCreationDisposition == OPEN_ALWAYS)) {
+        SetLastError(ERROR_ALREADY_EXISTS);
+    }
+    return value;
+}
+
+BOOL WINAPI ReadFile(HANDLE hFile, LPVOID lpBuffer, DWORD nNumberOfBytesToRead, LPDWORD lpNumberOfBytesRead,
+                     LPOVERLAPPED) {
+    if (lpNumberOfBytesRead != nullptr) {
+        *lpNumberOfBytesRead = 0;
+    }
+    if (FailsWith(Named("ReadFile"), ERROR_GEN_FAILURE)) {
+        return FALSE;
+    }
+    Handle* const handle = HandleFindAny(hFile);
+    if (handle == nullptr || (handle->Kind != HandleKind::File && handle->Kind != HandleKind::HostFile)) {
+        return FailFalse(ERROR_INVALID_HANDLE);
+    }
+    if ((handle->Access & (GENERIC_READ | GENERIC_ALL)) == 0) {
+        return FailFalse(ERROR_ACCESS_DENIED);
+    }
+    std::size_t got = 0;
+    if (handle->Kind == HandleKind::HostFile) {
+        while (got < nNumberOfBytesToRead) {
+            const ssize_t piece =
+                read(handle->Descriptor, static_cast<char*>(lpBuffer) + got, nNumberOfBytesToRead - got);
+            if (piece < 0 && errno == EINTR) {
+                continue;
+            }
+            if (piece < 0) {
+                return FailFalse(ERROR_GEN_FAILURE);
+            }
+            if (piece == 0) {
+                break;
+            }
+            got += static_cast<std::size_t>(piece);
+        }
+    } else {
+        const SharedAccess state;
+        if (state.Error() != 0) {
+            return FailFalse(state.Error());
+        }
+        const auto found = state->Files.find(handle->Name);
+        if (found == state->Files.end()) {
+            return FailFalse(ERROR_INVALID_HANDLE);
+        }
+        const Bytes& data = found->second.Data;
+        const std::size_t start = std::min<std::size_t>(handle->Position, data.size());
+        got = std::min<std::size_t>(nNumberOfBytesToRead, data.size() - start);
+        std::copy_n(data.data() + start, got, static_cast<std::uint8_t*>(lpBuffer));
+        handle->Position += got;
+    }
+    if (lpNumberOfBytesRead != nullptr) {
+        *lpNumberOfBytesRead = static_cast<DWORD>(got);
+    }
+    return TRUE;
+}
+
+BOOL WINAPI WriteFile(HANDLE hFile, LPCVOID lpBuffer, DWORD nNumberOfBytesToWrite, LPDWORD lpNumberOfBytesWritten,
+                      LPOVERLAPPED) {
+    if (lpNumberOfBytesWritten != nullptr) {
+        *lpNumberOfBytesWritten = 0;
+    }
+    if (FailsWith(Named("WriteFile"), ERROR_DISK_FULL)) {
+        return FALSE;
+    }
+    Handle* const handle = HandleFind(hFile, HandleKind::File);
+    if (handle == nullptr) {
+        return FailFalse(ERROR_INVALID_HANDLE);
+    }
+    if ((handle->Access & (GENERIC_WRITE | GENERIC_ALL)) == 0) {
+        return FailFalse(ERROR_ACCESS_DENIED);
+    }
+    SharedAccess state;
+    if (state.Error() != 0) {
+        return FailFalse(state.Error());
+    }
+    const auto found = state->Files.find(handle->Name);
+    if (found == state->Files.end()) {
+        return FailFalse(ERROR_INVALID_HANDLE);
+    }
+    Bytes& data = found->second.Data;
+    data.resize(std::max<std::size_t>(data.size(), handle->Position + nNumberOfBytesToWrite));
+    std::copy_n(static_cast<const std::uint8_t*>(lpBuffer), nNumberOfBytesToWrite, data.data() + handle->Position);
+    if (const std::uint32_t error = state.Commit(); error != 0) {
+        return FailFalse(error);
+    }
+    handle->Position += nNumberOfBytesToWrite;
+    if (lpNumberOfBytesWritten != nullptr) {
+        *lpNumberOfBytesWritten = nNumberOfBytesToWrite;
+    }
+    return TRUE;
+}
+
+DWORD WINAPI GetFileSize(HANDLE hFile, LPDWORD lpFileSizeHigh) {
+    if (FailsWith(Named("GetFileSize"), ERROR_GEN_FAILURE)) {
+        return INVALID_FILE_SIZE;
+    }
+    const Handle* const handle = HandleFindAny(hFile);
+    std::uint64_t size = 0;
+    if (handle != nullptr && handle->Kind == HandleKind::HostFile) {
+        struct stat about {};
+        size = fstat(handle->Descriptor, &about) == 0 ? static_cast<std::uint64_t>(about.st_size) : 0;
+    } else if (handle != nullptr && handle->Kind == HandleKind::File) {
+        const SharedAccess state;
+        const auto found = state->Files.find(handle->Name);
+        size = found != state->Files.end() ? found->second.Data.size() : 0;
+    } else {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return INVALID_FILE_SIZE;
+    }
+    if (lpFileSizeHigh != nullptr) {
+        *lpFileSizeHigh = static_cast<DWORD>(size >> 32U);
+    }
+    return static_cast<DWORD>(size);
+}
+
+BOOL WINAPI DeleteFileA(LPCSTR lpFileName) {
+    if (FailsWith(Named("DeleteFileA"), ERROR_ACCESS_DENIED)) {
+        return FALSE;
+    }
+    const std::string path = lpFileName != nullptr ? lpFileName : "";
+    const std::string key = FileKey(path);
+    SharedAccess state;
+    if (state.Error() != 0) {
+        return FailFalse(state.Error());
+    }
+    const auto found = state->Files.find(key);
+    if (found == state->Files.end()) {
+        std::error_code ignored;
+        return FailFalse(std::filesystem::exists(HostPath(path), ignored) ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND);
+    }
+    if (HandleOpenFor(HandleKind::File, key)) {
+        return FailFalse(ERROR_SHARING_VIOLATION);
+    }
+    if ((found->second.Attributes & FILE_ATTRIBUTE_READONLY) != 0 || DriverRunsFrom(*state, key)) {
+        return FailFalse(ERROR_ACCESS_DENIED);
+    }
+    state->Files.erase(found);
+    return Done(state.Commit());
+}
+
+BOOL WINAPI SetFileAttributesA(LPCSTR lpFileName, DWORD dwFileAttributes) {
+    if (FailsWith(Named("SetFileAttributesA"), ERROR_ACCESS_DENIED)) {
+        return FALSE;
+    }
+    SharedAccess state;
+    if (state.Error() != 0) {
+        return FailFalse(state.Error());
+    }
+    const auto found = state->Files.find(FileKey(lpFileName != nullptr ? lpFileName : ""));
+    if (found == state->Files.end()) {
+        return FailFalse(ERROR_FILE_NOT_FOUND);
+    }
+    found->second.Attributes = dwFileAttributes;
+    return Done(state.Commit());
+}
+
+DWORD WINAPI GetTempPathA(DWORD nBufferLength, LPSTR lpBuffer) {
+    if (FailsWith(Named("GetTempPathA"), ERROR_PATH_NOT_FOUND)) {
+        return 0;
+    }
+    if (nBufferLength < sizeof TemporaryFolder || lpBuffer == nullptr) {
+        return sizeof TemporaryFolder;
+    }
+    std::memcpy(lpBuffer, TemporaryFolder, sizeof TemporaryFolder);
+    return sizeof TemporaryFolder - 1;
+}
+
+// Takes either slash, for the executable's path is one of this computer. A root keeps its slash.
+BOOL WINAPI PathRemoveFileSpecA(LPSTR pszPath) {
+    Seen(Named("PathRemoveFileSpecA"));
+    if (pszPath == nullptr || *pszPath == 0) {
+        return FALSE;
+    }
+    const std::string_view path = pszPath;
+    std::size_t end = path.find_last_of("\\/");
+    if (end == std::string_view::npos) {
+        end = 0;
+    } else if (end == 0 || path[end - 1] == ':') {
+        ++end;
+    }
+    const bool removed = end < path.size();
+    pszPath[end] = 0;
+    return removed;
+}

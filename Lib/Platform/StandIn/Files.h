@@ -1,0 +1,14 @@
+// The files that programs make on the machine, and the names of devices.
+#pragma once
+
+#include <string>
+
+namespace StandIn {
+
+// The one form of a path that all its spellings share: absolute, with single backslashes, in lower case.
+std::string FileKey(const std::string& path);
+
+// Whether this process has the file open in a way that keeps others from reading it.
+bool FileHeldExclusively(const std::string& key);
+
+} // namespace StandIn

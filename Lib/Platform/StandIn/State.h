@@ -1,0 +1,113 @@
+// What the machine remembers: the part that processes share, and the part of this process.
+#pragma once
+
+#include "Lib/Platform/StandIn/Machine.h"
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+namespace StandIn {
+
+// The values that stand for the calling process and thread.
+inline void* const ProcessHandle = reinterpret_cast<void*>(static_cast<std::intptr_t>(-1));
+inline void* const ThreadHandle = reinterpret_cast<void*>(static_cast<std::intptr_t>(-2));
+
+struct RegistryValue {
+    std::string Name;
+    std::uint32_t Type = 0;
+    Bytes Data;
+};
+
+struct RegistryKey {
+    std::string Path; // as it was written when the key was created
+    std::map<std::string, RegistryValue> Values;
+};
+
+struct Service {
+    std::string Name;
+    std::string Path; // of its driver file
+    bool Running = false;
+    bool Marked = false; // for deletion
+};
+
+struct StoredFile {
+    std::string Path;
+    std::uint32_t Attributes = 0;
+    Bytes Data;
+};
+
+// What all processes on the machine see. Every map goes by the lower-case form of the name.
+struct SharedState {
+    std::map<std::string, RegistryKey> Keys; // by their path under HKEY_LOCAL_MACHINE
+    std::map<std::string, Service> Services;
+    std::map<std::string, StoredFile> Files; // by FileKey
+    std::uint32_t BufferUsers = 0;           // of the driver's communication buffer
+    std::uint32_t BuffersLost = 0;           // buffers whose driver was stopped while they were in use
+};
+
+// Exclusive access to the shared state for as long as the object lives. Not to be nested.
+class SharedAccess {
+public:
+    SharedAccess();
+    ~SharedAccess();
+    SharedAccess(const SharedAccess&) = delete;
+    SharedAccess& operator=(const SharedAccess&) = delete;
+
+    // Why the state can't be used, as an error number; 0 when it can.
+    std::uint32_t Error() const { return ErrorNumber; }
+
+    SharedState* operator->() const { return State; }
+    SharedState& operator*() const { return *State; }
+
+    // Keeps what was changed. Without it, or when it fails, a state folder stays as it was. The result is an error
+    // number.
+    std::uint32_t Commit();
+
+private:
+    SharedState* State;
+    SharedState Loaded;
+    int LockFile = -1;
+    std::uint32_t ErrorNumber = 0;
+};
+
+// Exclusive access to the state folder without the state; nothing when there is no folder.
+class FolderLock {
+public:
+    FolderLock();
+    ~FolderLock();
+    FolderLock(const FolderLock&) = delete;
+    FolderLock& operator=(const FolderLock&) = delete;
+
+    bool Locked() const { return LockFile >= 0; }
+
+private:
+    int LockFile;
+};
+
+// What belongs to this process alone and goes with the machine.
+struct ProcessState {
+    std::uint64_t Affinity = 0;
+    std::uint64_t ThreadAffinity = 0;
+    std::uint32_t PriorityClass = 0x20;
+    std::uint32_t ExecutionState = 0x80000000;
+    std::map<std::uint32_t, bool> PrivilegesEnabled; // by the low part of the identifier
+    std::map<std::string, int> ModulesLoaded;        // how often, by name
+    std::uint32_t SecurityIds = 0;                   // allocated and not freed
+    Bytes CommunicationBuffer;                       // the driver's, once this process asked for it
+    std::uint32_t CommunicationAddress = 0;
+    std::uint32_t RootTable = 0; // the ACPI root table that the driver found
+};
+
+ProcessState& Process();
+
+// Empties the state that is kept in this process.
+void OwnStateForget();
+
+// Lower case, for names that Windows compares without regard to case.
+std::string Lower(std::string_view text);
+
+// A text with every byte but letters, digits and a few marks as %XX: one word, fit for a file name.
+std::string Escaped(std::string_view text);
+
+} // namespace StandIn
