@@ -1,0 +1,410 @@
+// Tokens, privileges, security descriptors and the access check.
+#include "Lib/Platform/StandIn/Faults.h"
+#include "Lib/Platform/StandIn/Handles.h"
+#include "Lib/Platform/StandIn/State.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+using namespace StandIn;
+
+namespace {
+
+constexpr std::uint32_t ErrorGenericNotMapped = 1360;
+constexpr BYTE MostSubAuthorities = 15;
+constexpr DWORD GenericRights = GENERIC_READ | GENERIC_WRITE | GENERIC_EXECUTE | GENERIC_ALL;
+
+struct Privilege {
+    const char* Name;
+    DWORD Identifier;
+};
+constexpr Privilege Privileges[] = {
+    {"SeLoadDriverPrivilege", 10},
+    {"SeShutdownPrivilege", 19},
+    {"SeDebugPrivilege", 20},
+    {SE_SYSTEM_ENVIRONMENT_NAME, 22},
+};
+constexpr DWORD SystemEnvironment = 22;
+
+BOOL FailFalse(std::uint32_t error) {
+    SetLastError(error);
+    return FALSE;
+}
+
+BOOL TokenGive(DWORD access, bool impersonation, PHANDLE result) {
+    if (result == nullptr) {
+        return FailFalse(ERROR_NOACCESS);
+    }
+    Handle handle;
+    handle.Kind = HandleKind::Token;
+    handle.Access = access;
+    handle.Impersonation = impersonation;
+    *result = HandleOpen(std::move(handle));
+    return *result != nullptr ? TRUE : FailFalse(ERROR_NO_SYSTEM_RESOURCES);
+}
+
+// The token of a handle that grants a right; null with the last error set.
+const Handle* TokenFind(HANDLE value, DWORD right) {
+    const Handle* const token = HandleFind(value, HandleKind::Token);
+    if (token == nullptr) {
+        SetLastError(ERROR_INVALID_HANDLE);
+    } else if ((token->Access & right) != right) {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return nullptr;
+    }
+    return token;
+}
+
+// What the user's token holds. Loading drivers and the like is for administrators.
+bool PrivilegeHeld(DWORD identifier) {
+    return MachineGet().Administrator && (identifier != SystemEnvironment || MachineGet().VariablePrivilege);
+}
+
+bool SidValid(const SID* sid) {
+    return sid != nullptr && sid->Revision == SID_REVISION && sid->SubAuthorityCount <= MostSubAuthorities;
+}
+
+DWORD SidLength(const SID* sid) {
+    return static_cast<DWORD>(offsetof(SID, SubAuthority) + sizeof(DWORD) * sid->SubAuthorityCount);
+}
+
+// The first sub-authority, and those after it, for the array in the type has but one.
+DWORD SubAuthority(const SID* sid, unsigned index) {
+    DWORD value = 0;
+    std::memcpy(&value, reinterpret_cast<const char*>(sid) + offsetof(SID, SubAuthority) + sizeof value * index,
+                sizeof value);
+    return value;
+}
+
+// Whether the user belongs to a group: everyone, the users, and for an administrator the administrators.
+bool UserInGroup(const SID* sid) {
+    const BYTE* const authority = sid->IdentifierAuthority.Value;
+    if (!std::all_of(authority, authority + 5, [](BYTE byte) { return byte == 0; })) {
+        return false;
+    }
+    if (authority[5] == 1) {
+        return sid->SubAuthorityCount == 1 && SubAuthority(sid, 0) == 0;
+    }
+    if (authority[5] != 5 || sid->SubAuthorityCount != 2 || SubAuthority(sid, 0) != SECURITY_BUILTIN_DOMAIN_RID) {
+        return false;
+    }
+    constexpr DWORD users = 0x221;
+    return SubAuthority(sid, 1) == users ||
+           (SubAuthority(sid, 1) == DOMAIN_ALIAS_RID_ADMINS && MachineGet().Administrator);
+}
+
+bool AclValid(const ACL* acl) {
+    return acl->AclRevision == ACL_REVISION && acl->AclSize >= sizeof *acl;
+}
+
+// Where the entries of an access list end; 0 when they don't fit it.
+std::size_t AclEnd(const ACL* acl) {
+    std::size_t at = sizeof *acl;
+    for (unsigned entry = 0; entry < acl->AceCount; ++entry) {
+        ACE_HEADER header;
+        if (at + sizeof header > acl->AclSize) {
+            return 0;
+        }
+        std::memcpy(&header, reinterpret_cast<const char*>(acl) + at, sizeof header);
+        if (header.AceSize < sizeof header || at + header.AceSize > acl->AclSize) {
+            return 0;
+        }
+        at += header.AceSize;
+    }
+    return at;
+}
+
+bool DescriptorValid(const SECURITY_DESCRIPTOR* descriptor) {
+    if (descriptor == nullptr || descriptor->Revision != SECURITY_DESCRIPTOR_REVISION ||
+        (descriptor->Owner != nullptr && !SidValid(static_cast<const SID*>(descriptor->Owner))) ||
+        (descriptor->Group != nullptr && !SidValid(static_cast<const SID*>(descriptor->Group)))) {
+        return false;
+    }
+    const bool listed = (descriptor->Control & SE_DACL_PRESENT) != 0 && descriptor->Dacl != nullptr;
+    return !listed || (AclValid(descriptor->Dacl) && AclEnd(descriptor->Dacl) != 0);
+}
+
+// The rights that the entries of a list give the user. A list with a missing descriptor part gives every right.
+ACCESS_MASK RightsOf(const SECURITY_DESCRIPTOR* descriptor) {
+    if ((descriptor->Control & SE_DACL_PRESENT) == 0 || descriptor->Dacl == nullptr) {
+        return ~ACCESS_MASK{0};
+    }
+    ACCESS_MASK rights = 0;
+    std::size_t at = sizeof(ACL);
+    for (unsigned entry = 0; entry < descriptor->Dacl->AceCount; ++entry) {
+        const char* const bytes = reinterpret_cast<const char*>(descriptor->Dacl) + at;
+        ACCESS_ALLOWED_ACE allowed;
+        std::memcpy(&allowed, bytes, offsetof(ACCESS_ALLOWED_ACE, SidStart));
+        const auto* const sid = reinterpret_cast<const SID*>(bytes + offsetof(ACCESS_ALLOWED_ACE, SidStart));
+        if (allowed.Header.AceType == ACCESS_ALLOWED_ACE_TYPE && SidValid(sid) && UserInGroup(sid)) {
+            rights |= allowed.Mask;
+        }
+        at += allowed.Header.AceSize;
+    }
+    return rights;
+}
+
+SECURITY_DESCRIPTOR* DescriptorOf(PSECURITY_DESCRIPTOR value) {
+    auto* const descriptor = static_cast<SECURITY_DESCRIPTOR*>(value);
+    if (descriptor == nullptr || descriptor->Revision != SECURITY_DESCRIPTOR_REVISION) {
+        SetLastError(ERROR_INVALID_SECURITY_DESCR);
+        return nullptr;
+    }
+    return descriptor;
+}
+
+} // namespace
+
+BOOL WINAPI OpenProcessToken(HANDLE ProcessHandleGiven, DWORD DesiredAccess, PHANDLE TokenHandle) {
+    if (FailsWith(Named("OpenProcessToken"), ERROR_ACCESS_DENIED)) {
+        return FALSE;
+    }
+    return ProcessHandleGiven == ProcessHandle ? TokenGive(DesiredAccess, false, TokenHandle)
+                                               : FailFalse(ERROR_INVALID_HANDLE);
+}
+
+// No thread here impersonates anybody.
+BOOL WINAPI OpenThreadToken(HANDLE ThreadHandleGiven, DWORD, BOOL, PHANDLE) {
+    if (FailsWith(Named("OpenThreadToken"), ERROR_ACCESS_DENIED)) {
+        return FALSE;
+    }
+    return FailFalse(ThreadHandleGiven == ThreadHandle ? ERROR_NO_TOKEN : ERROR_INVALID_HANDLE);
+}
+
+BOOL WINAPI DuplicateToken(HANDLE ExistingTokenHandle, SECURITY_IMPERSONATION_LEVEL ImpersonationLevel,
+                           PHANDLE DuplicateTokenHandle) {
+    if (FailsWith(Named("DuplicateToken"), ERROR_ACCESS_DENIED) ||
+        TokenFind(ExistingTokenHandle, TOKEN_DUPLICATE) == nullptr) {
+        return FALSE;
+    }
+    return TokenGive(TOKEN_IMPERSONATE | TOKEN_QUERY, ImpersonationLevel >= SecurityIdentification,
+                     DuplicateTokenHandle);
+}
+
+BOOL WINAPI LookupPrivilegeValueA(LPCSTR, LPCSTR lpName, PLUID lpLuid) {
+    if (FailsWith(Named("LookupPrivilegeValueA"), ERROR_NO_SUCH_PRIVILEGE)) {
+        return FALSE;
+    }
+    const std::string name = Lower(lpName != nullptr ? lpName : "");
+    for (const Privilege& privilege : Privileges) {
+        if (Lower(privilege.Name) == name) {
+            *lpLuid = LUID{privilege.Identifier, 0};
+            return TRUE;
+        }
+    }
+    return FailFalse(ERROR_NO_SUCH_PRIVILEGE);
+}
+
+// Succeeds also when the token lacks a privilege; the error number then tells.
+BOOL WINAPI AdjustTokenPrivileges(HANDLE TokenHandle, BOOL DisableAllPrivileges, PTOKEN_PRIVILEGES NewState, DWORD,
+                                  PTOKEN_PRIVILEGES, PDWORD) {
+    if (FailsWith(Named("AdjustTokenPrivileges"), ERROR_ACCESS_DENIED) ||
+        TokenFind(TokenHandle, TOKEN_ADJUST_PRIVILEGES) == nullptr) {
+        return FALSE;
+    }
+    if (DisableAllPrivileges) {
+        Process().PrivilegesEnabled.clear();
+        SetLastError(ERROR_SUCCESS);
+        return TRUE;
+    }
+    if (NewState == nullptr) {
+        return FailFalse(ERROR_INVALID_PARAMETER);
+    }
+    DWORD outcome = ERROR_SUCCESS;
+    for (DWORD index = 0; index < NewState->PrivilegeCount; ++index) {
+        LUID_AND_ATTRIBUTES wanted;
+        std::memcpy(&wanted,
+                    reinterpret_cast<const char*>(NewState) + offsetof(TOKEN_PRIVILEGES, Privileges) +
+                        sizeof wanted * index,
+                    sizeof wanted);
+        if (PrivilegeHeld(wanted.Luid.LowPart)) {
+            Process().PrivilegesEnabled[wanted.Luid.LowPart] = (wanted.Attributes & SE_PRIVILEGE_ENABLED) != 0;
+        } else {
+            outcome = ERROR_NOT_ALL_ASSIGNED;
+        }
+    }
+    SetLastError(outcome);
+    return TRUE;
+}
+
+BOOL WINAPI AllocateAndInitializeSid(PSID_IDENTIFIER_AUTHORITY pIdentifierAuthority, BYTE nSubAuthorityCount,
+                                     DWORD nSubAuthority0, DWORD nSubAuthority1, DWORD nSubAuthority2,
+                                     DWORD nSubAuthority3, DWORD nSubAuthority4, DWORD nSubAuthority5,
+                                     DWORD nSubAuthority6, DWORD nSubAuthority7, PSID* pSid) {
+    if (FailsWith(Named("AllocateAndInitializeSid"), ERROR_NOT_ENOUGH_MEMORY)) {
+        return FALSE;
+    }
+    const DWORD subAuthorities[] = {nSubAuthority0, nSubAuthority1, nSubAuthority2, nSubAuthority3,
+                                    nSubAuthority4, nSubAuthority5, nSubAuthority6, nSubAuthority7};
+    if (pIdentifierAuthority == nullptr || pSid == nullptr || nSubAuthorityCount > std::size(subAuthorities)) {
+        return FailFalse(ERROR_INVALID_SID);
+    }
+    auto* const sid = static_cast<SID*>(std::calloc(1, sizeof(SID) + sizeof subAuthorities));
+    if (sid == nullptr) {
+        return FailFalse(ERROR_NOT_ENOUGH_MEMORY);
+    }
+    sid->Revision = SID_REVISION;
+    sid->SubAuthorityCount = nSubAuthorityCount;
+    sid->IdentifierAuthority = *pIdentifierAuthority;
+    std::memcpy(reinterpret_cast<char*>(sid) + offsetof(SID, SubAuthority), subAuthorities,
+                sizeof(DWORD) * nSubAuthorityCount);
+    ++Process().SecurityIds;
+    *pSid = sid;
+    return TRUE;
+}
+
+PVOID WINAPI FreeSid(PSID pSid) {
+    Seen(Named("FreeSid"));
+    if (pSid != nullptr && Process().SecurityIds != 0) {
+        --Process().SecurityIds;
+    }
+    std::free(pSid);
+    return nullptr;
+}
+
+DWORD WINAPI GetLengthSid(PSID pSid) {
+    Seen(Named("GetLengthSid"));
+    return SidLength(static_cast<const SID*>(pSid));
+}
+
+BOOL WINAPI InitializeAcl(PACL pAcl, DWORD nAclLength, DWORD dwAclRevision) {
+    if (FailsWith(Named("InitializeAcl"), ERROR_INSUFFICIENT_BUFFER)) {
+        return FALSE;
+    }
+    if (nAclLength < sizeof *pAcl) {
+        return FailFalse(ERROR_INSUFFICIENT_BUFFER);
+    }
+    if (dwAclRevision != ACL_REVISION || nAclLength > 0xFFFF) {
+        return FailFalse(ERROR_INVALID_PARAMETER);
+    }
+    *pAcl = ACL{ACL_REVISION, 0, static_cast<WORD>(nAclLength), 0, 0};
+    return TRUE;
+}
+
+BOOL WINAPI AddAccessAllowedAce(PACL pAcl, DWORD dwAceRevision, DWORD AccessMask, PSID pSid) {
+    if (FailsWith(Named("AddAccessAllowedAce"), ERROR_ALLOTTED_SPACE_EXCEEDED)) {
+        return FALSE;
+    }
+    if (!SidValid(static_cast<const SID*>(pSid))) {
+        return FailFalse(ERROR_INVALID_SID);
+    }
+    if (dwAceRevision != ACL_REVISION || !AclValid(pAcl)) {
+        return FailFalse(ERROR_INVALID_ACL);
+    }
+    const std::size_t end = AclEnd(pAcl);
+    const DWORD sidLength = SidLength(static_cast<const SID*>(pSid));
+    const std::size_t size = offsetof(ACCESS_ALLOWED_ACE, SidStart) + sidLength;
+    if (end == 0 || end + size > pAcl->AclSize) {
+        return FailFalse(end == 0 ? ERROR_INVALID_ACL : ERROR_ALLOTTED_SPACE_EXCEEDED);
+    }
+    const ACCESS_ALLOWED_ACE entry{{ACCESS_ALLOWED_ACE_TYPE, 0, static_cast<WORD>(size)}, AccessMask, 0};
+    char* const place = reinterpret_cast<char*>(pAcl) + end;
+    std::memcpy(place, &entry, offsetof(ACCESS_ALLOWED_ACE, SidStart));
+    std::memcpy(place + offsetof(ACCESS_ALLOWED_ACE, SidStart), pSid, sidLength);
+    ++pAcl->AceCount;
+    return TRUE;
+}
+
+BOOL WINAPI InitializeSecurityDescriptor(PSECURITY_DESCRIPTOR pSecurityDescriptor, DWORD dwRevision) {
+    if (FailsWith(Named("InitializeSecurityDescriptor"), ERROR_INVALID_PARAMETER)) {
+        return FALSE;
+    }
+    if (pSecurityDescriptor == nullptr || dwRevision != SECURITY_DESCRIPTOR_REVISION) {
+        return FailFalse(ERROR_INVALID_PARAMETER);
+    }
+    SECURITY_DESCRIPTOR fresh{};
+    fresh.Revision = SECURITY_DESCRIPTOR_REVISION;
+    *static_cast<SECURITY_DESCRIPTOR*>(pSecurityDescriptor) = fresh;
+    return TRUE;
+}
+
+BOOL WINAPI SetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR pSecurityDescriptor, BOOL bDaclPresent, PACL pDacl, BOOL) {
+    if (FailsWith(Named("SetSecurityDescriptorDacl"), ERROR_INVALID_SECURITY_DESCR)) {
+        return FALSE;
+    }
+    SECURITY_DESCRIPTOR* const descriptor = DescriptorOf(pSecurityDescriptor);
+    if (descriptor == nullptr) {
+        return FALSE;
+    }
+    descriptor->Control = static_cast<WORD>(bDaclPresent ? descriptor->Control | SE_DACL_PRESENT
+                                                         : descriptor->Control & ~SE_DACL_PRESENT);
+    descriptor->Dacl = bDaclPresent ? pDacl : nullptr;
+    return TRUE;
+}
+
+BOOL WINAPI SetSecurityDescriptorOwner(PSECURITY_DESCRIPTOR pSecurityDescriptor, PSID pOwner, BOOL) {
+    if (FailsWith(Named("SetSecurityDescriptorOwner"), ERROR_INVALID_SECURITY_DESCR)) {
+        return FALSE;
+    }
+    SECURITY_DESCRIPTOR* const descriptor = DescriptorOf(pSecurityDescriptor);
+    if (descriptor != nullptr) {
+        descriptor->Owner = pOwner;
+    }
+    return descriptor != nullptr;
+}
+
+BOOL WINAPI SetSecurityDescriptorGroup(PSECURITY_DESCRIPTOR pSecurityDescriptor, PSID pGroup, BOOL) {
+    if (FailsWith(Named("SetSecurityDescriptorGroup"), ERROR_INVALID_SECURITY_DESCR)) {
+        return FALSE;
+    }
+    SECURITY_DESCRIPTOR* const descriptor = DescriptorOf(pSecurityDescriptor);
+    if (descriptor != nullptr) {
+        descriptor->Group = pGroup;
+    }
+    return descriptor != nullptr;
+}
+
+BOOL WINAPI IsValidSecurityDescriptor(PSECURITY_DESCRIPTOR pSecurityDescriptor) {
+    return !Fails(Named("IsValidSecurityDescriptor")) &&
+           DescriptorValid(static_cast<const SECURITY_DESCRIPTOR*>(pSecurityDescriptor));
+}
+
+void WINAPI MapGenericMask(PDWORD AccessMask, PGENERIC_MAPPING GenericMapping) {
+    Seen(Named("MapGenericMask"));
+    const DWORD asked = *AccessMask;
+    DWORD mapped = asked & ~GenericRights;
+    mapped |= (asked & GENERIC_READ) != 0 ? GenericMapping->GenericRead : 0;
+    mapped |= (asked & GENERIC_WRITE) != 0 ? GenericMapping->GenericWrite : 0;
+    mapped |= (asked & GENERIC_EXECUTE) != 0 ? GenericMapping->GenericExecute : 0;
+    mapped |= (asked & GENERIC_ALL) != 0 ? GenericMapping->GenericAll : 0;
+    *AccessMask = mapped;
+}
+
+BOOL WINAPI AccessCheck(PSECURITY_DESCRIPTOR pSecurityDescriptor, HANDLE ClientToken, DWORD DesiredAccess,
+                        PGENERIC_MAPPING, PPRIVILEGE_SET PrivilegeSet, LPDWORD PrivilegeSetLength,
+                        LPDWORD GrantedAccess, LPBOOL AccessStatus) {
+    if (FailsWith(Named("AccessCheck"), ERROR_ACCESS_DENIED)) {
+        return FALSE;
+    }
+    const Handle* const token = TokenFind(ClientToken, TOKEN_QUERY);
+    if (token == nullptr) {
+        return FALSE;
+    }
+    if (!token->Impersonation) {
+        return FailFalse(ERROR_NO_IMPERSONATION_TOKEN);
+    }
+    const auto* const descriptor = static_cast<const SECURITY_DESCRIPTOR*>(pSecurityDescriptor);
+    if (!DescriptorValid(descriptor) || descriptor->Owner == nullptr || descriptor->Group == nullptr) {
+        return FailFalse(ERROR_INVALID_SECURITY_DESCR);
+    }
+    if ((DesiredAccess & GenericRights) != 0) {
+        return FailFalse(ErrorGenericNotMapped);
+    }
+    if (PrivilegeSet == nullptr || PrivilegeSetLength == nullptr || *PrivilegeSetLength < sizeof *PrivilegeSet) {
+        return FailFalse(ERROR_INSUFFICIENT_BUFFER);
+    }
+    *PrivilegeSet = PRIVILEGE_SET{};
+    const ACCESS_MASK rights = RightsOf(descriptor);
+    const bool allowed = (rights & DesiredAccess) == DesiredAccess;
+    *GrantedAccess = allowed ? DesiredAccess : 0;
+    *AccessStatus = allowed;
+    if (!allowed) {
+        SetLastError(ERROR_ACCESS_DENIED);
+    }
+    return TRUE;
+}

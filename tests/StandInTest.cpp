@@ -1,0 +1,623 @@
+// Tests of the stand-in for Windows: what the bindings and the other tests rely on.
+#include "Lib/Platform/StandIn/Machine.h"
+#include "tests/Support.h"
+
+#include <windows.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <functional>
+#include <gtest/gtest.h>
+#include <initializer_list>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+using StandIn::Bytes;
+using StandIn::Machine;
+using StandIn::MachineSet;
+
+namespace {
+
+constexpr char DriverPath[] = "C:\\Windows\\Temp\\\\Helper.sys";
+constexpr DWORD ReadMemory = 0x222182;
+constexpr DWORD WriteMemory = 0x222186;
+constexpr DWORD GetBuffer = 0x22218A;
+constexpr DWORD ReleaseBuffer = 0x22218E;
+constexpr DWORD WritePort = 0x22219E;
+
+Machine Shared(const TemporaryFolder& folder) {
+    Machine machine;
+    machine.StateFolder = folder.Path + "/state";
+    return machine;
+}
+
+void DriverFileWrite(WORD resource) {
+    const HRSRC found = FindResourceA(nullptr, MAKEINTRESOURCEA(resource), "BIN");
+    const HANDLE file = CreateFileA(DriverPath, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    DWORD written = 0;
+    WriteFile(file, LockResource(LoadResource(nullptr, found)), SizeofResource(nullptr, found), &written, nullptr);
+    CloseHandle(file);
+}
+
+SC_HANDLE ServiceCreate(SC_HANDLE manager) {
+    return CreateServiceA(manager, "RYXLIB", "RYXLIB", SERVICE_ALL_ACCESS, SERVICE_KERNEL_DRIVER, SERVICE_DEMAND_START,
+                          SERVICE_ERROR_NORMAL, DriverPath, nullptr, nullptr, nullptr, nullptr, nullptr);
+}
+
+HANDLE DeviceOpen(const char* name = "\\\\.\\Global\\RYXLIB") {
+    return CreateFileA(name, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+}
+
+// Starts the driver and opens its device; what stays open is the test's machine to lose.
+HANDLE DriverStart() {
+    DriverFileWrite(3);
+    const SC_HANDLE manager = OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS);
+    const SC_HANDLE service = ServiceCreate(manager);
+    EXPECT_TRUE(StartServiceA(service, 0, nullptr));
+    CloseServiceHandle(service);
+    CloseServiceHandle(manager);
+    return DeviceOpen();
+}
+
+bool Request(HANDLE device, DWORD code, Bytes input, Bytes* data) {
+    DWORD returned = 0;
+    return DeviceIoControl(device, code, input.data(), static_cast<DWORD>(input.size()), data->data(),
+                           static_cast<DWORD>(data->size()), &returned, nullptr);
+}
+
+Bytes LittleEndian(std::uint32_t value) {
+    return {static_cast<std::uint8_t>(value), static_cast<std::uint8_t>(value >> 8U),
+            static_cast<std::uint8_t>(value >> 16U), static_cast<std::uint8_t>(value >> 24U)};
+}
+
+Bytes MemoryOf(HANDLE device, std::uint32_t address, std::size_t length) {
+    Bytes data(length, 0xEE);
+    EXPECT_TRUE(Request(device, ReadMemory, LittleEndian(address), &data));
+    return data;
+}
+
+// Runs something in a process of its own that is killed right after it, without any clean-up.
+void RunAndKill(const std::function<void()>& action) {
+    const pid_t child = fork();
+    if (child == 0) {
+        action();
+        raise(SIGKILL);
+    }
+    int state = 0;
+    waitpid(child, &state, 0);
+}
+
+HKEY KeyOpen(HKEY parent, const char* path, REGSAM more, LSTATUS expected = ERROR_SUCCESS) {
+    HKEY key = nullptr;
+    EXPECT_EQ(RegOpenKeyExA(parent, path, 0, KEY_ALL_ACCESS | more, &key), expected) << path;
+    return key;
+}
+
+HKEY KeyCreate(const char* path, REGSAM more) {
+    HKEY key = nullptr;
+    EXPECT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, path, 0, nullptr, 0, KEY_ALL_ACCESS | more, nullptr, &key, nullptr),
+              ERROR_SUCCESS);
+    return key;
+}
+
+TEST(StandInRegistry, TheTwoViewsAreApartAndHandlesKeepTheirs) {
+    Machine machine;
+    MachineSet(machine);
+    const HKEY wide = KeyCreate("Software\\Tool", KEY_WOW64_64KEY);
+    const DWORD seven = 7;
+    ASSERT_EQ(RegSetValueExA(wide, "Count", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&seven), 4), ERROR_SUCCESS);
+    KeyOpen(HKEY_LOCAL_MACHINE, "Software\\Tool", 0, ERROR_FILE_NOT_FOUND);
+    RegCloseKey(KeyCreate("SOFTWARE\\tool", 0));
+    DWORD data = 0;
+    DWORD size = 2;
+    EXPECT_EQ(RegQueryValueExA(wide, "COUNT", nullptr, nullptr, reinterpret_cast<BYTE*>(&data), &size),
+              ERROR_MORE_DATA);
+    EXPECT_EQ(size, 4U);
+    EXPECT_EQ(RegQueryValueExA(wide, "COUNT", nullptr, nullptr, reinterpret_cast<BYTE*>(&data), &size), ERROR_SUCCESS);
+    EXPECT_EQ(data, 7U);
+
+    // A deletion has no view of its own: it works in that of the handle, and not at all where the key isn't.
+    const HKEY parent = KeyOpen(HKEY_LOCAL_MACHINE, "Software", KEY_WOW64_64KEY);
+    EXPECT_EQ(RegDeleteKeyA(parent, "Tool"), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteKeyA(parent, "Tool"), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(RegSetValueExA(wide, "Count", 0, REG_DWORD, nullptr, 0), ERROR_KEY_DELETED);
+    EXPECT_EQ(RegDeleteKeyA(HKEY_LOCAL_MACHINE, "Software\\Tool"), ERROR_SUCCESS);
+    EXPECT_EQ(StandIn::Leftovers(),
+              (std::vector<std::string>{"handle of registry key Software", "handle of registry key Software\\Tool"}));
+
+    machine.Bits = StandIn::Wow64::No;
+    MachineSet(machine);
+    RegCloseKey(KeyCreate("Software\\Tool", KEY_WOW64_64KEY));
+    RegCloseKey(KeyOpen(HKEY_LOCAL_MACHINE, "Software\\Tool", 0));
+}
+
+TEST(StandInRegistry, TheMachinesOwnValuesCanBeWalkedAndCountAsNothingLeft) {
+    Machine machine;
+    machine.RegistryBinary["HARDWARE\\ACPI\\RSDT\\MAKER_\\BOARD\\00000001"] = Bytes{1, 2, 3};
+    MachineSet(machine);
+    HKEY key = KeyOpen(HKEY_LOCAL_MACHINE, "hardware\\acpi\\rsdt", 0);
+    char name[16];
+    std::string walked;
+    while (RegEnumKeyA(key, 0, name, sizeof name) == ERROR_SUCCESS) {
+        EXPECT_EQ(RegEnumKeyA(key, 1, name + 8, 8), ERROR_NO_MORE_ITEMS);
+        walked += std::string(name) + "/";
+        HKEY below = nullptr;
+        ASSERT_EQ(RegOpenKeyA(key, name, &below), ERROR_SUCCESS);
+        RegCloseKey(key);
+        key = below;
+    }
+    EXPECT_EQ(walked, "MAKER_/BOARD/");
+    DWORD length = 8;
+    DWORD type = 0;
+    EXPECT_EQ(RegEnumValueA(key, 0, name, &length, nullptr, &type, nullptr, nullptr), ERROR_MORE_DATA);
+    length = sizeof name;
+    EXPECT_EQ(RegEnumValueA(key, 0, name, &length, nullptr, &type, nullptr, nullptr), ERROR_SUCCESS);
+    EXPECT_EQ(length, 8U);
+    EXPECT_EQ(type, static_cast<DWORD>(REG_BINARY));
+    RegCloseKey(key);
+    EXPECT_TRUE(StandIn::Leftovers().empty());
+}
+
+TEST(StandInService, OnlyTheRightDriverFileStarts) {
+    struct Case {
+        StandIn::Wow64 Bits;
+        WORD Resource; // 0: no file
+        DWORD Error;
+    };
+    const Case cases[] = {
+        {StandIn::Wow64::Yes, 3, ERROR_SUCCESS},     {StandIn::Wow64::Yes, 2, ERROR_BAD_EXE_FORMAT},
+        {StandIn::Wow64::No, 2, ERROR_SUCCESS},      {StandIn::Wow64::No, 3, ERROR_BAD_EXE_FORMAT},
+        {StandIn::Wow64::Unknown, 2, ERROR_SUCCESS}, {StandIn::Wow64::Yes, 0, ERROR_FILE_NOT_FOUND},
+    };
+    for (const Case& one : cases) {
+        Machine machine;
+        machine.Bits = one.Bits;
+        MachineSet(machine);
+        if (one.Resource != 0) {
+            DriverFileWrite(one.Resource);
+        }
+        const SC_HANDLE service = ServiceCreate(OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS));
+        SetLastError(ERROR_SUCCESS);
+        EXPECT_EQ(StartServiceA(service, 0, nullptr) != 0, one.Error == ERROR_SUCCESS);
+        EXPECT_EQ(GetLastError(), one.Error);
+        EXPECT_EQ(DeviceOpen() != INVALID_HANDLE_VALUE, one.Error == ERROR_SUCCESS);
+    }
+}
+
+TEST(StandInService, LivesUntilItIsStoppedDeletedAndClosed) {
+    MachineSet({});
+    DriverFileWrite(3);
+    EXPECT_EQ(DeviceOpen(), INVALID_HANDLE_VALUE);
+    const SC_HANDLE manager = OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS);
+    EXPECT_EQ(OpenServiceA(manager, "RYXLIB", SERVICE_START), nullptr);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SERVICE_DOES_NOT_EXIST));
+    const SC_HANDLE service = ServiceCreate(manager);
+    EXPECT_EQ(ServiceCreate(manager), nullptr);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SERVICE_EXISTS));
+    SERVICE_STATUS status;
+    EXPECT_FALSE(ControlService(service, SERVICE_CONTROL_STOP, &status));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SERVICE_NOT_ACTIVE));
+    ASSERT_TRUE(StartServiceA(service, 0, nullptr));
+    EXPECT_FALSE(DeleteFileA(DriverPath));
+
+    EXPECT_EQ(DeviceOpen("\\\\.\\Other"), INVALID_HANDLE_VALUE);
+    const HANDLE device = DeviceOpen("\\\\.\\ryxlib");
+    ASSERT_NE(device, INVALID_HANDLE_VALUE);
+    EXPECT_TRUE(CloseHandle(device));
+    EXPECT_FALSE(CloseHandle(device));
+
+    EXPECT_TRUE(DeleteService(service));
+    EXPECT_EQ(ServiceCreate(manager), nullptr);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SERVICE_MARKED_FOR_DELETE));
+    EXPECT_NE(DeviceOpen(), INVALID_HANDLE_VALUE);
+    EXPECT_TRUE(ControlService(service, SERVICE_CONTROL_STOP, &status));
+    EXPECT_EQ(DeviceOpen(), INVALID_HANDLE_VALUE);
+    CloseServiceHandle(service);
+    EXPECT_EQ(OpenServiceA(manager, "RYXLIB", SERVICE_START), nullptr);
+    CloseServiceHandle(manager);
+    EXPECT_TRUE(DeleteFileA(DriverPath));
+    EXPECT_EQ(StandIn::Leftovers(), std::vector<std::string>{"handle of device RYXLIB"});
+}
+
+TEST(StandInFile, WritesStayInTheMachine) {
+    const TemporaryFolder folder;
+    MachineSet({});
+    const std::string real = folder.Write("real.txt", std::string("real"));
+    const std::string made = folder.Path + "\\made.txt";
+    for (const std::string& path : {made, std::string("C:\\Windows\\Temp\\made.txt")}) {
+        const HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+        DWORD written = 0;
+        ASSERT_TRUE(WriteFile(file, "abc", 3, &written, nullptr)) << path;
+        EXPECT_EQ(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr),
+                  INVALID_HANDLE_VALUE);
+        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SHARING_VIOLATION));
+        CloseHandle(file);
+    }
+    EXPECT_NE(access((folder.Path + "/made.txt").c_str(), F_OK), 0);
+    EXPECT_EQ(CreateFileA("C:\\Elsewhere\\x", GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr),
+              INVALID_HANDLE_VALUE);
+
+    // A file of this computer can be read by a path with backslashes; writing to it hides it, but leaves it as it is.
+    std::string slashed = real;
+    slashed[slashed.rfind('/')] = '\\';
+    char text[8] = {};
+    DWORD got = 0;
+    HANDLE file = CreateFileA(slashed.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_EQ(GetFileSize(file, nullptr), 4U);
+    EXPECT_TRUE(ReadFile(file, text, sizeof text, &got, nullptr));
+    EXPECT_EQ(std::string(text, got), "real");
+    CloseHandle(file);
+    CloseHandle(CreateFileA(slashed.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
+    file = CreateFileA(real.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_EQ(GetFileSize(file, nullptr), 0U);
+    CloseHandle(file);
+    EXPECT_TRUE(DeleteFileA(real.c_str()));
+    EXPECT_FALSE(DeleteFileA(real.c_str()));
+    EXPECT_EQ(access(real.c_str(), F_OK), 0);
+}
+
+TEST(StandInDevice, MemoryIsCoveredLaterOverEarlierAndFFhElsewhere) {
+    Machine machine;
+    machine.Memory = {{0x1000, Bytes(8, 1)}, {0x1004, Bytes(8, 2)}, {0xFFFFFFF0, Bytes(16, 3)}};
+    MachineSet(machine);
+    const HANDLE device = DriverStart();
+    EXPECT_EQ(MemoryOf(device, 0xFFE, 16), (Bytes{0xFF, 0xFF, 1, 1, 1, 1, 2, 2, 2, 2, 2, 2, 2, 2, 0xFF, 0xFF}));
+    EXPECT_EQ(MemoryOf(device, 0x1001, 2), (Bytes{1, 1}));
+    EXPECT_EQ(MemoryOf(device, 0x1001, 5), (Bytes{1, 1, 1, 2, 2}));
+    Bytes data{9, 9};
+    EXPECT_TRUE(Request(device, WriteMemory, LittleEndian(0x1003), &data));
+    EXPECT_EQ(MemoryOf(device, 0x1002, 4), (Bytes{1, 9, 9, 2}));
+
+    EXPECT_EQ(MemoryOf(device, 0xFFFFFFFE, 2), (Bytes{3, 3}));
+    Bytes wrapping(3, 0xEE);
+    DWORD returned = 77;
+    Bytes address = LittleEndian(0xFFFFFFFE);
+    EXPECT_FALSE(DeviceIoControl(device, ReadMemory, address.data(), 4, wrapping.data(), 3, &returned, nullptr));
+    EXPECT_EQ(returned, 77U);
+    EXPECT_EQ(wrapping, Bytes(3, 0xEE));
+    Bytes none;
+    EXPECT_FALSE(Request(device, ReadMemory, address, &none));
+    EXPECT_FALSE(Request(device, ReadMemory, {1, 2, 3}, &wrapping));
+    EXPECT_FALSE(Request(device, 0x222192, {}, &wrapping));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_FUNCTION));
+}
+
+TEST(StandInDevice, CommunicationBufferGoesWithItsLastUser) {
+    MachineSet({});
+    const HANDLE device = DriverStart();
+    Bytes first(4);
+    Bytes second(4);
+    ASSERT_TRUE(Request(device, GetBuffer, LittleEndian(4096), &first));
+    ASSERT_TRUE(Request(device, GetBuffer, LittleEndian(4096), &second));
+    EXPECT_EQ(first, second);
+    std::uint32_t address = 0;
+    std::memcpy(&address, first.data(), sizeof address);
+    EXPECT_GE(address, 0x10000U);
+    Bytes none;
+    Bytes data{5};
+    EXPECT_TRUE(Request(device, ReleaseBuffer, LittleEndian(4096), &none));
+    EXPECT_TRUE(Request(device, WriteMemory, LittleEndian(address + 4095), &data));
+    EXPECT_EQ(MemoryOf(device, address + 4094, 3), (Bytes{0, 5, 0xFF}));
+    EXPECT_TRUE(Request(device, ReleaseBuffer, LittleEndian(4096), &none));
+    EXPECT_EQ(MemoryOf(device, address, 1), Bytes{0xFF});
+    EXPECT_FALSE(Request(device, ReleaseBuffer, LittleEndian(4096), &none));
+}
+
+TEST(StandInDevice, RootTableSearchTakesTheSecond) {
+    Machine machine;
+    Bytes record(24);
+    std::memcpy(record.data(), "IFE$", 4);
+    const Bytes start = LittleEndian(0x200000);
+    std::copy(start.begin(), start.end(), record.begin() + 20);
+    // A table whose body holds the signature once more: it is stepped over.
+    const Bytes table{'R', 'S', 'D', 'T', 40, 0, 0, 0, 'R', 'S', 'D', 'T'};
+    machine.Memory = {{0xE5550, record}, {0x20FFFE, table}, {0x900000, table}};
+    MachineSet(machine);
+    Bytes found(4);
+    EXPECT_TRUE(Request(DriverStart(), 0x2221AA, {}, &found));
+    EXPECT_EQ(found, LittleEndian(0x900000));
+    machine.Memory = {{0x800000, table}};
+    MachineSet(machine);
+    const HANDLE device = DriverStart();
+    EXPECT_FALSE(Request(device, 0x2221AA, {}, &found));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_NOT_FOUND));
+    EXPECT_TRUE(Request(device, 0x2221C2, LittleEndian(0xF00000), &found));
+    EXPECT_EQ(found, LittleEndian(0x800000));
+}
+
+TEST(StandInFault, StrikesTheCallThatItNames) {
+    Machine machine;
+    const auto control = StandIn::OperationFind("DeviceIoControl");
+    ASSERT_TRUE(control);
+    EXPECT_FALSE(StandIn::OperationFind("deviceiocontrol"));
+    machine.Faults = {{*control, ReadMemory, 2}, {*StandIn::OperationFind("GetVersionExA"), 0, 0}};
+    MachineSet(machine);
+    const HANDLE device = DriverStart();
+    Bytes version(2);
+    Bytes data(1);
+    EXPECT_TRUE(Request(device, 0x2221B0, {}, &version));
+    EXPECT_TRUE(Request(device, ReadMemory, LittleEndian(0), &data));
+    EXPECT_FALSE(Request(device, ReadMemory, LittleEndian(0), &data));
+    EXPECT_TRUE(Request(device, ReadMemory, LittleEndian(0), &data));
+    EXPECT_EQ(StandIn::ControlCount(ReadMemory), 3U);
+    EXPECT_EQ(StandIn::CallCount("DeviceIoControl"), 4U);
+    OSVERSIONINFOA info{};
+    info.dwOSVersionInfoSize = sizeof info;
+    EXPECT_FALSE(GetVersionExA(&info));
+
+    StandIn::FailCall(StandIn::CallTotal() + 2);
+    GetVersion(); // can't fail and isn't counted
+    EXPECT_NE(GetModuleHandleA("KERNEL32.DLL"), nullptr);
+    EXPECT_EQ(StandIn::FailedCallName(), "");
+    EXPECT_EQ(GetModuleHandleA("kernel32"), nullptr);
+    EXPECT_EQ(StandIn::FailedCallName(), "GetModuleHandleA");
+    EXPECT_NE(GetModuleHandleA("kernel32"), nullptr);
+}
+
+TEST(StandInModule, OlderSystemsLackOperations) {
+    Machine machine;
+    machine.FirmwareTableService = false;
+    machine.Bits = StandIn::Wow64::Unknown;
+    MachineSet(machine);
+    const HMODULE kernel = LoadLibraryA("kernel32");
+    EXPECT_EQ(GetProcAddress(kernel, "GetSystemFirmwareTable"), nullptr);
+    EXPECT_EQ(GetProcAddress(kernel, "IsWow64Process"), nullptr);
+    EXPECT_NE(GetProcAddress(GetModuleHandleA("advapi32.dll"), "RegEnumKeyA"), nullptr);
+    EXPECT_EQ(StandIn::Leftovers(), std::vector<std::string>{"module kernel32 loaded"});
+    EXPECT_TRUE(FreeLibrary(kernel));
+    EXPECT_FALSE(FreeLibrary(kernel));
+}
+
+struct AccessCase {
+    bool Administrator;
+    bool Impersonation;
+    bool Owner;
+    DWORD Group; // the alias in the access list
+    BOOL Works;
+    BOOL Allowed;
+};
+
+TEST(StandInSecurity, AccessCheckEvaluatesTokenAndList) {
+    const AccessCase cases[] = {
+        {true, true, true, DOMAIN_ALIAS_RID_ADMINS, TRUE, TRUE},
+        {false, true, true, DOMAIN_ALIAS_RID_ADMINS, TRUE, FALSE},
+        {true, true, true, DOMAIN_ALIAS_RID_ADMINS + 9, TRUE, FALSE},
+        {true, false, true, DOMAIN_ALIAS_RID_ADMINS, FALSE, FALSE},
+        {true, true, false, DOMAIN_ALIAS_RID_ADMINS, FALSE, FALSE},
+    };
+    for (const AccessCase& one : cases) {
+        Machine machine;
+        machine.Administrator = one.Administrator;
+        MachineSet(machine);
+        HANDLE token = nullptr;
+        EXPECT_FALSE(OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token));
+        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_NO_TOKEN));
+        ASSERT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_DUPLICATE | TOKEN_QUERY, &token));
+        if (one.Impersonation) {
+            const HANDLE primary = token;
+            ASSERT_TRUE(DuplicateToken(primary, SecurityImpersonation, &token));
+            CloseHandle(primary);
+        }
+        SID_IDENTIFIER_AUTHORITY authority = SECURITY_NT_AUTHORITY;
+        PSID sid = nullptr;
+        ASSERT_TRUE(
+            AllocateAndInitializeSid(&authority, 2, SECURITY_BUILTIN_DOMAIN_RID, one.Group, 0, 0, 0, 0, 0, 0, &sid));
+        alignas(ACL) char list[sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE) + 16];
+        const auto acl = reinterpret_cast<PACL>(list);
+        ASSERT_TRUE(InitializeAcl(acl, sizeof(ACL) + 8 + GetLengthSid(sid), ACL_REVISION));
+        EXPECT_TRUE(AddAccessAllowedAce(acl, ACL_REVISION, 3, sid));
+        EXPECT_FALSE(AddAccessAllowedAce(acl, ACL_REVISION, 3, sid)); // the list is full
+        SECURITY_DESCRIPTOR descriptor;
+        InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION);
+        SetSecurityDescriptorDacl(&descriptor, TRUE, acl, FALSE);
+        SetSecurityDescriptorGroup(&descriptor, sid, FALSE);
+        if (one.Owner) {
+            SetSecurityDescriptorOwner(&descriptor, sid, FALSE);
+        }
+        EXPECT_TRUE(IsValidSecurityDescriptor(&descriptor));
+        GENERIC_MAPPING mapping{1, 2, 0, 3};
+        PRIVILEGE_SET privileges;
+        DWORD size = sizeof privileges;
+        DWORD granted = 0;
+        BOOL allowed = FALSE;
+        EXPECT_EQ(AccessCheck(&descriptor, token, 1, &mapping, &privileges, &size, &granted, &allowed), one.Works);
+        EXPECT_EQ(allowed, one.Allowed);
+        FreeSid(sid);
+        CloseHandle(token);
+        EXPECT_TRUE(StandIn::Leftovers().empty());
+    }
+}
+
+TEST(StandInMutex, IsSharedByProcessesAndFreedByAKilledHolder) {
+    const TemporaryFolder folder;
+    const auto take = [] {
+        const HANDLE mutex = CreateMutexA(nullptr, FALSE, "Global\\{Tool}");
+        return std::pair(mutex, GetLastError());
+    };
+    MachineSet(Shared(folder));
+    const auto [mutex, error] = take();
+    EXPECT_EQ(error, static_cast<DWORD>(ERROR_SUCCESS));
+
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
+    const pid_t holder = fork();
+    if (holder == 0) {
+        MachineSet(Shared(folder));
+        const auto [own, existed] = take();
+        const char good = existed == ERROR_ALREADY_EXISTS && WaitForSingleObject(own, 0) == WAIT_OBJECT_0 ? 'y' : 'n';
+        [[maybe_unused]] const ssize_t told = write(ready[1], &good, 1);
+        pause();
+    }
+    char good = 0;
+    ASSERT_EQ(read(ready[0], &good, 1), 1);
+    EXPECT_EQ(good, 'y');
+    EXPECT_EQ(WaitForSingleObject(mutex, 20), static_cast<DWORD>(WAIT_TIMEOUT));
+    EXPECT_FALSE(ReleaseMutex(mutex));
+    kill(holder, SIGKILL);
+    EXPECT_EQ(WaitForSingleObject(mutex, 5000), WAIT_ABANDONED);
+    waitpid(holder, nullptr, 0);
+    EXPECT_EQ(WaitForSingleObject(mutex, 0), WAIT_OBJECT_0); // its owner may take it again
+    EXPECT_EQ(StandIn::Leftovers().back(), "mutex held Global\\{Tool}");
+    EXPECT_TRUE(ReleaseMutex(mutex));
+    EXPECT_TRUE(ReleaseMutex(mutex));
+    EXPECT_EQ(WaitForSingleObject(mutex, 0), WAIT_OBJECT_0); // no mark of the dead holder is left
+    CloseHandle(mutex);
+    EXPECT_EQ(take().second, static_cast<DWORD>(ERROR_SUCCESS)); // the last handle took the mutex with it
+    close(ready[0]);
+    close(ready[1]);
+}
+
+TEST(StandInState, OutlivesAKilledProcess) {
+    const TemporaryFolder folder;
+    RunAndKill([&folder] {
+        MachineSet(Shared(folder));
+        DriverStart();
+        const HKEY key = KeyCreate("Software\\A key %", KEY_WOW64_64KEY);
+        const DWORD two = 2;
+        RegSetValueExA(key, "", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&two), sizeof two);
+    });
+    MachineSet(Shared(folder));
+    EXPECT_EQ(StandIn::Leftovers(),
+              (std::vector<std::string>{"driver RYXLIB from C:\\Windows\\Temp\\\\Helper.sys",
+                                        "file C:\\Windows\\Temp\\\\Helper.sys", "registry key Software\\A key %",
+                                        "registry value Software\\A key %\\ = 2", "service RYXLIB"}));
+    EXPECT_NE(DeviceOpen(), INVALID_HANDLE_VALUE);
+
+    // A state that can't be read is an error, and isn't written over.
+    folder.Write("state/state", std::string("something else\n"));
+    HKEY key = nullptr;
+    EXPECT_NE(RegCreateKeyExA(HKEY_LOCAL_MACHINE, "Software\\B", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr),
+              ERROR_SUCCESS);
+    EXPECT_EQ(DeviceOpen(), INVALID_HANDLE_VALUE);
+}
+
+// A request record with a payload, as the firmware sees it.
+Bytes RecordMake(std::uint64_t command, const Bytes& payload) {
+    const Bytes channel{0xFC, 0x44, 0xDE, 0xB1, 0x46, 0x79, 0x82, 0x49, 0x9B, 0x4B, 0x2F, 0x8C, 0xA4, 0x5E, 0xA7, 0x92};
+    Bytes record(24);
+    std::memcpy(record.data(), &command, sizeof command);
+    record[8] = 255;
+    record[16] = static_cast<std::uint8_t>(40 + payload.size());
+    record.insert(record.end(), channel.begin(), channel.end());
+    record.insert(record.end(), payload.begin(), payload.end());
+    return record;
+}
+
+constexpr wchar_t Vendor[] = L"{8A4ACD56-02FC-41CE-B686-9F429A3FC1B3}";
+
+void PrivilegeEnable() {
+    HANDLE token = nullptr;
+    OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES, &token);
+    TOKEN_PRIVILEGES wanted{1, {{{}, SE_PRIVILEGE_ENABLED}}};
+    LookupPrivilegeValueA(nullptr, SE_SYSTEM_ENVIRONMENT_NAME, &wanted.Privileges[0].Luid);
+    EXPECT_TRUE(AdjustTokenPrivileges(token, FALSE, &wanted, 0, nullptr, nullptr));
+    CloseHandle(token);
+}
+
+TEST(StandInFirmware, AnswersThroughVariablesInASession) {
+    Machine machine;
+    machine.Firmware = StandIn::FirmwareKind::Variables;
+    machine.FirmwareRefuses = {"type"};
+    MachineSet(machine);
+    Bytes buffer(8200);
+    EXPECT_EQ(GetFirmwareEnvironmentVariableW(L"OpenSessionId", Vendor, buffer.data(), 8200), 0U);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_PRIVILEGE_NOT_HELD));
+    PrivilegeEnable();
+    EXPECT_EQ(GetFirmwareEnvironmentVariableW(L"", L"{00000000-0000-0000-0000-000000000000}", buffer.data(), 8), 0U);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_NOACCESS));
+    ASSERT_GE(GetFirmwareEnvironmentVariableW(L"OpenSessionId", Vendor, buffer.data(), 8200), 8U);
+    wchar_t answer[5] = {};
+    for (std::size_t index = 0; index < 4; ++index) {
+        answer[index] = static_cast<wchar_t>(buffer[index * 2] | buffer[index * 2 + 1] << 8U);
+    }
+    const auto ask = [&](std::uint64_t command, const Bytes& payload) {
+        const Bytes record = RecordMake(command, payload);
+        std::copy(record.begin(), record.end(), buffer.begin() + 8);
+        EXPECT_TRUE(SetFirmwareEnvironmentVariableW(L"FlashCommunication", Vendor, buffer.data(), 8200));
+        EXPECT_NE(GetFirmwareEnvironmentVariableW(answer, Vendor, buffer.data() + 8, 8192), 0U);
+        std::uint64_t status = 0;
+        std::memcpy(&status, buffer.data() + 16, sizeof status);
+        return status;
+    };
+    EXPECT_EQ(ask(0x10000, Bytes(64)), 0U);
+    EXPECT_NE(Bytes(buffer.begin() + 48, buffer.begin() + 56), Bytes(8));
+    Bytes name(32);
+    std::memcpy(name.data(), "type", 4);
+    const std::uint64_t refusal = ask(0x12200, name);
+    EXPECT_NE(refusal, 0U);
+    EXPECT_NE(refusal, 255U);
+    EXPECT_NE((refusal & 0xFFFFFFFFU) | 0x80000000U, 0x80000003U);
+    name[0] = 'T';
+    EXPECT_EQ(ask(0x12200, name), 0U);
+    EXPECT_NE(ask(0x77777, name), 0U);
+    buffer[24] = 39; // a length shorter than the header
+    EXPECT_FALSE(SetFirmwareEnvironmentVariableW(L"FlashCommunication", Vendor, buffer.data(), 8200));
+    EXPECT_EQ(StandIn::Leftovers(), std::vector<std::string>{"firmware session open"});
+    EXPECT_TRUE(SetFirmwareEnvironmentVariableW(L"CloseSessionId", Vendor, buffer.data(), 8));
+    EXPECT_FALSE(SetFirmwareEnvironmentVariableW(L"CloseSessionId", Vendor, buffer.data(), 8));
+    EXPECT_TRUE(StandIn::Leftovers().empty());
+}
+
+TEST(StandInFirmware, AnswersInterruptsThatItsTablesTellOf) {
+    Machine machine;
+    machine.Firmware = StandIn::FirmwareKind::Smi;
+    machine.Memory = {{0xF0000, Bytes(0x8000, 0x11)}};
+    MachineSet(machine);
+    const HANDLE device = DriverStart();
+    const auto number = [device](std::uint32_t address, std::size_t size) {
+        std::uint64_t value = 0;
+        std::memcpy(&value, MemoryOf(device, address, size).data(), size);
+        return static_cast<std::uint32_t>(value);
+    };
+    const Bytes segment = MemoryOf(device, 0xF0000, 0xEFF0);
+    std::uint32_t xsdt = 0;
+    for (std::size_t at = 0; at + 36 <= segment.size(); at += 16) {
+        if (std::memcmp(segment.data() + at, "RSD PTR ", 8) == 0) {
+            std::memcpy(&xsdt, segment.data() + at + 24, sizeof xsdt);
+        }
+    }
+    ASSERT_EQ(MemoryOf(device, xsdt, 4), (Bytes{'X', 'S', 'D', 'T'}));
+    std::uint32_t port = 0;
+    std::uint32_t channel = 0;
+    std::uint32_t value = 0;
+    for (std::uint32_t entry = 36; entry < number(xsdt + 4, 4); entry += 8) {
+        const std::uint32_t table = number(xsdt + entry, 8);
+        const Bytes whole = MemoryOf(device, table, number(table + 4, 4));
+        std::uint8_t sum = 0;
+        for (const std::uint8_t byte : whole) {
+            sum = static_cast<std::uint8_t>(sum + byte);
+        }
+        EXPECT_EQ(sum, 0) << entry;
+        switch (whole[0]) {
+        case 'F':
+            port = number(table + 48, 4);
+            EXPECT_EQ(MemoryOf(device, number(table + 40, 4), 4), (Bytes{'D', 'S', 'D', 'T'}));
+            break;
+        case 'B':
+            channel = number(table + 54, 4);
+            break;
+        default:
+            value = number(table + 58 + 4, 4);
+        }
+    }
+    const auto answered = [&](std::uint32_t smi) {
+        Bytes record = RecordMake(0x10000, Bytes(64));
+        EXPECT_TRUE(Request(device, WriteMemory, LittleEndian(channel), &record));
+        Bytes none;
+        const Bytes input{static_cast<std::uint8_t>(port),
+                          static_cast<std::uint8_t>(port >> 8U),
+                          static_cast<std::uint8_t>(smi),
+                          0,
+                          0,
+                          0};
+        EXPECT_TRUE(Request(device, WritePort, input, &none));
+        return number(channel + 8, 8) == 0 && number(channel + 40, 8) != 0;
+    };
+    EXPECT_FALSE(answered(0xE9));
+    EXPECT_TRUE(answered(value));
+}
+
+} // namespace
