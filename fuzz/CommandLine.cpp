@@ -33,8 +33,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (code != 0 && code != 105 && code != 152 && code != 153) {
         Fault("exit code " + std::to_string(code));
     }
-    if (!StandIn::Leftovers().empty()) {
-        Fault("left behind: " + StandIn::Leftovers().front());
-    }
+    LeftoversCheck();
     return 0;
 }

@@ -27,8 +27,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     StartOver(std::move(machine));
     ProgramRun({"/eps", "/type", "0"});
-    if (!StandIn::Leftovers().empty()) {
-        Fault("left behind: " + StandIn::Leftovers().front());
-    }
+    LeftoversCheck();
     return 0;
 }

@@ -100,8 +100,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     LibraryContextGet().Arguments = nullptr;
     LibraryContextGet().ArgumentCount = 0;
-    if (!StandIn::Leftovers().empty()) {
-        Fault("left behind: " + StandIn::Leftovers().front());
-    }
+    LeftoversCheck();
     return 0;
 }

@@ -80,6 +80,14 @@ void Fault(const std::string& what) {
     std::abort();
 }
 
+void LeftoversCheck() {
+    for (const std::string& left : StandIn::Leftovers()) {
+        if (left != "registry key Software\\RyxTool") {
+            Fault("left behind: " + left);
+        }
+    }
+}
+
 namespace {
 
 struct Folder {

@@ -43,5 +43,8 @@ int ProgramRun(const std::vector<std::string>& arguments);
 // Stops the fuzzer with a message: something that must never be was seen.
 [[noreturn]] void Fault(const std::string& what);
 
+// Finds fault with a machine on which a run left more than the emptied key of the tools' count.
+void LeftoversCheck();
+
 // A folder in memory that becomes the working directory; it goes when the process ends as it should.
 const std::string& WorkFolder();
