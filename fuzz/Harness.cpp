@@ -38,6 +38,9 @@ void StartOver(StandIn::Machine machine) {
     if (machine.Console == StandIn::ConsoleKind::Terminal) {
         machine.Console = StandIn::ConsoleKind::None;
     }
+    // The digest of the executable would be most of the work: a fuzz target is a large file.
+    static const std::optional<StandIn::Operation> imageSize = StandIn::OperationFind("GetFileSize");
+    machine.Faults.push_back({imageSize.value()});
     StandIn::MachineSet(std::move(machine));
     LibraryContextReset();
     ViewerBinsRelease();
