@@ -6,8 +6,11 @@
 #include "Lib/Platform/Driver.h"
 #include "tests/Support.h"
 
+#include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <memory>
+#include <random>
 
 using StandIn::Bytes;
 using StandIn::Machine;
@@ -75,7 +78,7 @@ Machine SegmentMachine(std::uint32_t offset, std::uint32_t tableAddress, std::ui
 }
 
 TEST(Acquisition, FindsTheEntryPointOnItsBoundariesOnly) {
-    for (const std::uint32_t offset : {0x0U, 0x10U, 0xFFE0U}) {
+    for (const std::uint32_t offset : {0x0U, 0x10U, 0x30U, 0x40U, 0x1250U, 0xFFB0U, 0xFFC0U, 0xFFD0U, 0xFFE0U}) {
         Start(SegmentMachine(offset, 0xE0000, 7));
         EXPECT_EQ(Field(11, 3), "05") << offset;
     }
@@ -286,6 +289,30 @@ TEST(Lookup, NeverReadsPastADamagedTable) {
     ask(Bytes(300, 0x20)); // no terminator anywhere
     ask(Bytes(300, 0x00));
     ask(Bytes(300, 0xFF));
+}
+
+// The set's bytes are looked at by words; every place of the two zeros in a word, and what looks like them, comes up.
+TEST(Lookup, TheNextStructureFollowsTheFirstTwoZeros) {
+    std::mt19937 random(20261122);
+    for (int round = 0; round < 20000; ++round) {
+        Bytes table{11, 4, 0, 0};
+        const std::size_t length = random() % 40;
+        for (std::size_t i = 0; i < length; ++i) {
+            const std::size_t pick = random() % (round % 2 == 0 ? 4 : 12);
+            table.push_back(pick < 4 ? Bytes{0, 1, 0x80, 0xFF}[pick] : 'a');
+        }
+        std::size_t next = 4;
+        while (next + 1 < table.size() && (table[next] != 0 || table[next + 1] != 0)) {
+            ++next;
+        }
+        next = std::min(next + 2, table.size());
+        const bool follows = table.size() - next >= 4;
+        const std::unique_ptr<std::uint8_t[]> exact(new std::uint8_t[table.size()]);
+        std::copy(table.begin(), table.end(), exact.get());
+        DmiStruct structure({exact.get(), table.size()});
+        ASSERT_EQ(DmiNextStructGet(&structure), follows) << round;
+        ASSERT_EQ(structure.From(0).size(), follows ? table.size() - next : table.size()) << round;
+    }
 }
 
 TEST(Lookup, AStringAndAStructureCutByTheTablesEnd) {

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstring>
 #include <new>
 
@@ -179,6 +180,59 @@ std::array<std::uint16_t, 256> FirstRowsMake() {
     return first;
 }
 
+// A machine word of a table's bytes, the first one lowest.
+std::size_t WordAt(const std::uint8_t* bytes) {
+    std::size_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    if constexpr (std::endian::native == std::endian::big) {
+        std::size_t swapped = 0;
+        for (std::size_t i = 0; i < sizeof word; ++i) {
+            swapped = swapped << 8 | (word >> 8 * i & 0xFF);
+        }
+        word = swapped;
+    }
+    return word;
+}
+
+// Marks the first byte of a word that is zero together with the byte behind it. Bytes above the mark may be marked
+// without cause.
+std::size_t ZeroPairs(const std::uint8_t* bytes) {
+    constexpr std::size_t ones = ~std::size_t{0} / 0xFF;
+    const std::size_t both = WordAt(bytes) | WordAt(bytes + 1);
+    return (both - ones) & ~both & (ones << 7);
+}
+
+// The size of a string set: up to and with the first two zero bytes in a row, or all bytes when there are none. A walk
+// spends its time here. Words are looked through without a branch on single zeros. In the word that ends the set, the
+// end is looked for by branches and not computed: they are foreseen, so that the next structure, whose place they give,
+// is under way before these bytes are there.
+inline std::size_t StringSetSize(std::span<const std::uint8_t> set) {
+    constexpr std::size_t step = sizeof(std::size_t);
+    constexpr std::size_t lowerHalf = ~std::size_t{0} >> (4 * step);
+    const std::uint8_t* const bytes = set.data();
+    std::size_t at = 0;
+    for (; set.size() - at > step; at += step) {
+        if (const std::size_t pairs = ZeroPairs(bytes + at); pairs != 0) {
+            if ((pairs & lowerHalf) == 0) {
+                at += step / 2;
+            }
+            break;
+        }
+    }
+    for (; set.size() - at > 1; ++at) {
+        if (bytes[at] == 0 && bytes[at + 1] == 0) {
+            return at + 2;
+        }
+    }
+    return set.size();
+}
+
+// What follows a structure: the next one and all behind it.
+inline DmiStruct Following(const DmiStruct& structure) {
+    const std::span<const std::uint8_t> set = structure.From(structure.FormattedLength());
+    return DmiStruct(set.subspan(StringSetSize(set)));
+}
+
 } // namespace
 
 bool DmiStruct::BytesGet(std::uint32_t offset, std::uint32_t length, std::span<const std::uint8_t>* bytes) const {
@@ -210,23 +264,12 @@ void DmiFieldNumberResolve(std::uint32_t field, std::uint16_t* type, std::uint16
 }
 
 bool DmiNextStructGet(DmiStruct* structure) {
-    // The string set ends in two zero bytes. Looking at every second byte is enough to meet one of the two.
-    const std::span<const std::uint8_t> set = structure->From(structure->FormattedLength());
-    for (std::size_t at = 1; at < set.size(); at += 2) {
-        if (set[at] != 0) {
-            continue;
-        }
-        const bool before = set[at - 1] == 0;
-        if (before || (at + 1 < set.size() && set[at + 1] == 0)) {
-            const DmiStruct next(set.subspan(before ? at + 1 : at + 2));
-            if (!next.Exists()) {
-                return false;
-            }
-            *structure = next;
-            return true;
-        }
+    const DmiStruct next = Following(*structure);
+    if (!next.Exists()) {
+        return false;
     }
-    return false;
+    *structure = next;
+    return true;
 }
 
 bool DmiStringFind(const DmiStruct& structure, std::uint32_t offset, std::string_view* text) {
@@ -300,11 +343,8 @@ RyxStatus DmiStructAreaGet(const DmiStruct& structure, std::uint8_t offset, RyxB
 
 bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_t instance, DmiStruct* found) {
     DmiStruct structure({table.Bytes.get(), table.Size});
-    if (!structure.Exists()) {
-        return false;
-    }
     std::uint32_t counted = 1;
-    for (std::uint32_t examined = 0; examined < ExaminedLimit; ++examined) {
+    for (std::uint32_t examined = 0; examined < ExaminedLimit && structure.Exists(); ++examined) {
         if (structure.Type() == type && (structure.Handle() <= 0xFF || type == TypeEndOfTable)) {
             if (counted == instance) {
                 *found = structure;
@@ -312,9 +352,7 @@ bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_
             }
             ++counted;
         }
-        if (!DmiNextStructGet(&structure)) {
-            return false;
-        }
+        structure = Following(structure);
     }
     return false;
 }

@@ -16,31 +16,39 @@ std::uint32_t WordAt(const std::uint8_t* bytes) {
 }
 
 void BlockDigest(Chain& chain, const std::uint8_t* block) {
-    std::uint32_t schedule[80];
+    // The last 16 words of the schedule; each new one takes the place of the oldest.
+    std::uint32_t schedule[16];
     for (std::size_t t = 0; t < 16; ++t) {
         schedule[t] = WordAt(block + 4 * t);
     }
-    for (std::size_t t = 16; t < 80; ++t) {
-        schedule[t] = std::rotl(schedule[t - 3] ^ schedule[t - 8] ^ schedule[t - 14] ^ schedule[t - 16], 1);
-    }
-    auto [a, b, c, d, e] = chain;
-    for (std::size_t t = 0; t < 80; ++t) {
-        std::uint32_t mixed;
-        if (t < 20) {
-            mixed = ((b & c) | (~b & d)) + 0x5A827999;
-        } else if (t < 40) {
-            mixed = (b ^ c ^ d) + 0x6ED9EBA1;
-        } else if (t < 60) {
-            mixed = ((b & c) | (b & d) | (c & d)) + 0x8F1BBCDC;
-        } else {
-            mixed = (b ^ c ^ d) + 0xCA62C1D6;
+    std::uint32_t a = chain[0];
+    std::uint32_t b = chain[1];
+    std::uint32_t c = chain[2];
+    std::uint32_t d = chain[3];
+    std::uint32_t e = chain[4];
+    const auto round = [&](std::size_t t, std::uint32_t mixed) {
+        std::uint32_t& word = schedule[t % 16];
+        if (t >= 16) {
+            word = std::rotl(schedule[(t + 13) % 16] ^ schedule[(t + 8) % 16] ^ schedule[(t + 2) % 16] ^ word, 1);
         }
-        const std::uint32_t next = std::rotl(a, 5) + mixed + e + schedule[t];
+        const std::uint32_t next = std::rotl(a, 5) + mixed + e + word;
         e = d;
         d = c;
         c = std::rotl(b, 30);
         b = a;
         a = next;
+    };
+    for (std::size_t t = 0; t < 20; ++t) {
+        round(t, (d ^ (b & (c ^ d))) + 0x5A827999);
+    }
+    for (std::size_t t = 20; t < 40; ++t) {
+        round(t, (b ^ c ^ d) + 0x6ED9EBA1);
+    }
+    for (std::size_t t = 40; t < 60; ++t) {
+        round(t, ((b & c) | (d & (b | c))) + 0x8F1BBCDC);
+    }
+    for (std::size_t t = 60; t < 80; ++t) {
+        round(t, (b ^ c ^ d) + 0xCA62C1D6);
     }
     chain[0] += a;
     chain[1] += b;

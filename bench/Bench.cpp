@@ -1,0 +1,279 @@
+// Measures what field requests and listings cost, beside bare copies of the memory that they are obliged to copy.
+#include "Lib/API/RyxLib.h"
+#include "Lib/API/RyxSmbios.h"
+#include "Lib/Common/LibraryContext.h"
+#include "Lib/Platform/Driver.h"
+#include "Lib/Platform/StandIn/SmbiosBuilder.h"
+#include "viewer/ViewerMain.h"
+
+#include <algorithm>
+#include <benchmark/benchmark.h>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <limits>
+#include <map>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr std::size_t BufferSize = 0x10000; // of the legacy segment, and of the firmware table service
+constexpr std::uint32_t MemoryRead = 0x222182;
+
+enum class Road { Legacy, Firmware };
+
+// A machine to measure on: its tables, and a field of one of its last structures.
+struct Subject {
+    std::string Name;
+    StandIn::Machine (*Make)(Road road, int structures);
+    int Structures;
+    std::uint32_t Field;
+    std::uint32_t Instance;
+};
+
+StandIn::Machine SampleMake(Road road, int) {
+    StandIn::Machine machine = StandIn::SampleMachine();
+    if (road == Road::Firmware) {
+        machine.Memory.clear();
+    }
+    return machine;
+}
+
+// A server with a processor and memory devices only, each as firmware fills them in.
+StandIn::Machine ServerMake(Road road, int structures) {
+    StandIn::SmbiosBuilder table;
+    for (int i = 0; i + 1 < structures; ++i) {
+        const std::string slot = std::to_string(i);
+        table.Begin(17).Word(0x27).Word(0xFFFE).Word(72).Word(64).Word(0x2000).Byte(9).Byte(0);
+        table.String("CPU1 DIMM " + slot).String("NODE 0 CHANNEL " + slot).Byte(0x18).Word(0x2080).Word(1866);
+        table.String("Example Memory").String("0000" + slot).String("Tag " + slot).String("EM-8G-1866-R");
+        table.Byte(2).Dword(0).Word(1600).Word(1350).Word(1500).Word(1500);
+    }
+    table.Begin(127);
+    return StandIn::MachineWithTable(table, 2, 8, road == Road::Legacy);
+}
+
+constexpr std::uint32_t PartNumber = 17 * RyxFieldsPerType + 18;
+
+const Subject Sample{"sample machine", SampleMake, 0, PartNumber, 3};
+const Subject Servers[] = {{"32 structures", ServerMake, 32, PartNumber, 31},
+                           {"64 structures", ServerMake, 64, PartNumber, 63},
+                           {"128 structures", ServerMake, 128, PartNumber, 127}};
+
+// Makes the machine the process's, and starts the library on it.
+void Start(const Subject& subject, Road road) {
+    static char program[] = "Quarrinet";
+    static char command[] = "/type";
+    static char* arguments[] = {program, command, nullptr};
+    StandIn::Machine machine = subject.Make(road, subject.Structures);
+    machine.Console = StandIn::ConsoleKind::None;
+    StandIn::MachineSet(std::move(machine));
+    LibraryContextReset();
+    if (RyxLibInit(2, arguments) != RyxOk) {
+        std::fprintf(stderr, "bench: the library does not start\n");
+        std::exit(1);
+    }
+}
+
+void FieldAsk(const Subject& subject) {
+    RyxBin* bin = nullptr;
+    if (RyxSmbiosDataGet(subject.Field, subject.Instance, &bin) != RyxOk || bin == nullptr) {
+        std::fprintf(stderr, "bench: no value\n");
+        std::exit(1);
+    }
+    benchmark::DoNotOptimize(bin->Data);
+    RyxBinFree(bin);
+}
+
+// The whole listing; the command line is collected anew each time, as in a process of its own.
+void ListingShow() {
+    ArgumentRelease();
+    ArgumentCommandRelease();
+    if (ViewerMain() != 0) {
+        std::fprintf(stderr, "bench: the listing failed\n");
+        std::exit(1);
+    }
+}
+
+// How often a listing copies the table on a road.
+std::uint64_t ListingCopies(Road road) {
+    const auto count = [road] {
+        return road == Road::Legacy ? StandIn::ControlCount(MemoryRead) : StandIn::CallCount("GetSystemFirmwareTable");
+    };
+    const std::uint64_t before = count();
+    ListingShow();
+    return count() - before;
+}
+
+// The copies that one request is obliged to make: of the table, or of the segment and of the service's buffer.
+class BareCopies {
+public:
+    explicit BareCopies(Road road)
+        : Sizes(road == Road::Legacy ? std::vector<std::size_t>{StandIn::MachineGet().SmbiosTable->size() - 8}
+                                     : std::vector<std::size_t>{BufferSize, BufferSize}),
+          Source(2 * BufferSize, 1), Target(2 * BufferSize) {}
+
+    void Make() {
+        std::size_t at = 0;
+        for (const std::size_t size : Sizes) {
+            std::memcpy(Target.data() + at, Source.data() + at, size);
+            benchmark::ClobberMemory();
+            at += BufferSize;
+        }
+        benchmark::DoNotOptimize(Target.data());
+    }
+
+private:
+    std::vector<std::size_t> Sizes;
+    StandIn::Bytes Source;
+    StandIn::Bytes Target;
+};
+
+enum class What { Field, FieldBare, Listing, ListingBare };
+
+void Measure(benchmark::State& state, const Subject& subject, Road road, What what) {
+    Start(subject, road);
+    BareCopies bare(road);
+    const std::uint64_t copies = what == What::ListingBare ? ListingCopies(road) : 1;
+    for (auto _ : state) {
+        switch (what) {
+        case What::Field:
+            FieldAsk(subject);
+            break;
+        case What::Listing:
+            ListingShow();
+            break;
+        default:
+            for (std::uint64_t copy = 0; copy < copies; ++copy) {
+                bare.Make();
+            }
+        }
+    }
+    RyxLibExit();
+}
+
+std::string NameOf(const Subject& subject, Road road, What what) {
+    return subject.Name + (road == Road::Legacy ? ", legacy road, " : ", firmware road, ") +
+           (what == What::Field || what == What::FieldBare ? "field" : "listing") +
+           (what == What::FieldBare || what == What::ListingBare ? ", bare" : "");
+}
+
+// Keeps the least processor time of each measurement's repetitions: what disturbs them only ever adds to it.
+class FastestReporter : public benchmark::BenchmarkReporter {
+public:
+    bool ReportContext(const Context&) override { return true; }
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs) {
+            if (run.run_type == Run::RT_Iteration) {
+                const double time = run.GetAdjustedCPUTime();
+                const auto known = Fastest.emplace(run.run_name.function_name, time).first;
+                known->second = std::min(known->second, time);
+            }
+        }
+    }
+    std::map<std::string, double> Fastest; // ns, by name
+};
+
+void RatioPrint(std::FILE* out, const std::map<std::string, double>& times, const Subject& subject, Road road,
+                What what, What bareWhat, double goal) {
+    const auto found = times.find(NameOf(subject, road, what));
+    const auto foundBare = times.find(NameOf(subject, road, bareWhat));
+    if (found == times.end() || foundBare == times.end()) { // filtered out
+        return;
+    }
+    const double time = found->second;
+    const double bare = foundBare->second;
+    std::fprintf(out, "%-40s %12.2f %12.2f %8.1f %6.0f  %s\n", NameOf(subject, road, what).c_str(), time / 1000,
+                 bare / 1000, time / bare, goal, time <= goal * bare ? "met" : "MISSED");
+}
+
+struct ProcessCost {
+    double Seconds = std::numeric_limits<double>::max();
+    long KiB = 0;
+};
+
+// The whole program on the sample machine, the least time and the most memory of several runs. To be called while this
+// process is still small, for a new process counts its parent's memory as its own until it runs the program.
+ProcessCost ProcessMeasure() {
+    ProcessCost cost;
+    std::string settings = "QUARRINET_MACHINE=sample";
+    std::string program = QUARRINET_PROGRAM;
+    std::string command = "/type";
+    char* const argv[] = {program.data(), command.data(), nullptr};
+    char* const envp[] = {settings.data(), nullptr};
+    for (int run = 0; run < 20; ++run) {
+        pid_t process = 0;
+        int state = 0;
+        rusage usage{};
+        if (posix_spawn(&process, QUARRINET_PROGRAM, nullptr, nullptr, argv, envp) != 0 ||
+            wait4(process, &state, 0, &usage) != process || state != 0) {
+            std::fprintf(stderr, "bench: " QUARRINET_PROGRAM " failed\n");
+            std::exit(1);
+        }
+        const auto seconds = [](const timeval& time) {
+            return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+        };
+        cost.Seconds = std::min(cost.Seconds, seconds(usage.ru_utime) + seconds(usage.ru_stime));
+        cost.KiB = std::max(cost.KiB, usage.ru_maxrss);
+    }
+    return cost;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    // What is measured prints into the void; the results go where standard output went.
+    std::FILE* const out = fdopen(dup(STDOUT_FILENO), "w");
+    if (out == nullptr || std::freopen("/dev/null", "w", stdout) == nullptr) {
+        return 1;
+    }
+    const ProcessCost process = ProcessMeasure();
+
+    std::vector<const Subject*> subjects{&Sample};
+    for (const Subject& server : Servers) {
+        subjects.push_back(&server);
+    }
+    for (const Subject* const subject : subjects) {
+        for (const Road road : {Road::Legacy, Road::Firmware}) {
+            for (const What what : {What::Field, What::FieldBare, What::Listing, What::ListingBare}) {
+                benchmark::RegisterBenchmark(NameOf(*subject, road, what).c_str(), Measure, *subject, road, what)
+                    ->Repetitions(5)
+                    ->MinTime(0.05);
+            }
+        }
+    }
+    std::vector<char*> arguments(argv, argv + argc);
+    std::string interleave = "--benchmark_enable_random_interleaving=true";
+    arguments.push_back(interleave.data());
+    int count = static_cast<int>(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
+    FastestReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    const std::map<std::string, double>& times = reporter.Fastest;
+
+    std::fprintf(out, "%-40s %12s %12s %8s %6s\n", "", "time, us", "bare, us", "ratio", "goal");
+    for (const Road road : {Road::Legacy, Road::Firmware}) {
+        const double goal = road == Road::Legacy ? 15 : 2;
+        for (const Subject* const subject : subjects) {
+            RatioPrint(out, times, *subject, road, What::Field, What::FieldBare, goal);
+            RatioPrint(out, times, *subject, road, What::Listing, What::ListingBare, goal);
+        }
+    }
+    for (const Road road : {Road::Legacy, Road::Firmware}) {
+        const auto small = times.find(NameOf(Servers[0], road, What::Field));
+        const auto large = times.find(NameOf(Servers[2], road, What::Field));
+        if (small == times.end() || large == times.end()) {
+            continue;
+        }
+        const double growth = large->second / small->second;
+        std::fprintf(out, "field, %s road, 128 structures over 32: %.1f times the time, goal 4.0  %s\n",
+                     road == Road::Legacy ? "legacy" : "firmware", growth, growth <= 4 ? "met" : "MISSED");
+    }
+    const bool met = process.Seconds < 0.010 && process.KiB < 8 * 1024;
+    std::fprintf(out, "whole process, /type on the sample machine: %.1f ms, %.1f MiB, goals 10 ms and 8 MiB  %s\n",
+                 process.Seconds * 1000, static_cast<double>(process.KiB) / 1024, met ? "met" : "MISSED");
+    return std::fclose(out) == 0 ? 0 : 1;
+}
