@@ -585,6 +585,7 @@ TEST(StandInFirmware, AnswersInterruptsThatItsTablesTellOf) {
         }
     }
     ASSERT_EQ(MemoryOf(device, xsdt, 4), (Bytes{'X', 'S', 'D', 'T'}));
+    const Bytes smiGuid{0x58, 0xDC, 0xAF, 0xD8, 0x22, 0x6E, 0xF8, 0x42, 0x99, 0x66, 0x36, 0xFF, 0x78, 0x8C, 0x9C, 0xAF};
     std::uint32_t port = 0;
     std::uint32_t channel = 0;
     std::uint32_t value = 0;
@@ -605,7 +606,11 @@ TEST(StandInFirmware, AnswersInterruptsThatItsTablesTellOf) {
             channel = number(table + 54, 4);
             break;
         default:
-            value = number(table + 58 + 4, 4);
+            for (std::size_t index = 0, count = whole[54]; index < count; ++index) {
+                if (std::memcmp(&whole[58 + count * 4 + index * 16], smiGuid.data(), smiGuid.size()) == 0) {
+                    value = whole[58 + index * 4];
+                }
+            }
         }
     }
     const auto answered = [&](std::uint32_t smi) {
