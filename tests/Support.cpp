@@ -11,8 +11,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <spawn.h>
 #include <sys/mman.h>
@@ -32,20 +30,6 @@ std::string ContentOf(int file) {
 }
 
 } // namespace
-
-std::string Captured(const std::function<void()>& action) {
-    std::fflush(stdout);
-    const int kept = dup(STDOUT_FILENO);
-    const int file = memfd_create("captured", 0);
-    dup2(file, STDOUT_FILENO);
-    action();
-    std::fflush(stdout);
-    dup2(kept, STDOUT_FILENO);
-    close(kept);
-    std::string output = ContentOf(file);
-    close(file);
-    return output;
-}
 
 void StartOver(StandIn::Machine machine) {
     DriverRequest(DriverUnload);
@@ -136,30 +120,4 @@ Ran RunProgram(const std::vector<std::string>& arguments, const std::string& mac
     close(output);
     close(errors);
     return ran;
-}
-
-namespace {
-
-std::string FolderMake() {
-    std::string path = (std::filesystem::temp_directory_path() / "quarrinet-test-XXXXXX").string();
-    return mkdtemp(path.data()) != nullptr ? path : std::string();
-}
-
-} // namespace
-
-TemporaryFolder::TemporaryFolder() : Path(FolderMake()) {}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(Path, ignored);
-}
-
-std::string TemporaryFolder::Write(const std::string& name, const std::string& content) const {
-    const std::string path = Path + "/" + name;
-    std::ofstream(path, std::ios::binary) << content;
-    return path;
-}
-
-std::string TemporaryFolder::Write(const std::string& name, const StandIn::Bytes& content) const {
-    return Write(name, std::string(content.begin(), content.end()));
 }

@@ -1,16 +1,13 @@
-// What the tests share: captured output, decoders run on made-up tables, and the program run as a process.
+// What the tests on a machine share: decoders run on made-up tables, and the program run as a process.
 #pragma once
 
 #include "Lib/Platform/StandIn/Machine.h"
 #include "Lib/Platform/StandIn/SmbiosBuilder.h"
+#include "tests/library/Support.h"
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <vector>
-
-// Runs something and gives what it wrote to standard output.
-std::string Captured(const std::function<void()>& action);
 
 // Makes the machine the process's, and the library and the viewer as they are at process start.
 void StartOver(StandIn::Machine machine);
@@ -44,18 +41,3 @@ struct Ran {
 // Runs the program with arguments on the machine that `machine` chooses (the value of QUARRINET_MACHINE), in a folder.
 Ran RunProgram(const std::vector<std::string>& arguments, const std::string& machine = "sample",
                const std::string& folder = "");
-
-// A folder that goes with the object, and everything in it.
-class TemporaryFolder {
-public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    // Writes a file in the folder and gives its path.
-    std::string Write(const std::string& name, const std::string& content) const;
-    std::string Write(const std::string& name, const StandIn::Bytes& content) const;
-
-    const std::string Path;
-};

@@ -158,7 +158,7 @@ TEST(EntryPoint, ShowsWhatTheServiceDoesNotSupply) {
     EXPECT_EQ(viewed.Error, 0U);
     EXPECT_EQ(viewed.Output, "\nEntry Point Structure(EPS)\nAnchor String : N/S\n"
                              "Entry Point Structure Checksum : N/S\nEntry Point Length : N/S\nVersion : 3.1\n"
-                             "Max Structure Size : N/S\nEntry Point Revision : 0x00 (0)\n"
+                             "Max Structure Size : N/S\nEntry Point Revision : 0x01 (1)\n"
                              "Formatted Area : 0x00 0x00 0x00 0x00 0x00 \nIntermediate Anchor String : N/S\n"
                              "Intermediate Checksum : N/S\nStructure Table Length : 0x003C \n"
                              "Structure Table Address : N/S\nNumber Of SMBIOS Structures : N/S\n"

@@ -124,21 +124,8 @@ bool DriverInstall() {
     return InstallAttempt();
 }
 
-bool DriverOpen() {
-    Driver.Bits64 = ProcessUnderWow64();
-    if (Driver.Device != nullptr) {
-        return true;
-    }
-    std::memset(Driver.Path, 0, sizeof Driver.Path);
-    return DriverJoin() || (DriverFileWrite() && DriverInstall());
-}
-
-void DriverRemove() {
-    if (Driver.Device == nullptr) {
-        return;
-    }
-    DriverDeviceClose(Driver.Device);
-    Driver.Device = nullptr;
+// Takes this process out of the count and, when it was the last user, takes the service and the driver file away.
+void DriverGiveUp() {
     if (!DriverLeave()) {
         return;
     }
@@ -147,6 +134,29 @@ void DriverRemove() {
         FileRemove(Driver.Path);
         Driver.FileWritten = false;
     }
+}
+
+bool DriverOpen() {
+    Driver.Bits64 = ProcessUnderWow64();
+    if (Driver.Device != nullptr) {
+        return true;
+    }
+    std::memset(Driver.Path, 0, sizeof Driver.Path);
+    if (DriverJoin() || (DriverFileWrite() && DriverInstall())) {
+        return true;
+    }
+    // Nobody unloads a driver that was never there, so what the attempts have left behind goes here.
+    DriverGiveUp();
+    return false;
+}
+
+void DriverRemove() {
+    if (Driver.Device == nullptr) {
+        return;
+    }
+    DriverDeviceClose(Driver.Device);
+    Driver.Device = nullptr;
+    DriverGiveUp();
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <string_view>
 
 namespace {
 
@@ -48,27 +49,25 @@ bool IsRootTable(std::uint32_t address) {
 // Searches physical memory from `begin` to before `end`, piece by piece, for an RSDT; pieces that can't be read hold
 // none. Neighbouring pieces overlap, so that a signature across their border is seen.
 bool MemorySearch(std::uint64_t begin, std::uint64_t end, std::uint32_t* address) {
-    constexpr char signature[] = {'R', 'S', 'D', 'T'};
-    const std::unique_ptr<std::uint8_t[]> piece(new (std::nothrow) std::uint8_t[SearchPiece + sizeof signature - 1]);
+    constexpr std::string_view signature = "RSDT";
+    const std::unique_ptr<std::uint8_t[]> piece(new (std::nothrow) std::uint8_t[SearchPiece + signature.size() - 1]);
     if (piece == nullptr) {
         return false;
     }
     for (std::uint64_t at = begin; at < end; at += SearchPiece) {
         const std::uint64_t stop =
-            std::min({at + SearchPiece + sizeof signature - 1, end + sizeof signature - 1, AddressEnd});
+            std::min({at + SearchPiece + signature.size() - 1, end + signature.size() - 1, AddressEnd});
         const auto length = static_cast<std::uint32_t>(stop - at);
         if (PhysicalMemoryRead(static_cast<std::uint32_t>(at), length, piece.get()) != RyxOk) {
             continue;
         }
-        const std::uint8_t* const pieceEnd = piece.get() + length;
-        const std::uint8_t* found = piece.get();
-        while ((found = std::search(found, pieceEnd, std::begin(signature), std::end(signature))) != pieceEnd) {
-            const auto candidate = static_cast<std::uint32_t>(at + static_cast<std::uint64_t>(found - piece.get()));
+        const std::string_view bytes(reinterpret_cast<const char*>(piece.get()), length);
+        for (std::size_t found = 0; (found = bytes.find(signature, found)) != std::string_view::npos; ++found) {
+            const auto candidate = static_cast<std::uint32_t>(at + found);
             if (IsRootTable(candidate)) {
                 *address = candidate;
                 return true;
             }
-            ++found;
         }
     }
     return false;

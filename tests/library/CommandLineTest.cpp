@@ -3,7 +3,7 @@
 #include "Lib/API/RyxOption.h"
 #include "Lib/Common/Argument.h"
 #include "Lib/Common/LibraryContext.h"
-#include "tests/Support.h"
+#include "tests/library/Support.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -14,17 +14,17 @@ namespace {
 class CommandLine : public testing::Test {
 protected:
     void SetUp() override {
-        StartOver({});
+        LibraryContextReset();
         Before = std::filesystem::current_path();
         std::filesystem::current_path(Folder.Path);
     }
     void TearDown() override {
-        StartOver({});
+        LibraryContextReset();
         std::filesystem::current_path(Before);
     }
 
     void Given(std::vector<std::string> words) {
-        StartOver({});
+        LibraryContextReset();
         Words = std::move(words);
         Words.insert(Words.begin(), "Quarrinet");
         Argv.clear();
@@ -43,7 +43,7 @@ protected:
             text += (text.empty() ? "" : " ") + std::string(node->Text);
             for (const ArgNode* param = node->Params; param != nullptr; param = param->Next) {
                 EXPECT_EQ(param->Kind, 0U);
-                text += "(" + std::string(param->Text) + ")";
+                text.append("(").append(param->Text).append(")");
             }
         }
         return text;
@@ -224,21 +224,6 @@ TEST_F(CommandLine, NumbersAreDecimalAndWrap) {
         EXPECT_EQ(RyxArgNumberParse(test.Text, &number), RyxOk);
         EXPECT_EQ(number, test.Number) << test.Text;
     }
-}
-
-TEST_F(CommandLine, TheListPausesByTheConsolesHeight) {
-    StandIn::Machine machine;
-    machine.Console = StandIn::ConsoleKind::Fixed;
-    machine.ConsoleRows = 10; // two commands below the six lines above the list
-    StartOver(machine);
-    for (const char* name : {".one", "two", "three"}) {
-        RyxArgCommandRegister(name, "Text.", "", "Params");
-    }
-    EXPECT_EQ(Captured([] { RyxArgHelpPrint(1); }), "one      Params           Text.\n"
-                                                    "two      Params           Text.\n"
-                                                    "Press any key to continue...\n"
-                                                    "three    Params           Text.\n");
-    EXPECT_EQ(StandIn::CallCount("_getch"), 1U);
 }
 
 } // namespace

@@ -1,0 +1,122 @@
+// What the fuzz targets share.
+#include "fuzz/Harness.h"
+
+#include "Lib/API/RyxLib.h"
+#include "Lib/Common/LibraryContext.h"
+#include "Lib/Platform/Driver.h"
+#include "viewer/ViewerMain.h"
+#include "viewer/ViewerState.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <unistd.h>
+
+std::uint8_t InputReader::Byte() {
+    if (Left == 0) {
+        return 0;
+    }
+    --Left;
+    return *At++;
+}
+
+std::uint16_t InputReader::Word() {
+    const std::uint8_t low = Byte();
+    return static_cast<std::uint16_t>(low | Byte() << 8);
+}
+
+StandIn::Bytes InputReader::Take(std::size_t count) {
+    const std::size_t taken = std::min(count, Left);
+    StandIn::Bytes bytes(At, At + taken);
+    At += taken;
+    Left -= taken;
+    return bytes;
+}
+
+void StartOver(StandIn::Machine machine) {
+    if (machine.Console == StandIn::ConsoleKind::Terminal) {
+        machine.Console = StandIn::ConsoleKind::None;
+    }
+    // The digest of the executable would be most of the work: a fuzz target is a large file.
+    static const std::optional<StandIn::Operation> imageSize = StandIn::OperationFind("GetFileSize");
+    machine.Faults.push_back({imageSize.value()});
+    StandIn::MachineSet(std::move(machine));
+    LibraryContextReset();
+    ViewerBinsRelease();
+    ViewerFieldSelected = 0;
+    ViewerFieldCounter = 0;
+    ViewerDecoderRan = 0;
+    ViewerInstanceFirst = 1;
+    ViewerInstanceEnd = 128;
+    ViewerSmbiosMajor = 0;
+    ViewerSmbiosMinor = 0;
+}
+
+void StartWithDriver(StandIn::Machine machine) {
+    StartOver(std::move(machine));
+    if (DriverRequest(DriverLoad) != RyxOk) {
+        Fault("the driver could not be loaded");
+    }
+}
+
+int ProgramRun(const std::vector<std::string>& arguments) {
+    std::vector<std::string> words{"Quarrinet"};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (std::string& word : words) {
+        argv.push_back(word.data());
+    }
+    if (RyxLibInit(static_cast<std::uint32_t>(argv.size()), argv.data()) != RyxOk) {
+        RyxLibInitErrorPrint();
+        return RyxLibErrorCodeGet();
+    }
+    const std::uint32_t error = ViewerMain();
+    RyxLibExit();
+    LibraryContextGet().Arguments = nullptr;
+    LibraryContextGet().ArgumentCount = 0;
+    return static_cast<int>(error);
+}
+
+void Fault(const std::string& what) {
+    std::fprintf(stderr, "fuzz: %s\n", what.c_str());
+    std::abort();
+}
+
+void LeftoversCheck() {
+    for (const std::string& left : StandIn::Leftovers()) {
+        if (left != "registry key Software\\RyxTool") {
+            Fault("left behind: " + left);
+        }
+    }
+}
+
+namespace {
+
+struct Folder {
+    Folder() : Path("/dev/shm/quarrinet-fuzz-XXXXXX") {
+        if (mkdtemp(Path.data()) == nullptr || chdir(Path.c_str()) != 0) {
+            Fault("no folder to work in");
+        }
+    }
+    ~Folder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(Path, ignored);
+    }
+    std::string Path;
+};
+
+} // namespace
+
+const std::string& WorkFolder() {
+    static const Folder folder;
+    return folder.Path;
+}
+
+// What the program prints is of no interest here, and would only cost time.
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    if (std::freopen("/dev/null", "w", stdout) == nullptr) {
+        Fault("/dev/null can't be opened");
+    }
+    return 0;
+}

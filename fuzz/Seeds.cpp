@@ -1,0 +1,223 @@
+// Writes the inputs that the fuzz targets start from: `fuzz-seeds FOLDER` makes a folder for each target in FOLDER.
+#include "Lib/Common/DmiParser.h"
+#include "Lib/Platform/StandIn/SmbiosBuilder.h"
+#include "fuzz/Places.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+
+using StandIn::Bytes;
+
+namespace {
+
+std::string Root;
+
+Bytes BytesOf(std::string_view text) {
+    return {text.begin(), text.end()};
+}
+
+Bytes Joined(Bytes first, const Bytes& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+void Write(const std::string& target, const std::string& name, const Bytes& content) {
+    std::filesystem::create_directories(Root + "/" + target);
+    std::ofstream file(Root + "/" + target + "/" + name, std::ios::binary);
+    file.write(reinterpret_cast<const char*>(content.data()), static_cast<std::streamsize>(content.size()));
+    if (!file.flush()) {
+        std::fprintf(stderr, "fuzz-seeds: %s/%s can't be written\n", target.c_str(), name.c_str());
+        std::exit(1);
+    }
+}
+
+// The sample machine's structures one by one, some of them together, and tables that end early.
+void StructureTables() {
+    const Bytes answer = *StandIn::SampleMachine().SmbiosTable;
+    const Bytes table(answer.begin() + 8, answer.end());
+    DmiStruct structure({table.data(), table.size()});
+    int number = 0;
+    std::size_t start = 0;
+    for (bool more = true; more; ++number) {
+        const std::uint8_t type = structure.Type();
+        more = DmiNextStructGet(&structure);
+        const std::size_t end = more ? table.size() - structure.From(0).size() : table.size();
+        const Bytes one(table.begin() + static_cast<std::ptrdiff_t>(start),
+                        table.begin() + static_cast<std::ptrdiff_t>(end));
+        const std::string name = "type" + std::to_string(type) + "-" + std::to_string(number);
+        const auto road = static_cast<std::uint8_t>(number % 2);
+        Write("StructureTable", name, Joined({28, road, 0, 0}, one));
+        Write("StructureTable", name + "-cut", Joined({28, road, 0, 0}, Bytes(one.begin(), one.end() - 2)));
+        Write("StructureTable", name + "-twice", Joined({28, road, 1, 130}, Joined(one, one)));
+        start = end;
+    }
+    Write("StructureTable", "beginning", Joined({28, 0, 4, 0}, Bytes(table.begin(), table.begin() + 512)));
+    Write("StructureTable", "end", Joined({28, 1, 4, 0}, Bytes(table.end() - 512, table.end())));
+    StandIn::SmbiosBuilder manyStrings;
+    manyStrings.Begin(11).Byte(255);
+    for (int i = 0; i < 255; ++i) {
+        manyStrings.SetString("s");
+    }
+    Write("StructureTable", "many-strings", Joined({28, 0, 0, 0}, manyStrings.Table()));
+    StandIn::SmbiosBuilder longString;
+    longString.Begin(1).String(std::string(3000, 'x'));
+    Write("StructureTable", "long-string", Joined({28, 1, 0, 0}, longString.Table()));
+}
+
+void EntryPoints() {
+    StandIn::SmbiosBuilder builder;
+    builder.Begin(0).String("Example").String("1.0").Word(0xE000).String("01/01/2020").Byte(1).Qword(0x80).Word(0);
+    const Bytes table = builder.Table();
+    const auto length = static_cast<std::uint16_t>(table.size());
+    const auto dump = [&table](Bytes entry, std::size_t offset) {
+        entry.resize(offset);
+        return Joined(entry, table);
+    };
+    const Bytes legacy = dump(StandIn::EntryPoint21(2, 8, 32, length, 1, length), 32);
+    Write("EntryPoint", "dump-legacy", Joined({0, 0, 0}, legacy));
+    Write("EntryPoint", "dump-64", Joined({0, 0, 0}, dump(StandIn::EntryPoint30(3, 2, 32, length), 32)));
+    Write("EntryPoint", "dump-past", Joined({0, 0, 0}, StandIn::EntryPoint21(2, 8, 4096, length, 1, length)));
+    const Bytes inSegment = dump(StandIn::EntryPoint21(2, 8, 0xF0020, length, 1, length), 32);
+    Write("EntryPoint", "segment", Joined({1, 0, 0}, inSegment));
+    Write("EntryPoint", "segment-top", Joined({1, 0xE0, 0xFF}, StandIn::EntryPoint21(2, 1, 0xFFFFFFF0, 0xFFFF, 1, 1)));
+    Write("EntryPoint", "segment-no-address", Joined({1, 0, 0}, StandIn::EntryPoint21(2, 1, 0, 16, 1, 1)));
+    Write("EntryPoint", "segment-no-length", Joined({1, 0, 0}, StandIn::EntryPoint21(2, 1, 0x1000, 0, 1, 1)));
+    const Bytes service = *StandIn::MachineWithTable(builder, 2, 8).SmbiosTable;
+    Write("EntryPoint", "service", Joined({2, 0, 0}, service));
+    Bytes large = service;
+    large.resize(70000);
+    Write("EntryPoint", "service-large", Joined({2, 0, 0}, large));
+    Bytes wrong = service;
+    wrong[4] = 0xFF;
+    Write("EntryPoint", "service-length", Joined({2, 0, 0}, wrong));
+    Write("EntryPoint", "service-short", {2, 0, 0, 0, 2, 8});
+}
+
+void CommandLines() {
+    const char* const lines[] = {
+        "/type\n4\n1\n5\n.\n",
+        "-nologo\n/TYPE\n16\n",
+        "/help\n/b\n/eps\n/nologo\n",
+        "/type\n-1\n",
+        "/type\n+16\n0\n200\n",
+        "/type\n99999999999999999999\n",
+        "@\n.\n/nologo /type \"16\" # comment \"1\"\r\n",
+        "/eps\n.\n/type 16 1 4\n\n\"\" \"two words\"\n",
+        "@\n.\n/type \"open\n",
+        ".\n# nothing\n/b\r/type\t16\n",
+        "/type\n4\n/type\n5\n",
+        "@\n@\n.\n/.type .b -\n",
+        "/_exec_\n",
+    };
+    int number = 0;
+    for (const char* const line : lines) {
+        Write("CommandLine", std::to_string(number++), BytesOf(line));
+    }
+    std::string many = "@\n.\n";
+    for (int i = 0; i < 300; ++i) {
+        many += "/a" + std::to_string(i) + (i % 20 == 0 ? "\n" : " ");
+    }
+    Write("CommandLine", "many", BytesOf(many));
+    Write("CommandLine", "long-line", BytesOf("@\n.\n/type " + std::string(1100, '1') + "\n"));
+}
+
+void MachineFiles() {
+    const char* const files[] = {
+        "tables = dump\n",
+        "tables = .\nwow64 = no\n",
+        "memory 0xE0000 = dump\nmemory 0xFFFFFFF0 = DMI\nfirmware-table RSMB = rsmb\n",
+        "firmware-table RSMB = none\nfirmware-table ACPI/FACP = DMI\nfirmware-table missing = yes\n",
+        "# a comment\n\nadministrator = no\nprocessors = 0xFF\nwindows = 4.0\nwow64 = unknown\n",
+        "tables = dump\nconsole = 80x25\nstate = kept\n",
+        "console = none\nconsole = terminal\nstate = .\n",
+        "tables = dump\nfirmware = variables\nfirmware-refuses type = yes\nfirmware-refuses b = no\n",
+        "tables = dump\nfirmware = smi\nprocessors = 2\n",
+        "tables = dump\nfail = DeviceIoControl 0x222182@3\nfail = CreateFileA@1\nfail = RegOpenKeyExA\n",
+        "tables = missing\n",
+        "memory 0x = dump\nwindows = 1.2.3\nconsole = 0x0\nfail = Nothing@0\n",
+    };
+    int number = 0;
+    for (const char* const file : files) {
+        Write("MachineFile", std::to_string(number++), BytesOf(file));
+    }
+}
+
+// What the stand-in's own firmware publishes, reached in every way.
+void RootTables() {
+    StandIn::Machine machine;
+    machine.Firmware = StandIn::FirmwareKind::Smi;
+    StandIn::MachineSet(machine);
+    Bytes tables(0x700);
+    for (const StandIn::MemoryRegion& region : StandIn::MachineGet().Memory) {
+        for (std::size_t i = 0; i < region.Data.size(); ++i) {
+            if (region.Address + i >= TablesBase && region.Address + i < TablesBase + tables.size()) {
+                tables[region.Address + i - TablesBase] = region.Data[i];
+            }
+        }
+    }
+    for (const std::uint8_t way : {WayRegistry, WayMakerTable, WaySegment, WayFadt}) {
+        Write("RootTable", "xsdt-" + std::to_string(way), Joined({way}, tables));
+    }
+    // The same as an RSDT, whose entries have 32 bits.
+    Bytes rsdt = tables;
+    rsdt[0] = 'R';
+    for (std::size_t entry = 0; entry < 3; ++entry) {
+        std::memcpy(&rsdt[36 + 4 * entry], &tables[36 + 8 * entry], 4);
+    }
+    rsdt[4] = 48;
+    Write("RootTable", "rsdt-segment", Joined({WaySegment}, rsdt));
+    Write("RootTable", "rsdt-registry", Joined({WayRegistry}, rsdt));
+    Write("RootTable", "every-way", Joined({15}, rsdt));
+    // The DSDT's neighbourhood has an RSDT; the driver's record names the place to search.
+    Bytes fadt(256);
+    std::memcpy(fadt.data(), "FACP", 4);
+    const std::uint32_t dsdt = TablesBase + 0x80;
+    std::memcpy(&fadt[40], &dsdt, sizeof dsdt);
+    std::memcpy(&fadt[0x80], rsdt.data(), 48);
+    Write("RootTable", "search", Joined({WayFadt}, fadt));
+}
+
+void FirmwareAnswers() {
+    const auto piece = [](const Bytes& bytes) {
+        return Joined({static_cast<std::uint8_t>(bytes.size()), static_cast<std::uint8_t>(bytes.size() >> 8)}, bytes);
+    };
+    const auto answer = [](std::uint64_t status, const Bytes& payload) {
+        Bytes record(40);
+        std::memcpy(&record[8], &status, sizeof status);
+        return Joined(record, payload);
+    };
+    Bytes info(64, 1);
+    const Bytes identifier{'Q', 0, 'S', 0, 'A', 0, '1', 0};
+    for (const std::uint8_t which : {std::uint8_t{0}, std::uint8_t{1}}) {
+        const Bytes start = which == 0 ? Joined({0}, piece(identifier)) : Bytes{1};
+        const std::string name = which == 0 ? "variables-" : "buffer-";
+        Write("FirmwareAnswers", name + "allowed",
+              Joined(start, Joined(piece(answer(0, info)), piece(answer(0, info)))));
+        Write("FirmwareAnswers", name + "refused",
+              Joined(start, Joined(piece(answer(0, info)), piece(answer(0x8000000000000062, info)))));
+        Write("FirmwareAnswers", name + "unsupported", Joined(start, piece(answer(0x8000000000000003, {}))));
+        Write("FirmwareAnswers", name + "short", Joined(start, piece(Bytes(39))));
+        Write("FirmwareAnswers", name + "long", Joined(start, piece(answer(0, Bytes(9000)))));
+    }
+    Write("FirmwareAnswers", "variables-short-identifier", Joined({0}, piece({'Q', 0})));
+    Write("FirmwareAnswers", "variables-long-identifier", Joined({0}, piece(Bytes(9000, 'x'))));
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: fuzz-seeds FOLDER\n");
+        return 2;
+    }
+    Root = argv[1];
+    StructureTables();
+    EntryPoints();
+    CommandLines();
+    MachineFiles();
+    RootTables();
+    FirmwareAnswers();
+    return 0;
+}

@@ -1,0 +1,143 @@
+// The documents: what the README shows, and the fields that the manual page lists, against the program.
+#include "tests/Support.h"
+
+#include <cctype>
+#include <cstdio>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <memory>
+#include <sstream>
+
+namespace {
+
+std::vector<std::string> LinesOf(const std::string& document) {
+    std::ifstream file(std::string(QUARRINET_SOURCES) + "/" + document);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(file, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+// A command of the README and what it shows.
+struct Example {
+    std::size_t Line;
+    std::string Command;
+    std::string Shown;
+};
+
+std::vector<Example> ExamplesOf(const std::vector<std::string>& lines) {
+    std::vector<Example> examples;
+    bool inside = false;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (lines[i].rfind("```", 0) == 0) {
+            inside = lines[i] == "```console";
+        } else if (inside && lines[i].rfind("$ ", 0) == 0) {
+            examples.push_back({i + 1, lines[i].substr(2), ""});
+        } else if (inside) {
+            examples.back().Shown += lines[i] + "\n";
+        }
+    }
+    return examples;
+}
+
+std::string ShellRun(const std::string& folder, const std::string& command) {
+    const std::string whole =
+        "cd '" + folder + "' && export PATH=\"$PWD:$PATH\" QUARRINET_MACHINE=sample && exec 2>&1 && " + command;
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(popen(whole.c_str(), "r"), &pclose);
+    std::string output;
+    char piece[4096];
+    for (std::size_t got; pipe && (got = std::fread(piece, 1, sizeof piece, pipe.get())) != 0;) {
+        output.append(piece, got);
+    }
+    return output;
+}
+
+// Compares with a text in which a line "..." stands for any lines.
+bool Matches(const std::string& output, const std::string& shown) {
+    const std::string cut = "...\n";
+    std::size_t from = 0;
+    std::size_t reached = 0;
+    for (std::size_t at; (at = shown.find(cut, from)) != std::string::npos; from = at + cut.size()) {
+        const std::string part = shown.substr(from, at - from);
+        const std::size_t found = output.find(part, reached);
+        if (found == std::string::npos || (from == 0 && found != 0)) {
+            return false;
+        }
+        reached = found + part.size();
+    }
+    const std::string last = shown.substr(from);
+    return from == 0 ? output == last
+                     : output.size() >= reached + last.size() &&
+                           output.compare(output.size() - last.size(), last.size(), last) == 0;
+}
+
+TEST(Documents, TheReadmesExamplesGiveWhatTheyShow) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(std::system(("ln -s '" QUARRINET_PROGRAM "' '" + folder.Path + "/quarrinet'").c_str()), 0);
+    const std::vector<Example> examples = ExamplesOf(LinesOf("README.md"));
+    ASSERT_GE(examples.size(), 8U);
+    for (Example example : examples) {
+        const std::string run = "./dev run";
+        if (example.Command.rfind("cat ", 0) == 0) { // a file that the next command reads
+            folder.Write(example.Command.substr(4), example.Shown);
+            continue;
+        }
+        if (example.Command.rfind(run, 0) == 0) {
+            example.Command.replace(0, run.size(), "quarrinet");
+        }
+        const std::string output = ShellRun(folder.Path, example.Command);
+        EXPECT_TRUE(Matches(output, example.Shown)) << "README.md:" << example.Line << ": $ " << example.Command << "\n"
+                                                    << output;
+    }
+}
+
+// The fields that the manual page lists: "4\~Vendor, 5\~BIOS Version, ..." in a paragraph under the type.
+TEST(Documents, TheManualListsTheFieldsOfEveryType) {
+    bool inFields = false;
+    std::string type;
+    std::string text;
+    int types = 0;
+    const auto check = [&] {
+        std::istringstream list(text);
+        text.clear();
+        int last = 0;
+        for (std::string entry; std::getline(list, entry, ',');) {
+            const std::size_t gap = entry.find("\\~");
+            ASSERT_NE(gap, std::string::npos) << "type " << type << ": " << entry;
+            last = std::stoi(entry.substr(0, gap));
+            std::string label = entry.substr(gap + 2);
+            for (std::size_t at; (at = label.find('\\')) != std::string::npos;) {
+                label.erase(at, 1);
+            }
+            label.erase(label.find_last_not_of(" .") + 1);
+            const Viewed viewed = View({"/nologo", "/type", type, "0", std::to_string(last)}, StandIn::SampleMachine());
+            EXPECT_EQ(viewed.Error, 0U) << "type " << type << ", field " << last;
+            if (std::isupper(static_cast<unsigned char>(label[0])) !=
+                0) { // others say what they are in their own words
+                EXPECT_EQ(viewed.Output.rfind("\n" + label + " :", 0), 0U)
+                    << "type " << type << ", field " << last << ": " << viewed.Output;
+            }
+        }
+        const std::string next = std::to_string(last + 1);
+        EXPECT_EQ(View({"/nologo", "/type", type, "0", next}, StandIn::SampleMachine()).Error, 153U)
+            << "type " << type << " has a field " << next;
+        ++types;
+    };
+    for (const std::string& line : LinesOf("docs/Quarrinet.1")) {
+        if (line.rfind(".SH ", 0) == 0 || line == ".TP") {
+            if (!text.empty()) {
+                check();
+            }
+            inFields = line == ".SH FIELDS" || (inFields && line == ".TP");
+        } else if (inFields && line.rfind(".BR \"", 0) == 0) {
+            type = line.substr(5, line.find('"', 5) - 5);
+        } else if (inFields && std::isdigit(static_cast<unsigned char>(line[0])) != 0) {
+            text += (text.empty() ? "" : " ") + line;
+        }
+    }
+    EXPECT_EQ(types, 43);
+}
+
+} // namespace

@@ -1,0 +1,62 @@
+// The options, whole-file reads and the bound of one print.
+#include "Lib/API/RyxOption.h"
+#include "Lib/API/RyxPrint.h"
+#include "Lib/Common/LibraryContext.h"
+#include "tests/library/Support.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(Print, CutsAtWhatOnePrintHolds) {
+    LibraryContextReset();
+    const std::string text(2000, 'x');
+    EXPECT_EQ(Captured([&text] { RyxPrintf("%s\n", text.c_str()); }), text.substr(0, 1023));
+}
+
+TEST(Options, TakeTheirValuesAndRefuseOthers) {
+    LibraryContextReset();
+    struct {
+        std::uint32_t Option;
+        std::uint32_t Low;
+        std::uint32_t High;
+        RyxStatus Status;
+    } const cases[] = {
+        {0, 2, 0, RyxErrorArgument},
+        {0, 1, 1, RyxErrorArgument},
+        {39, 1, 0, RyxErrorArgument},
+        {0, 1, 0, RyxOk},
+        {21, 1, 0, RyxErrorUnsupported},
+        {21, 0, 0, RyxOk},
+        {24, 5, 6, RyxOk},
+        {30, 0x12345678, 0, RyxOk},
+        {38, 1, 0, RyxOk},
+        {27, 0, 0, RyxOk},
+        {28, 1, 0, RyxErrorGeneral},
+    };
+    for (const auto& test : cases) {
+        EXPECT_EQ(RyxOptionSet(test.Option, test.Low, test.High), test.Status) << test.Option << " " << test.Low;
+    }
+    const OptionArea& options = LibraryContextGet().Options;
+    EXPECT_EQ(options.Byte[0], 1);
+    EXPECT_EQ(options.Byte[21], 0);
+    EXPECT_EQ(options.Byte[28], 0);
+    EXPECT_EQ(options.Long24, 0x600000005U);
+    EXPECT_EQ(options.Word30, 0x12345678U);
+}
+
+TEST(Files, AreReadWhole) {
+    LibraryContextReset();
+    const TemporaryFolder folder;
+    std::unique_ptr<char[]> block;
+    std::uint32_t size = 9;
+    ASSERT_EQ(RyxFileRead(folder.Write("text", std::string("a\r\n\0b", 5)).c_str(), &block, &size), RyxOk);
+    EXPECT_EQ(std::string(block.get(), size), std::string("a\r\n\0b", 5));
+    EXPECT_EQ(RyxFileRead(folder.Write("empty", std::string()).c_str(), &block, &size), RyxOk);
+    EXPECT_EQ(block, nullptr);
+    EXPECT_EQ(size, 0U);
+    EXPECT_EQ(RyxFileRead((folder.Path + "/missing").c_str(), &block, &size), RyxErrorFileOpen);
+    EXPECT_EQ(RyxFileRead(nullptr, &block, &size), RyxErrorArgument);
+}
+
+} // namespace

@@ -1,0 +1,136 @@
+// The structure walk, strings and fields on tables written out by hand, the field table, and value containers.
+#include "Lib/API/RyxBin.h"
+#include "Lib/API/RyxSmbios.h"
+#include "Lib/Common/DmiFieldTable.h"
+#include "Lib/Common/DmiParser.h"
+#include "Lib/Common/LibraryContext.h"
+
+#include <algorithm>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// An OEM string list, a system whose set lacks nothing, an end-of-table structure; behind it bytes of no structure.
+const Bytes Table{11,  5, 0x10, 0,    2, 'a', 0,    'b', 'c', 0, 0,              // two strings
+                  1,   8, 0x20, 0,    1, 2,   0,    9,   'm', 0, 'p', 'q', 0, 0, // strings 1, 2, none, beyond
+                  11,  5, 0x01, 1,    7, 0,   0,                                 // a handle above 00FFh
+                  11,  5, 0x30, 0,    9, 0,   0,                                 // no strings
+                  127, 4, 0xFE, 0xFF, 0, 0,   0xAA, 0xBB};
+
+DmiTableCopy CopyOf(const Bytes& bytes) {
+    DmiTableCopy copy{std::make_unique<std::uint8_t[]>(bytes.size()), static_cast<std::uint32_t>(bytes.size())};
+    std::copy(bytes.begin(), bytes.end(), copy.Bytes.get());
+    return copy;
+}
+
+// A field of the first instance of a type: its bytes as characters, or the status.
+std::string Field(const DmiStruct& structure, std::uint16_t type, std::uint16_t row, RyxStatus expected = RyxOk) {
+    std::uint16_t found = 0;
+    std::uint16_t descriptor = 0;
+    DmiFieldNumberResolve(type * RyxFieldsPerType + row, &found, &descriptor);
+    RyxBin* bin = nullptr;
+    EXPECT_EQ(DmiStructFieldGet(structure, descriptor, &bin), expected) << type << " " << row;
+    const RyxBinOwner owner(bin);
+    return bin == nullptr ? "" : std::string(bin->Data, bin->Data + bin->Size);
+}
+
+TEST(Walk, StepsOverStringSetsToTheLastStructure) {
+    DmiStruct structure{Table};
+    std::string types;
+    do {
+        types += std::to_string(structure.Type()) + " ";
+    } while (DmiNextStructGet(&structure));
+    // Two bytes are left behind the last structure: too few for a header.
+    EXPECT_EQ(types, "11 1 11 11 127 ");
+    EXPECT_EQ(structure.Handle(), 0xFFFE);
+    EXPECT_FALSE(DmiStruct{{}}.Exists());
+}
+
+TEST(Walk, InstancesCountByHandle) {
+    const DmiTableCopy copy = CopyOf(Table);
+    DmiStruct found{{}};
+    ASSERT_TRUE(DmiInstanceFind(copy, 11, 1, &found));
+    EXPECT_EQ(found.Handle(), 0x10);
+    ASSERT_TRUE(DmiInstanceFind(copy, 11, 2, &found));
+    EXPECT_EQ(found.Handle(), 0x30);
+    EXPECT_FALSE(DmiInstanceFind(copy, 11, 3, &found));
+    EXPECT_FALSE(DmiInstanceFind(copy, 11, 0, &found));
+    EXPECT_TRUE(DmiInstanceFind(copy, 127, 1, &found));
+}
+
+TEST(Walk, FieldsAreBoundedByStructureVersionAndTable) {
+    LibraryContextGet().Acquisition.Version = 28;
+    DmiStruct system{{}};
+    const DmiTableCopy copy = CopyOf(Table);
+    ASSERT_TRUE(DmiInstanceFind(copy, 1, 1, &system));
+    EXPECT_EQ(Field(system, 1, 2), std::string("\x20\0", 2));
+    EXPECT_EQ(Field(system, 1, 3), std::string("m\0", 2));
+    EXPECT_EQ(Field(system, 1, 4), std::string("pq\0", 3));
+    EXPECT_EQ(Field(system, 1, 5), std::string("\0", 1)) << "string number 0";
+    EXPECT_EQ(Field(system, 1, 6), std::string("\0", 1)) << "a number beyond the set";
+    EXPECT_EQ(Field(system, 1, 7, RyxErrorUnsupported), "") << "at the stated length";
+
+    // The same structure, but the table ends inside its last string, and then inside its formatted area.
+    const Bytes cut(Table.begin() + 11, Table.begin() + 22);
+    EXPECT_EQ(Field(DmiStruct{cut}, 1, 4), std::string("p\0", 2)) << "the NUL is missing";
+    EXPECT_EQ(Field(DmiStruct{Bytes(cut.begin(), cut.begin() + 5)}, 1, 4, RyxErrorUnsupported), "");
+
+    LibraryContextGet().Acquisition.Version = 19;
+    EXPECT_EQ(Field(system, 1, 3, RyxErrorUnsupported), "") << "an older standard than the field's";
+    LibraryContextReset();
+}
+
+// The table is well formed: offsets grow, types are contiguous, every type begins with its header rows.
+TEST(FieldTable, IsWellFormed) {
+    std::uint8_t row = 0;
+    for (std::size_t i = 0; i < DmiFieldTable.size(); ++i) {
+        const DmiFieldDescriptor& field = DmiFieldTable[i];
+        const bool first = i == 0 || DmiFieldTable[i - 1].Type != field.Type;
+        row = first ? 0 : row + 1;
+        if (row < 3) {
+            EXPECT_EQ(field.Offset, row);
+            EXPECT_STREQ(field.Name, row == 0 ? "Type" : row == 1 ? "Length" : "Handle");
+        }
+        if (!first) {
+            const bool behindList = std::strcmp(field.Name, "SKU Number") == 0 ||
+                                    std::strcmp(field.Name, "Enabled Error Correcting Capabilities") == 0;
+            EXPECT_GE(field.Offset, DmiFieldTable[i - 1].Offset + (behindList ? 0 : 1)) << i;
+            EXPECT_GE(field.MinVersion, DmiFieldTable[i - row].MinVersion) << i;
+        } else if (i > 0) {
+            EXPECT_GT(field.Type, DmiFieldTable[i - 1].Type) << i;
+        }
+        std::uint16_t type = 0;
+        std::uint16_t descriptor = 0;
+        DmiFieldNumberResolve(field.Type * RyxFieldsPerType + row, &type, &descriptor);
+        EXPECT_EQ(type, field.Type);
+        EXPECT_EQ(descriptor, i);
+    }
+    // Where the rows of some types stand, counted by hand.
+    EXPECT_EQ(DmiFieldTable[58].Type, 4);
+    EXPECT_EQ(DmiFieldTable[193].Type, 17);
+    EXPECT_EQ(DmiFieldTable[449].Type, 127);
+}
+
+TEST(Values, AreMadeReadAndReleased) {
+    RyxBin* bin = nullptr;
+    EXPECT_EQ(RyxBinCreate(0, &bin), RyxErrorArgument);
+    EXPECT_EQ(RyxBinCreate(0x100000000, &bin), RyxErrorArgument) << "the low 32 bits count";
+    EXPECT_EQ(RyxBinCreate(1, nullptr), RyxErrorArgument);
+    ASSERT_EQ(RyxBinCreate(0x100000003, &bin), RyxOk);
+    std::uint8_t* data = nullptr;
+    std::uint64_t size = 0;
+    EXPECT_EQ(RyxBinInfoGet(bin, &data, nullptr), RyxErrorArgument);
+    EXPECT_EQ(RyxBinInfoGet(bin, &data, &size), RyxOk);
+    EXPECT_EQ(size, 3U);
+    EXPECT_EQ(data[2], 0);
+    EXPECT_EQ(RyxBinFree(bin), RyxOk);
+    EXPECT_EQ(RyxBinFree(nullptr), RyxErrorObject);
+    EXPECT_EQ(RyxBinInfoGet(nullptr, &data, &size), RyxErrorObject);
+    std::uint8_t kept[] = {1};
+    EXPECT_EQ(RyxBinFree(new RyxBin{1, kept, 1}), RyxOk) << "borrowed data stays";
+}
+} // namespace
