@@ -24,23 +24,25 @@ void BlockDigest(Chain& chain, const std::uint8_t* block) {
         schedule[t] = std::rotl(schedule[t - 3] ^ schedule[t - 8] ^ schedule[t - 14] ^ schedule[t - 16], 1);
     }
     auto [a, b, c, d, e] = chain;
-    for (std::size_t t = 0; t < 80; ++t) {
-        std::uint32_t mixed;
-        if (t < 20) {
-            mixed = ((b & c) | (~b & d)) + 0x5A827999;
-        } else if (t < 40) {
-            mixed = (b ^ c ^ d) + 0x6ED9EBA1;
-        } else if (t < 60) {
-            mixed = ((b & c) | (b & d) | (c & d)) + 0x8F1BBCDC;
-        } else {
-            mixed = (b ^ c ^ d) + 0xCA62C1D6;
-        }
+    const auto round = [&](std::uint32_t mixed, std::size_t t) {
         const std::uint32_t next = std::rotl(a, 5) + mixed + e + schedule[t];
         e = d;
         d = c;
         c = std::rotl(b, 30);
         b = a;
         a = next;
+    };
+    for (std::size_t t = 0; t < 20; ++t) {
+        round((d ^ (b & (c ^ d))) + 0x5A827999, t);
+    }
+    for (std::size_t t = 20; t < 40; ++t) {
+        round((b ^ c ^ d) + 0x6ED9EBA1, t);
+    }
+    for (std::size_t t = 40; t < 60; ++t) {
+        round(((b & c) | (d & (b | c))) + 0x8F1BBCDC, t);
+    }
+    for (std::size_t t = 60; t < 80; ++t) {
+        round((b ^ c ^ d) + 0xCA62C1D6, t);
     }
     chain[0] += a;
     chain[1] += b;
