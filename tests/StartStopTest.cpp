@@ -214,13 +214,13 @@ TEST(DriverLoading, InstallsRetriesAndFails) {
         {"a key without a count", {}, keyOnly, RyxOk, std::nullopt, 1, "RyxLib64.sys"},
         {"second attempt", {{start, 0, 1}}, std::nullopt, RyxOk, 1, 2, "RyxLib64.sys"},
         {"third attempt", {{start, 0, 1}, {start, 0, 2}}, std::nullopt, RyxOk, 1, 3, "RyxLib64.sys"},
-        {"no fourth attempt", {{start}}, std::nullopt, RyxErrorDriverLoad, 1, 3, "RyxLib64.sys"},
-        {"no creation", {{Named("CreateServiceA")}}, std::nullopt, RyxErrorDriverLoad, 1, 3, "RyxLib64.sys"},
-        {"no temporary folder", {{Named("GetTempPathA")}}, std::nullopt, RyxErrorDriverLoad, 1, 0, ""},
-        {"no resource", {{Named("FindResourceA")}}, std::nullopt, RyxErrorDriverLoad, 1, 0, ""},
-        {"no file anywhere", {{create}}, std::nullopt, RyxErrorDriverLoad, 1, 0, ""},
-        {"disk full", {{Named("WriteFile")}}, std::nullopt, RyxErrorDriverLoad, 1, 0, ""},
-        {"no executable path", {{Named("GetModuleFileNameA")}}, std::nullopt, RyxErrorDriverLoad, 1, 0, ""},
+        {"no fourth attempt", {{start}}, std::nullopt, RyxErrorDriverLoad, std::nullopt, 3, ""},
+        {"no creation", {{Named("CreateServiceA")}}, std::nullopt, RyxErrorDriverLoad, std::nullopt, 3, ""},
+        {"no temporary folder", {{Named("GetTempPathA")}}, std::nullopt, RyxErrorDriverLoad, std::nullopt, 0, ""},
+        {"no resource", {{Named("FindResourceA")}}, std::nullopt, RyxErrorDriverLoad, std::nullopt, 0, ""},
+        {"no file anywhere", {{create}}, std::nullopt, RyxErrorDriverLoad, std::nullopt, 0, ""},
+        {"disk full", {{Named("WriteFile")}}, std::nullopt, RyxErrorDriverLoad, std::nullopt, 0, ""},
+        {"no executable path", {{Named("GetModuleFileNameA")}}, std::nullopt, RyxErrorDriverLoad, std::nullopt, 0, ""},
     };
     for (const LoadCase& expected : cases) {
         SCOPED_TRACE(expected.Name);
@@ -244,10 +244,8 @@ TEST(DriverLoading, InstallsRetriesAndFails) {
         EXPECT_NE(file.find(expected.File), std::string::npos) << file;
 
         EXPECT_EQ(DriverRequest(DriverUnload), RyxOk);
-        if (expected.Status == RyxOk) {
-            EXPECT_EQ(DriverFile(), "");
-            EXPECT_FALSE(ServiceRuns());
-        }
+        EXPECT_EQ(DriverFile(), "");
+        EXPECT_FALSE(ServiceRuns());
     }
 }
 
