@@ -23,7 +23,11 @@ void BlockDigest(Chain& chain, const std::uint8_t* block) {
     for (std::size_t t = 16; t < 80; ++t) {
         schedule[t] = std::rotl(schedule[t - 3] ^ schedule[t - 8] ^ schedule[t - 14] ^ schedule[t - 16], 1);
     }
-    auto [a, b, c, d, e] = chain;
+    std::uint32_t a = chain[0];
+    std::uint32_t b = chain[1];
+    std::uint32_t c = chain[2];
+    std::uint32_t d = chain[3];
+    std::uint32_t e = chain[4];
     const auto round = [&](std::uint32_t mixed, std::size_t t) {
         const std::uint32_t next = std::rotl(a, 5) + mixed + e + schedule[t];
         e = d;
