@@ -306,6 +306,7 @@ TEST(FaultSweep, EveryCallFailsOnce) {
                                 : call <= undisturbed.ListingEnd ? Phase::Listing
                                                                  : Phase::Stop;
             SCOPED_TRACE(std::string(swept.Name) + ", call " + std::to_string(call) + " " + name);
+            EXPECT_NE(name, "") << "the call did not come";
             ++failed;
             const Effect effect = EffectSeen(run, undisturbed, phase);
             EffectCheck(effect, name, phase);
