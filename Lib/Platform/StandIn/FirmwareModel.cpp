@@ -18,17 +18,27 @@ namespace {
 
 using Guid = std::array<std::uint8_t, 16>;
 
-// GUIDs as they stand in memory: the first three groups are little-endian numbers.
-constexpr Guid ChannelGuid{0xFC, 0x44, 0xDE, 0xB1, 0x46, 0x79, 0x82, 0x49,
-                           0x9B, 0x4B, 0x2F, 0x8C, 0xA4, 0x5E, 0xA7, 0x92};
-constexpr Guid BufferRecordGuid{0xE8, 0x63, 0x95, 0xD2, 0xE1, 0xCF, 0x41, 0x4D,
-                                0x8E, 0x54, 0xDA, 0x43, 0x22, 0xFE, 0xDE, 0x5C};
-constexpr Guid ValueListGuid{0x97, 0xB1, 0x9F, 0x0D, 0xFC, 0xCE, 0x91, 0x4E,
-                             0xAC, 0xB1, 0x25, 0x35, 0xD9, 0xE5, 0xA8, 0x44};
-constexpr Guid SmiValueGuid{0x58, 0xFC, 0xDA, 0xD8, 0x22, 0x6E, 0xF8, 0x42,
-                            0x99, 0x66, 0x36, 0xFF, 0x78, 0x8C, 0x9C, 0xAF};
-constexpr Guid OtherValueGuid{0x10, 0x32, 0x54, 0x76, 0x98, 0xBA, 0xDC, 0x4E,
-                              0x80, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77};
+// A GUID as it stands in memory: the first three of its groups are little-endian numbers.
+consteval Guid GuidOf(std::string_view text) {
+    constexpr std::size_t places[] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
+    Guid guid{};
+    std::size_t digits = 0;
+    for (const char one : text) {
+        if (one == '-') {
+            continue;
+        }
+        const int value = one <= '9' ? one - '0' : one - 'a' + 10;
+        std::uint8_t& byte = guid.at(places[digits++ / 2]);
+        byte = static_cast<std::uint8_t>(byte << 4 | value);
+    }
+    return guid;
+}
+
+constexpr Guid ChannelGuid = GuidOf("b1de44fc-7946-4982-9b4b-2f8ca45ea792");
+constexpr Guid BufferRecordGuid = GuidOf("d29563e8-cfe1-4d41-8e54-da4322fede5c");
+constexpr Guid ValueListGuid = GuidOf("0d9fb197-cefc-4e91-acb1-2535d9e5a844");
+constexpr Guid SmiValueGuid = GuidOf("d8afdc58-6e22-42f8-9966-36ff788c9caf");
+constexpr Guid OtherValueGuid = GuidOf("76543210-ba98-4edc-8011-223344556677");
 
 // The request record: a header and the payload that its command has.
 constexpr std::size_t StatusOffset = 8;

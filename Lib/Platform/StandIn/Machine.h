@@ -59,6 +59,7 @@ struct Machine {
     ConsoleKind Console = ConsoleKind::Terminal;
     std::uint16_t ConsoleColumns = 80;
     std::uint16_t ConsoleRows = 25;
+    std::string Program;     // path of the program's own file; empty: the file of this process
     std::string StateFolder; // registry, services, drivers, files and mutexes shared there; empty:
                              // kept in the process
     FirmwareKind Firmware = FirmwareKind::None;

@@ -147,15 +147,19 @@ DWORD WINAPI GetModuleFileNameA(HMODULE hModule, LPSTR lpFilename, DWORD nSize) 
         SetLastError(ERROR_INVALID_PARAMETER);
         return 0;
     }
-    char path[4096];
-    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-    if (length <= 0) {
-        SetLastError(ERROR_GEN_FAILURE);
-        return 0;
+    std::string path = MachineGet().Program;
+    if (path.empty()) {
+        char own[4096];
+        const ssize_t length = readlink("/proc/self/exe", own, sizeof own);
+        if (length <= 0) {
+            SetLastError(ERROR_GEN_FAILURE);
+            return 0;
+        }
+        path.assign(own, static_cast<std::size_t>(length));
     }
-    const std::size_t whole = static_cast<std::size_t>(length);
+    const std::size_t whole = path.size();
     const std::size_t given = whole < nSize ? whole : nSize - 1;
-    std::memcpy(lpFilename, path, given);
+    std::memcpy(lpFilename, path.data(), given);
     lpFilename[given] = 0;
     if (given == whole) {
         return static_cast<DWORD>(whole);

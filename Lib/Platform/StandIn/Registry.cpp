@@ -81,7 +81,7 @@ LSTATUS PathBelow(const Place& place, LPCSTR subKey, bool view64, std::string* p
         name.pop_back();
     }
     *path = place.Path.empty() ? name : name.empty() ? place.Path : place.Path + "\\" + name;
-    if (!place.Path.empty() || view64 || place.View64 || MachineGet().Bits != Wow64::Yes) {
+    if (view64 || place.View64 || MachineGet().Bits != Wow64::Yes) {
         return ERROR_SUCCESS;
     }
     // A 32-bit program that doesn't ask for the other view gets the subtree of its own.

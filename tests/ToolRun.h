@@ -1,0 +1,94 @@
+// The library started in this process, and in others beside it.
+#pragma once
+
+#include "Lib/API/RyxLib.h"
+#include "Lib/Platform/Driver.h"
+#include "tests/Support.h"
+
+#include <csignal>
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+// Starts the library with arguments behind the program's name. Where the machine names no program, it is a small file:
+// that of the tests themselves takes long to digest.
+inline RyxStatus Start(const std::vector<std::string>& arguments = {}) {
+    static const TemporaryFolder folder;
+    static const std::string program = folder.Write("Quarrinet.exe", std::string("a program"));
+    if (StandIn::MachineGet().Program.empty()) {
+        StandIn::MachineGet().Program = program;
+    }
+    static std::vector<std::string> words;
+    static std::vector<char*> argv;
+    words = {"Quarrinet"};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    argv.clear();
+    for (std::string& word : words) {
+        argv.push_back(word.data());
+    }
+    const auto count = static_cast<std::uint32_t>(argv.size());
+    argv.push_back(nullptr);
+    return RyxLibInit(count, argv.data());
+}
+
+// A process that does something, tells that it has, and waits until it is let go on or killed.
+class OtherProcess {
+public:
+    // `before` runs at once and its result is Told; `after` runs when the process is let go on.
+    OtherProcess(const std::function<std::uint32_t()>& before, const std::function<void()>& after) {
+        int up[2];
+        int down[2];
+        if (pipe(up) != 0 || pipe(down) != 0) {
+            return;
+        }
+        Process = fork();
+        if (Process == 0) {
+            DriverStateReset(); // the parent's driver is not this process's
+            const std::uint32_t told = before();
+            char go = 0;
+            const bool served = write(up[1], &told, sizeof told) == sizeof told && read(down[0], &go, 1) == 1;
+            if (served) {
+                after();
+            }
+            _exit(served ? 0 : 1);
+        }
+        close(up[1]);
+        close(down[0]);
+        if (read(up[0], &Told, sizeof Told) != sizeof Told) {
+            ADD_FAILURE() << "the other process ended early";
+        }
+        close(up[0]);
+        Go = down[1];
+    }
+
+    ~OtherProcess() { Kill(); }
+    OtherProcess(const OtherProcess&) = delete;
+    OtherProcess& operator=(const OtherProcess&) = delete;
+
+    void LetGoOn() {
+        EXPECT_EQ(write(Go, "g", 1), 1);
+        End();
+    }
+
+    void Kill() {
+        if (Process > 0) {
+            kill(Process, SIGKILL);
+            End();
+        }
+    }
+
+    std::uint32_t Told = 0;
+
+private:
+    void End() {
+        waitpid(Process, nullptr, 0);
+        close(Go);
+        Process = 0;
+    }
+
+    pid_t Process = 0;
+    int Go = -1;
+};
