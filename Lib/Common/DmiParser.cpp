@@ -194,43 +194,46 @@ std::size_t WordAt(const std::uint8_t* bytes) {
     return word;
 }
 
-// Marks the first byte of a word that is zero together with the byte behind it. Bytes above the mark may be marked
-// without cause.
-std::size_t ZeroPairs(const std::uint8_t* bytes) {
-    constexpr std::size_t ones = ~std::size_t{0} / 0xFF;
-    const std::size_t both = WordAt(bytes) | WordAt(bytes + 1);
-    return (both - ones) & ~both & (ones << 7);
-}
-
-// The size of a string set: up to and with the first two zero bytes in a row, or all bytes when there are none. A walk
-// spends its time here. Words are looked through without a branch on single zeros. In the word that ends the set, the
-// end is looked for by branches and not computed: they are foreseen, so that the next structure, whose place they give,
-// is under way before these bytes are there.
-inline std::size_t StringSetSize(std::span<const std::uint8_t> set) {
+// The place behind the structure at a place in a table: behind the two zero bytes that end its string set, or the
+// table's end when there are none. A walk spends its time here. Words are looked through without a branch on single
+// zeros. In the word that ends the set, the end is looked for by branches and not computed: they are foreseen, so that
+// the next structure, whose place they give, is under way before these bytes are there.
+inline std::size_t NextPlace(std::span<const std::uint8_t> table, std::size_t place) {
     constexpr std::size_t step = sizeof(std::size_t);
+    constexpr std::size_t ones = ~std::size_t{0} / 0xFF;
+    constexpr std::size_t highs = ones << 7;
     constexpr std::size_t lowerHalf = ~std::size_t{0} >> (4 * step);
-    const std::uint8_t* const bytes = set.data();
-    std::size_t at = 0;
-    for (; set.size() - at > step; at += step) {
-        if (const std::size_t pairs = ZeroPairs(bytes + at); pairs != 0) {
-            if ((pairs & lowerHalf) == 0) {
-                at += step / 2;
-            }
-            break;
+    const std::uint8_t* const bytes = table.data();
+    const std::size_t wordsEnd = table.size() - std::min(table.size(), step); // a word and a byte fit before it
+    std::size_t at = place + bytes[place + 1];
+    for (; at < wordsEnd; at += step) {
+        // A zero byte of this is one that is zero together with the byte behind it.
+        const std::size_t both = WordAt(bytes + at) | WordAt(bytes + at + 1);
+        if (((both - ones) & highs) == 0) {
+            continue; // no zero byte, and none above 80h
         }
+        // Marks the first zero byte, and perhaps bytes above it.
+        std::size_t zeros = (both - ones) & ~both & highs;
+        if (zeros == 0) {
+            continue;
+        }
+        if ((zeros & lowerHalf) == 0) {
+            for (zeros >>= 4 * step, at += step / 2; (zeros & 0x80) == 0; zeros >>= 8) {
+                ++at;
+            }
+            return at + 2;
+        }
+        for (; (zeros & 0x80) == 0; zeros >>= 8) {
+            ++at;
+        }
+        return at + 2;
     }
-    for (; set.size() - at > 1; ++at) {
+    for (; at + 1 < table.size(); ++at) {
         if (bytes[at] == 0 && bytes[at + 1] == 0) {
             return at + 2;
         }
     }
-    return set.size();
-}
-
-// What follows a structure: the next one and all behind it.
-inline DmiStruct Following(const DmiStruct& structure) {
-    const std::span<const std::uint8_t> set = structure.From(structure.FormattedLength());
-    return DmiStruct(set.subspan(StringSetSize(set)));
+    return table.size();
 }
 
 } // namespace
@@ -264,7 +267,8 @@ void DmiFieldNumberResolve(std::uint32_t field, std::uint16_t* type, std::uint16
 }
 
 bool DmiNextStructGet(DmiStruct* structure) {
-    const DmiStruct next = Following(*structure);
+    const std::span<const std::uint8_t> table = structure->From(0);
+    const DmiStruct next(table.subspan(NextPlace(table, 0)));
     if (!next.Exists()) {
         return false;
     }
@@ -342,9 +346,14 @@ RyxStatus DmiStructAreaGet(const DmiStruct& structure, std::uint8_t offset, RyxB
 }
 
 bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_t instance, DmiStruct* found) {
-    DmiStruct structure({table.Bytes.get(), table.Size});
+    const std::span<const std::uint8_t> bytes(table.Bytes.get(), table.Size);
+    std::size_t place = 0;
     std::uint32_t counted = 1;
-    for (std::uint32_t examined = 0; examined < ExaminedLimit && structure.Exists(); ++examined) {
+    for (std::uint32_t examined = 0; examined < ExaminedLimit; ++examined) {
+        const DmiStruct structure(bytes.subspan(place));
+        if (!structure.Exists()) {
+            return false;
+        }
         if (structure.Type() == type && (structure.Handle() <= 0xFF || type == TypeEndOfTable)) {
             if (counted == instance) {
                 *found = structure;
@@ -352,7 +361,7 @@ bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_
             }
             ++counted;
         }
-        structure = Following(structure);
+        place = NextPlace(bytes, place);
     }
     return false;
 }
