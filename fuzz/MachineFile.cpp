@@ -1,6 +1,6 @@
 // Fuzz target: a machine file, and the program on the machine that it makes.
-// Input: the file. Slashes in values become underscores, so that it reaches nothing but the folder it stands in, which
-// holds `dump`, `rsmb`, `smbios_entry_point` and `DMI`.
+// Input: the file. Slashes and double dots in values become underscores, so that it reaches nothing but the folder it
+// stands in, which holds `dump`, `rsmb`, `smbios_entry_point` and `DMI`.
 #include "Lib/Platform/StandIn/Machine.h"
 #include "Lib/Platform/StandIn/SmbiosBuilder.h"
 #include "fuzz/Harness.h"
@@ -40,11 +40,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const bool written = FilesWrite();
     StandIn::Bytes text(data, data + size);
     bool value = false;
+    std::uint8_t before = 0;
     for (std::uint8_t& character : text) {
         value = character != '\n' && (value || character == '=');
-        if (value && character == '/') {
+        if (value && (character == '/' || (character == '.' && before == '.'))) {
             character = '_';
         }
+        before = character;
     }
     FileWrite("machine", text);
     std::string error;
@@ -64,9 +66,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         LeftoversCheck();
     }
     StartOver({});
-    if (state.size() > WorkFolder().size() + 1 && state.rfind(WorkFolder() + "/", 0) == 0) {
+    const std::filesystem::path folder = std::filesystem::path(state).lexically_normal();
+    if (folder.has_filename() && folder.parent_path() == WorkFolder()) {
         std::error_code ignored;
-        std::filesystem::remove_all(state, ignored);
+        std::filesystem::remove_all(folder, ignored);
         FilesWrite();
     }
     return 0;
