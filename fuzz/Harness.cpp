@@ -43,14 +43,7 @@ void StartOver(StandIn::Machine machine) {
     machine.Faults.push_back({imageSize.value()});
     StandIn::MachineSet(std::move(machine));
     LibraryContextReset();
-    ViewerBinsRelease();
-    ViewerFieldSelected = 0;
-    ViewerFieldCounter = 0;
-    ViewerDecoderRan = 0;
-    ViewerInstanceFirst = 1;
-    ViewerInstanceEnd = 128;
-    ViewerSmbiosMajor = 0;
-    ViewerSmbiosMinor = 0;
+    ViewerStateReset();
 }
 
 void StartWithDriver(StandIn::Machine machine) {

@@ -252,7 +252,7 @@ void LeftoversCheck(const Lines& left, const Lines& allowed) {
 // and over, the first ones, the last ones and some between.
 std::vector<std::uint64_t> CallsToFail(const Course& undisturbed) {
     constexpr std::uint64_t edge = 60;
-    constexpr std::uint64_t samples = 150;
+    constexpr std::uint64_t samples = 300;
     const std::uint64_t listing = undisturbed.ListingEnd - undisturbed.StartEnd;
     const std::uint64_t step = listing / samples + 1;
     std::vector<std::uint64_t> calls;

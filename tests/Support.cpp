@@ -35,14 +35,7 @@ void StartOver(StandIn::Machine machine) {
     DriverRequest(DriverUnload);
     StandIn::MachineSet(std::move(machine));
     LibraryContextReset();
-    ViewerBinsRelease();
-    ViewerFieldSelected = 0;
-    ViewerFieldCounter = 0;
-    ViewerDecoderRan = 0;
-    ViewerInstanceFirst = 1;
-    ViewerInstanceEnd = 128;
-    ViewerSmbiosMajor = 0;
-    ViewerSmbiosMinor = 0;
+    ViewerStateReset();
 }
 
 std::string Decoded(std::uint8_t type, const StandIn::SmbiosBuilder& table, std::uint8_t version,

@@ -34,3 +34,14 @@ void ViewerBinsRelease() {
     KeptBins().clear();
     ViewerBinClear();
 }
+
+void ViewerStateReset() {
+    ViewerBinsRelease();
+    ViewerFieldSelected = 0;
+    ViewerFieldCounter = 0;
+    ViewerDecoderRan = 0;
+    ViewerInstanceFirst = 1;
+    ViewerInstanceEnd = 128;
+    ViewerSmbiosMajor = 0;
+    ViewerSmbiosMinor = 0;
+}

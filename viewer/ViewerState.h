@@ -22,3 +22,7 @@ void ViewerBinKeep(RyxBin* bin);
 
 // Releases every value of the run and clears ViewerFieldBin.
 void ViewerBinsRelease();
+
+// Puts the viewer back to where it is at process start, with a range of every instance, releasing what it keeps. For
+// tests: a process runs the viewer once.
+void ViewerStateReset();

@@ -62,14 +62,14 @@ std::uint32_t DwordAt(const std::uint8_t* bytes) {
 void SegmentScan(const std::uint8_t* segment, AcquisitionState* state) {
     constexpr std::uint32_t paragraph = 16;
     const std::uint32_t anchor = DwordAt(reinterpret_cast<const std::uint8_t*>("_SM_"));
-    const auto anchored = [=](std::uint32_t position) { return DwordAt(segment + position) == anchor; };
+    const auto anchored = [=](std::uint32_t position) { return DwordAt(segment + position) == anchor ? 1U : 0U; };
     for (std::uint32_t position = 0; position <= LastPosition; position += paragraph) {
         while (position + 3 * paragraph <= LastPosition &&
-               !(anchored(position) | anchored(position + paragraph) | anchored(position + 2 * paragraph) |
-                 anchored(position + 3 * paragraph))) {
+               (anchored(position) | anchored(position + paragraph) | anchored(position + 2 * paragraph) |
+                anchored(position + 3 * paragraph)) == 0) {
             position += 4 * paragraph;
         }
-        if (position <= LastPosition && anchored(position) &&
+        if (position <= LastPosition && anchored(position) != 0 &&
             std::memcmp(segment + position + IntermediateOffset, "_DMI_", 5) == 0) {
             std::copy_n(segment + position, EntryPointSize, state->EntryPoint.begin());
             return;

@@ -267,6 +267,9 @@ void DmiFieldNumberResolve(std::uint32_t field, std::uint16_t* type, std::uint16
 }
 
 bool DmiNextStructGet(DmiStruct* structure) {
+    if (!structure->Exists()) {
+        return false;
+    }
     const std::span<const std::uint8_t> table = structure->From(0);
     const DmiStruct next(table.subspan(NextPlace(table, 0)));
     if (!next.Exists()) {

@@ -50,6 +50,28 @@ TEST(Walk, StepsOverStringSetsToTheLastStructure) {
     EXPECT_FALSE(DmiStruct{{}}.Exists());
 }
 
+// The end of a string set lies anywhere: at any distance, behind bytes of any kind, and with single zeros before it.
+TEST(Walk, FindsTheEndOfAStringSetAtEveryPlace) {
+    for (const std::uint8_t filler : {std::uint8_t{1}, std::uint8_t{'a'}, std::uint8_t{0x80}, std::uint8_t{0xFF}}) {
+        for (std::size_t length = 1; length < 40; ++length) {
+            for (std::size_t single = 0; single < length; ++single) {
+                Bytes table{11, 4, 0, 0};
+                table.insert(table.end(), length, filler);
+                table[4 + single] = single + 1 < length ? 0 : filler;
+                table.insert(table.end(), {0, 0, 127, 4, 1, 0, 0, 0});
+                DmiStruct structure{table};
+                ASSERT_TRUE(DmiNextStructGet(&structure)) << length << " " << single;
+                EXPECT_EQ(structure.Type(), 127) << length << " " << single;
+                // The same set cut inside its end is followed by nothing.
+                structure = DmiStruct({table.data(), 4 + length + 1});
+                EXPECT_FALSE(DmiNextStructGet(&structure)) << length << " " << single;
+            }
+        }
+    }
+    DmiStruct none{{}};
+    EXPECT_FALSE(DmiNextStructGet(&none));
+}
+
 TEST(Walk, InstancesCountByHandle) {
     const DmiTableCopy copy = CopyOf(Table);
     DmiStruct found{{}};
