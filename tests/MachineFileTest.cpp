@@ -108,7 +108,7 @@ TEST(MachineFile, EveryKeyIsUnderstood) {
         EXPECT_FALSE(machine.Administrator);
         EXPECT_EQ(machine.Processors, 12U);
         EXPECT_EQ(machine.WindowsMajor * 100 + machine.WindowsMinor, 601U);
-        EXPECT_EQ(machine.Bits, Wow64::Unknown);
+        EXPECT_EQ(machine.UnderWow64, Wow64::Unknown);
         EXPECT_EQ(machine.Console, ConsoleKind::Fixed);
         EXPECT_EQ(machine.ConsoleColumns, 132);
         EXPECT_EQ(machine.ConsoleRows, 50);

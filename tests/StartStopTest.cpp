@@ -256,7 +256,7 @@ TEST(DriverLoading, FileGoesBesideTheExecutableAndIsTheSystemsOwn) {
                                                               {StandIn::Wow64::Unknown, "\\RyxLib.sys"}};
     for (const auto& [bits, name] : systems) {
         Machine machine;
-        machine.Bits = bits;
+        machine.UnderWow64 = bits;
         StartOver(machine);
         ASSERT_EQ(DriverRequest(DriverLoad), RyxOk);
         const std::string temporary = DriverFile();

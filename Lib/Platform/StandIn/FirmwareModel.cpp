@@ -311,7 +311,7 @@ void FirmwareSmi(std::uint8_t value) {
     }
 }
 
-std::uint32_t FirmwareVariableRead(const std::u16string& name, Bytes* data) {
+std::uint32_t VendorVariableRead(const std::u16string& name, Bytes* data) {
     Session& session = Current();
     if (name == u"OpenSessionId") {
         session.Open = true;
@@ -321,13 +321,13 @@ std::uint32_t FirmwareVariableRead(const std::u16string& name, Bytes* data) {
         return ERROR_SUCCESS;
     }
     if (!session.Open || name != AnswerName()) {
-        return FirmwareVariableUnknown;
+        return VendorVariableUnknown;
     }
     *data = session.Answer;
     return session.Answer.empty() ? ERROR_ENVVAR_NOT_FOUND : ERROR_SUCCESS;
 }
 
-std::uint32_t FirmwareVariableWrite(const std::u16string& name, const Bytes& data) {
+std::uint32_t VendorVariableWrite(const std::u16string& name, const Bytes& data) {
     Session& session = Current();
     const Bytes identifier = SessionIdentifier();
     if (name == u"CloseSessionId") {
@@ -338,7 +338,7 @@ std::uint32_t FirmwareVariableWrite(const std::u16string& name, const Bytes& dat
         return ERROR_SUCCESS;
     }
     if (name != u"FlashCommunication") {
-        return FirmwareVariableUnknown;
+        return VendorVariableUnknown;
     }
     if (!session.Open || data.size() != identifier.size() + LargestRecord ||
         !std::equal(identifier.begin(), identifier.end(), data.begin())) {

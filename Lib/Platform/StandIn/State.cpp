@@ -130,13 +130,13 @@ bool StateLineRead(const std::string& line, SharedState* state) {
         }
         state->Keys[Lower(path)].Path = path;
     } else if (kind == "value") {
-        RegistryValue value;
+        StoredValue value;
         std::string path;
         words >> second >> value.Type >> data;
         if (!words || !Unescaped(first, &path) || !Unescaped(second, &value.Name) || !HexRead(data, &value.Data)) {
             return false;
         }
-        RegistryKey& key = state->Keys[Lower(path)];
+        StoredKey& key = state->Keys[Lower(path)];
         key.Path = path;
         key.Values[Lower(value.Name)] = value;
     } else if (kind == "service") {
@@ -216,6 +216,11 @@ SharedState& OwnState() {
 }
 
 } // namespace
+
+bool DriverDeviceExists(const SharedState& state, std::string_view name) {
+    return Lower(name) == "ryxlib" && std::any_of(state.Services.begin(), state.Services.end(),
+                                                  [](const auto& one) { return one.second.Running; });
+}
 
 void OwnStateForget() {
     OwnState() = SharedState{};
