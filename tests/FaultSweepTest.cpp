@@ -1,6 +1,6 @@
 // The fault sweep: a whole run, once per platform call with that call failing.
 #include "Lib/API/RyxLib.h"
-#include "Lib/Common/LibraryContext.h"
+#include "Lib/Common/LibraryReset.h"
 #include "Lib/Platform/StandIn/Handles.h"
 #include "Lib/Platform/StandIn/Mutexes.h"
 #include "Lib/Platform/StandIn/State.h"
@@ -59,7 +59,7 @@ void ProcessEnd() {
     StandIn::HandlesForget();
     StandIn::MutexesForget();
     StandIn::Process() = StandIn::ProcessState{};
-    LibraryContextReset();
+    LibraryReset();
 }
 
 Lines LinesOf(const std::string& text) {

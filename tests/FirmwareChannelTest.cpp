@@ -92,7 +92,7 @@ void ScriptedFirmware(std::uint32_t phase) {
         EXPECT_EQ(header.Status, FirmwareStatusPending);
         EXPECT_EQ(header.Reserved, 0U);
         constexpr Guid channel = GuidFromText("b1de44fc-7946-4982-9b4b-2f8ca45ea792");
-        EXPECT_EQ(std::memcmp(header.Channel, channel.data(), channel.size()), 0);
+        EXPECT_EQ(header.Channel, channel);
         return;
     }
     Commands.push_back(header.Command);

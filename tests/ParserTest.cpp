@@ -2,7 +2,6 @@
 #include "Lib/API/RyxSmbios.h"
 #include "Lib/Common/DmiFieldTable.h"
 #include "Lib/Common/DmiParser.h"
-#include "Lib/Common/LibraryContext.h"
 #include "Lib/Platform/Driver.h"
 #include "tests/Support.h"
 

@@ -2,6 +2,7 @@
 #include "Lib/API/RyxLib.h"
 #include "Lib/Common/Instance.h"
 #include "Lib/Common/LibraryContext.h"
+#include "Lib/Common/PowerRequest.h"
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/Registry.h"
 #include "Lib/Platform/StandIn/State.h"
@@ -356,10 +357,10 @@ TEST(Power, AsksByVersion) {
         StartOver(machine);
         EXPECT_EQ(PowerRequest(6), RyxOk);
         EXPECT_EQ(StandIn::Process().ExecutionState, state);
-        EXPECT_EQ(InstanceStateGet().ExecutionState, major >= 5 ? 1U : 0U);
+        EXPECT_EQ(PowerExecutionState(), major >= 5 ? 1U : 0U);
         EXPECT_EQ(PowerRequest(7), RyxOk);
         EXPECT_EQ(StandIn::Process().ExecutionState, 0x80000000U);
-        EXPECT_EQ(InstanceStateGet().ExecutionState, 0U);
+        EXPECT_EQ(PowerExecutionState(), 0U);
     }
     EXPECT_EQ(PowerRequest(0), RyxErrorUnsupported);
     EXPECT_EQ(PowerRequest(10), RyxErrorUnsupported);

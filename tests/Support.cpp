@@ -3,6 +3,7 @@
 
 #include "Lib/API/RyxOption.h"
 #include "Lib/Common/LibraryContext.h"
+#include "Lib/Common/LibraryReset.h"
 #include "Lib/Platform/Driver.h"
 #include "viewer/StructDispatch.h"
 #include "viewer/ViewerMain.h"
@@ -34,7 +35,7 @@ std::string ContentOf(int file) {
 void StartOver(StandIn::Machine machine) {
     DriverRequest(DriverUnload);
     StandIn::MachineSet(std::move(machine));
-    LibraryContextReset();
+    LibraryReset();
     ViewerStateReset();
 }
 

@@ -2,7 +2,7 @@
 #include "Lib/API/RyxArg.h"
 #include "Lib/API/RyxOption.h"
 #include "Lib/Common/Argument.h"
-#include "Lib/Common/LibraryContext.h"
+#include "Lib/Common/LibraryReset.h"
 #include "tests/library/Support.h"
 
 #include <filesystem>
@@ -14,17 +14,17 @@ namespace {
 class CommandLine : public testing::Test {
 protected:
     void SetUp() override {
-        LibraryContextReset();
+        LibraryReset();
         Before = std::filesystem::current_path();
         std::filesystem::current_path(Folder.Path);
     }
     void TearDown() override {
-        LibraryContextReset();
+        LibraryReset();
         std::filesystem::current_path(Before);
     }
 
     void Given(std::vector<std::string> words) {
-        LibraryContextReset();
+        LibraryReset();
         Words = std::move(words);
         Words.insert(Words.begin(), "Quarrinet");
         Argv.clear();

@@ -3,7 +3,6 @@
 #include "Lib/API/RyxSmbios.h"
 #include "Lib/Common/DmiFieldTable.h"
 #include "Lib/Common/DmiParser.h"
-#include "Lib/Common/LibraryContext.h"
 
 #include <algorithm>
 #include <cstring>
@@ -22,7 +21,7 @@ const Bytes Table{11,  5, 0x10, 0,    2, 'a', 0,    'b', 'c', 0, 0,             
                   127, 4, 0xFE, 0xFF, 0, 0,   0xAA, 0xBB};
 
 DmiTableCopy CopyOf(const Bytes& bytes) {
-    DmiTableCopy copy{std::make_unique<std::uint8_t[]>(bytes.size()), static_cast<std::uint32_t>(bytes.size())};
+    DmiTableCopy copy{std::make_unique<std::uint8_t[]>(bytes.size()), static_cast<std::uint32_t>(bytes.size()), 28};
     std::copy(bytes.begin(), bytes.end(), copy.Bytes.get());
     return copy;
 }
@@ -85,7 +84,6 @@ TEST(Walk, InstancesCountByHandle) {
 }
 
 TEST(Walk, FieldsAreBoundedByStructureVersionAndTable) {
-    LibraryContextGet().Acquisition.Version = 28;
     DmiStruct system{{}};
     const DmiTableCopy copy = CopyOf(Table);
     ASSERT_TRUE(DmiInstanceFind(copy, 1, 1, &system));
@@ -98,12 +96,11 @@ TEST(Walk, FieldsAreBoundedByStructureVersionAndTable) {
 
     // The same structure, but the table ends inside its last string, and then inside its formatted area.
     const Bytes cut(Table.begin() + 11, Table.begin() + 22);
-    EXPECT_EQ(Field(DmiStruct{cut}, 1, 4), std::string("p\0", 2)) << "the NUL is missing";
-    EXPECT_EQ(Field(DmiStruct{Bytes(cut.begin(), cut.begin() + 5)}, 1, 4, RyxErrorUnsupported), "");
+    EXPECT_EQ(Field(DmiStruct{cut, 28}, 1, 4), std::string("p\0", 2)) << "the NUL is missing";
+    EXPECT_EQ(Field(DmiStruct{Bytes(cut.begin(), cut.begin() + 5), 28}, 1, 4, RyxErrorUnsupported), "");
 
-    LibraryContextGet().Acquisition.Version = 19;
-    EXPECT_EQ(Field(system, 1, 3, RyxErrorUnsupported), "") << "an older standard than the field's";
-    LibraryContextReset();
+    EXPECT_EQ(Field(DmiStruct{system.From(0), 19}, 1, 3, RyxErrorUnsupported), "")
+        << "an older standard than the field's";
 }
 
 // The table is well formed: offsets grow, types are contiguous, every type begins with its header rows.
