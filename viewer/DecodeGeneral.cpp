@@ -1,6 +1,6 @@
-// Decoders of structures that list strings, languages, members and additions, and of those that say something about the
-// table itself (types 11 to 14, 40, 41, 126 and 127). Of most lists they show what the field rows name: the count or
-// the first item.
+// Decoders of string lists, languages, groups, additional information, extended onboard device information, and the
+// marks of inactive structures and of the table's end (types 11 to 14, 40, 41, 126 and 127). Of the lists of types 11
+// to 14 they show what the field rows name: the count or the first item.
 #include "Lib/API/RyxPrint.h"
 #include "viewer/Decoders.h"
 

@@ -5,6 +5,12 @@
 
 namespace {
 
+// Ends a line with a size in KB, MB and GB.
+void CapacityPrint(std::uint32_t kilobytes) {
+    RyxPrintf("- %dKB, %dMB, %dGB\n", static_cast<std::int32_t>(kilobytes), static_cast<std::int32_t>(kilobytes >> 10),
+              static_cast<std::int32_t>(kilobytes >> 20));
+}
+
 // Type 16, Physical Memory Array.
 
 constexpr const char* ArrayLocationLow[] = {

@@ -3,7 +3,10 @@
 #include "viewer/Decoders.h"
 #include "viewer/VoltageNames.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <functional>
+#include <iterator>
 
 namespace {
 
@@ -218,8 +221,8 @@ constexpr TextCode ProcessorFamilyTexts[] = {
 
 constexpr std::uint64_t FamilyEnd = 0x200;
 
-static_assert(std::is_sorted(std::begin(ProcessorFamilyTexts), std::end(ProcessorFamilyTexts),
-                             [](const TextCode& a, const TextCode& b) { return a.Code <= b.Code; }),
+static_assert(std::ranges::adjacent_find(ProcessorFamilyTexts, std::ranges::greater_equal(), &TextCode::Code) ==
+                  std::end(ProcessorFamilyTexts),
               "a family code stands twice or out of order");
 
 void FamilyPrint(const DecoderField& field, const FieldValue& value) {

@@ -85,8 +85,3 @@ FieldOutcome StringShow(const DecoderField& field, const StructPlace& place) {
     RyxPrintf(field.Format + at + 2);
     return FieldOutcome::Printed;
 }
-
-void CapacityPrint(std::uint32_t kilobytes) {
-    RyxPrintf("- %dKB, %dMB, %dGB\n", static_cast<std::int32_t>(kilobytes), static_cast<std::int32_t>(kilobytes >> 10),
-              static_cast<std::int32_t>(kilobytes >> 20));
-}

@@ -54,9 +54,6 @@ void MarkPrint(const DecoderField& field, const FieldValue& value);
 void BytesPrint(const DecoderField& field, const FieldValue& value);
 FieldOutcome StringShow(const DecoderField& field, const StructPlace& place);
 
-// Ends a line with a size in KB, MB and GB.
-void CapacityPrint(std::uint32_t kilobytes);
-
 // A string: Format takes the text. Printed whole, whatever its length.
 constexpr DecoderField StringField(std::uint8_t row, const char* format) {
     return {.Row = row, .Show = StringShow, .Format = format};

@@ -2,6 +2,7 @@
 #include "viewer/ViewerState.h"
 
 #include <new>
+#include <utility>
 
 std::int64_t ViewerFieldSelected = 0;
 std::uint8_t ViewerFieldCounter = 0;
