@@ -53,7 +53,7 @@ TEST(SampleListing, ShowsEveryFieldAlone) {
         for (int field = 1; field <= count + 1; ++field) {
             ViewerFieldSelected = field;
             ViewerFieldCounter = 0;
-            const std::string output = Captured([type = type] { StructDecoderTable[type](); });
+            const std::string output = Captured([type = type] { (*StructDecoderTable[type])(); });
             const bool silent = field > count || std::pair(type, field) == SilentField;
             EXPECT_EQ(output.find_first_not_of('\n') == std::string::npos, silent) << type << ", field " << field;
             EXPECT_EQ(ViewerFieldCounter >= field, field <= count) << type << ", field " << field;

@@ -48,7 +48,7 @@ std::string Decoded(std::uint8_t type, const StandIn::SmbiosBuilder& table, std:
     ViewerFieldSelected = selection.Field;
     ViewerInstanceFirst = selection.InstanceFirst;
     ViewerInstanceEnd = selection.InstanceEnd;
-    std::string output = Captured([type] { EXPECT_EQ(StructDecoderTable[type](), RyxOk); });
+    std::string output = Captured([type] { EXPECT_EQ((*StructDecoderTable[type])(), RyxOk); });
     ViewerBinsRelease();
     DriverRequest(DriverUnload);
     return output;
