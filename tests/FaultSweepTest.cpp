@@ -287,8 +287,6 @@ struct SweepCase {
     std::vector<std::string> Arguments;
 };
 
-} // namespace
-
 TEST(FaultSweep, EveryCallFailsOnce) {
     const SweepCase cases[] = {
         {"no firmware", FirmwareKind::None, true, {"/eps", "/type"}},
@@ -354,3 +352,5 @@ TEST(FaultSweep, EveryCallFailsOnce) {
     std::cout << "fault sweep: " << failed << " of " << all << " calls failed, one a run; " << outcomes.size()
               << " distinct outcomes\n";
 }
+
+} // namespace

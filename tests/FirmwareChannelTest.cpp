@@ -11,6 +11,7 @@
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/Mutex.h"
+#include "Lib/Platform/StandIn/AcpiBuilder.h"
 #include "Lib/Platform/StandIn/State.h"
 #include "tests/Support.h"
 #include "tests/ToolRun.h"
@@ -22,7 +23,9 @@
 
 namespace {
 
+using StandIn::AcpiBuilder;
 using StandIn::Bytes;
+using StandIn::BytesPut;
 using StandIn::FirmwareKind;
 using StandIn::Machine;
 
@@ -44,33 +47,17 @@ Machine MachineOf(FirmwareKind kind) {
     return machine;
 }
 
-template <typename Value> void Put(Bytes& bytes, std::size_t offset, Value value) {
-    std::memcpy(&bytes[offset], &value, sizeof value);
-}
-
-Bytes Table(const std::string& signature, std::uint32_t size) {
-    Bytes table(size);
-    std::copy(signature.begin(), signature.end(), table.begin());
-    Put(table, 4, size);
-    return table;
-}
-
 // A machine whose tables name a port and, if wanted, a communication buffer, with no firmware behind it.
 Machine BareMachine(bool buffer) {
-    Bytes pointer(36);
-    std::memcpy(pointer.data(), "RSD PTR ", 8);
-    Put(pointer, 16, std::uint32_t{0x80000});
-    Bytes root = Table("RSDT", 44);
-    Put(root, 36, std::uint32_t{0x81000});
-    Put(root, 40, std::uint32_t{0x82000});
-    Bytes fadt = Table("FACP", 132);
-    Put(fadt, 48, std::uint16_t{0xB2});
-    Bytes maker = Table(buffer ? "BATB" : "OEM0", 70);
     constexpr Guid guid = GuidFromText("d29563e8-cfe1-4d41-8e54-da4322fede5c");
-    std::copy(guid.begin(), guid.end(), maker.begin() + 36);
-    Put(maker, 54, Buffer);
+    AcpiBuilder fadt("FACP", 132);
+    AcpiBuilder maker(buffer ? "BATB" : "OEM0", 70);
     Machine machine;
-    machine.Memory = {{0xF0000, pointer}, {0x80000, root}, {0x81000, fadt}, {0x82000, maker}, {Buffer, Bytes(0x1000)}};
+    machine.Memory = {{0xF0000, StandIn::AcpiRootPointer(0, 0x80000)},
+                      {0x80000, StandIn::AcpiRootTable<std::uint32_t>({0x81000, 0x82000})},
+                      {0x81000, fadt.Put(48, std::uint16_t{0xB2}).Table()},
+                      {0x82000, maker.Put(36, guid).Put(54, Buffer).Table()},
+                      {Buffer, Bytes(0x1000)}};
     return machine;
 }
 
@@ -109,10 +96,10 @@ void ScriptedFirmware(std::uint32_t phase) {
 
 Bytes PlatformInfo(std::uint64_t identifier, std::uint64_t bufferSize, std::uint8_t flags) {
     Bytes info(64);
-    Put(info, 0, identifier);
-    Put(info, 8, std::uint64_t{0x1111});
-    Put(info, 40, std::uint64_t{0x5555});
-    Put(info, 48, bufferSize);
+    BytesPut(info, 0, identifier);
+    BytesPut(info, 8, std::uint64_t{0x1111});
+    BytesPut(info, 40, std::uint64_t{0x5555});
+    BytesPut(info, 48, bufferSize);
     info[56] = flags;
     return info;
 }

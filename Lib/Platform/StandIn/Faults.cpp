@@ -4,7 +4,7 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <utility>
+#include <map>
 
 namespace StandIn {
 
@@ -12,15 +12,10 @@ constinit CallRecord Calls{};
 
 namespace {
 
-// The driver's codes have consecutive function numbers; every other code is kept in a list.
-constexpr std::uint32_t FirstDriverCode = 0x222180;
-constexpr std::uint32_t DriverCodes = 0x58;
-
 thread_local DWORD LastError = 0;
 
-constinit std::array<std::uint64_t, DriverCodes> DriverCodeCounts{};
-std::vector<std::pair<std::uint32_t, std::uint64_t>>& OtherCodeCounts() {
-    static std::vector<std::pair<std::uint32_t, std::uint64_t>> counts;
+std::map<std::uint32_t, std::uint64_t>& CodeCounts() {
+    static std::map<std::uint32_t, std::uint64_t> counts;
     return counts;
 }
 
@@ -55,24 +50,12 @@ bool FailFalse(std::uint32_t error) {
 }
 
 void ControlSeen(std::uint32_t code) {
-    if (code - FirstDriverCode < DriverCodes) {
-        ++DriverCodeCounts[code - FirstDriverCode];
-        return;
-    }
-    auto& others = OtherCodeCounts();
-    const auto found =
-        std::find_if(others.begin(), others.end(), [code](const auto& one) { return one.first == code; });
-    if (found == others.end()) {
-        others.emplace_back(code, 1);
-    } else {
-        ++found->second;
-    }
+    ++CodeCounts()[code];
 }
 
 void CallsForget() {
     Calls = CallRecord{};
-    DriverCodeCounts = {};
-    OtherCodeCounts().clear();
+    CodeCounts().clear();
 }
 
 std::uint64_t CallCount(Operation operation) {
@@ -85,15 +68,8 @@ std::uint64_t CallCount(std::string_view operation) {
 }
 
 std::uint64_t ControlCount(std::uint32_t code) {
-    if (code - FirstDriverCode < DriverCodes) {
-        return DriverCodeCounts[code - FirstDriverCode];
-    }
-    for (const auto& [other, count] : OtherCodeCounts()) {
-        if (other == code) {
-            return count;
-        }
-    }
-    return 0;
+    const auto found = CodeCounts().find(code);
+    return found != CodeCounts().end() ? found->second : 0;
 }
 
 std::uint64_t CallTotal() {

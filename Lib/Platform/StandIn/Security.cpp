@@ -123,6 +123,18 @@ SECURITY_DESCRIPTOR* DescriptorOf(PSECURITY_DESCRIPTOR value) {
     return descriptor;
 }
 
+// Sets the owner or the group of a descriptor.
+BOOL PartSet(Operation operation, PSECURITY_DESCRIPTOR value, PSID SECURITY_DESCRIPTOR::*part, PSID sid) {
+    if (FailsWith(operation, ERROR_INVALID_SECURITY_DESCR)) {
+        return FALSE;
+    }
+    SECURITY_DESCRIPTOR* const descriptor = DescriptorOf(value);
+    if (descriptor != nullptr) {
+        descriptor->*part = sid;
+    }
+    return descriptor != nullptr;
+}
+
 } // namespace
 
 BOOL WINAPI OpenProcessToken(HANDLE ProcessHandleGiven, DWORD DesiredAccess, PHANDLE TokenHandle) {
@@ -286,25 +298,11 @@ BOOL WINAPI SetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR pSecurityDescriptor, 
 }
 
 BOOL WINAPI SetSecurityDescriptorOwner(PSECURITY_DESCRIPTOR pSecurityDescriptor, PSID pOwner, BOOL) {
-    if (FailsWith(Named("SetSecurityDescriptorOwner"), ERROR_INVALID_SECURITY_DESCR)) {
-        return FALSE;
-    }
-    SECURITY_DESCRIPTOR* const descriptor = DescriptorOf(pSecurityDescriptor);
-    if (descriptor != nullptr) {
-        descriptor->Owner = pOwner;
-    }
-    return descriptor != nullptr;
+    return PartSet(Named("SetSecurityDescriptorOwner"), pSecurityDescriptor, &SECURITY_DESCRIPTOR::Owner, pOwner);
 }
 
 BOOL WINAPI SetSecurityDescriptorGroup(PSECURITY_DESCRIPTOR pSecurityDescriptor, PSID pGroup, BOOL) {
-    if (FailsWith(Named("SetSecurityDescriptorGroup"), ERROR_INVALID_SECURITY_DESCR)) {
-        return FALSE;
-    }
-    SECURITY_DESCRIPTOR* const descriptor = DescriptorOf(pSecurityDescriptor);
-    if (descriptor != nullptr) {
-        descriptor->Group = pGroup;
-    }
-    return descriptor != nullptr;
+    return PartSet(Named("SetSecurityDescriptorGroup"), pSecurityDescriptor, &SECURITY_DESCRIPTOR::Group, pGroup);
 }
 
 BOOL WINAPI AccessCheck(PSECURITY_DESCRIPTOR pSecurityDescriptor, HANDLE ClientToken, DWORD DesiredAccess,

@@ -231,14 +231,7 @@ SharedAccess::SharedAccess() : State(&OwnState()) {
         return;
     }
     State = &Loaded;
-    LockFile = FolderLockTake();
-    ErrorNumber = LockFile < 0 ? ERROR_ACCESS_DENIED : StateRead(&Loaded);
-}
-
-SharedAccess::~SharedAccess() {
-    if (LockFile >= 0) {
-        close(LockFile);
-    }
+    ErrorNumber = Lock.Locked() ? StateRead(&Loaded) : ERROR_ACCESS_DENIED;
 }
 
 std::uint32_t SharedAccess::Commit() {

@@ -50,13 +50,24 @@ struct SharedState {
 // Whether a started driver's device stands behind that name (without its prefix).
 bool DriverDeviceExists(const SharedState& state, std::string_view name);
 
+// Exclusive access to the state folder; nothing when there is no folder. Not to be nested.
+class FolderLock {
+public:
+    FolderLock();
+    ~FolderLock();
+    FolderLock(const FolderLock&) = delete;
+    FolderLock& operator=(const FolderLock&) = delete;
+
+    bool Locked() const { return LockFile >= 0; }
+
+private:
+    int LockFile;
+};
+
 // Exclusive access to the shared state for as long as the object lives. Not to be nested.
 class SharedAccess {
 public:
     SharedAccess();
-    ~SharedAccess();
-    SharedAccess(const SharedAccess&) = delete;
-    SharedAccess& operator=(const SharedAccess&) = delete;
 
     // Why the state can't be used, as an error number; 0 when it can.
     std::uint32_t Error() const { return ErrorNumber; }
@@ -69,24 +80,10 @@ public:
     std::uint32_t Commit();
 
 private:
+    FolderLock Lock;
     SharedState* State;
     SharedState Loaded;
-    int LockFile = -1;
     std::uint32_t ErrorNumber = 0;
-};
-
-// Exclusive access to the state folder without the state; nothing when there is no folder.
-class FolderLock {
-public:
-    FolderLock();
-    ~FolderLock();
-    FolderLock(const FolderLock&) = delete;
-    FolderLock& operator=(const FolderLock&) = delete;
-
-    bool Locked() const { return LockFile >= 0; }
-
-private:
-    int LockFile;
 };
 
 // What belongs to this process alone and goes with the machine.
