@@ -195,9 +195,8 @@ inline std::size_t DmiStruct::SetEnd() const {
     constexpr std::size_t highs = ones << 7;
     constexpr std::size_t lowerHalf = ~std::size_t{0} >> (4 * step);
     const std::uint8_t* bytes = Rest.data();
-    const std::size_t wordsEnd = Rest.size() - std::min(Rest.size(), step); // a word and a byte fit before it
     std::size_t at = FormattedLength();
-    for (; at < wordsEnd; at += step) {
+    for (; at + step < Rest.size(); at += step) { // a word and a byte fit
         // A zero byte of this is one that is zero together with the byte behind it.
         const std::size_t both = WordAt(bytes + at) | WordAt(bytes + at + 1);
         if (((both - ones) & highs) == 0) {
@@ -209,8 +208,10 @@ inline std::size_t DmiStruct::SetEnd() const {
             continue;
         }
         if ((zeros & lowerHalf) == 0) {
-            zeros >>= 4 * step;
-            at += step / 2;
+            for (zeros >>= 4 * step, at += step / 2; (zeros & 0x80) == 0; zeros >>= 8) {
+                ++at;
+            }
+            return at + 2;
         }
         for (; (zeros & 0x80) == 0; zeros >>= 8) {
             ++at;
@@ -258,7 +259,7 @@ bool DmiNextStructGet(DmiStruct* structure) {
         return false;
     }
     const DmiStruct next = structure->Next();
-    if (!next.Exists()) {
+    if (!next.Exists()) [[unlikely]] {
         return false;
     }
     *structure = next;
@@ -340,15 +341,19 @@ RyxStatus DmiStructAreaGet(const DmiStruct& structure, std::uint8_t offset, RyxB
 bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_t instance, DmiStruct* found) {
     DmiStruct structure({table.Bytes.get(), table.Size}, table.Version);
     std::uint32_t counted = 1;
-    std::uint32_t examined = 1;
-    bool more = structure.Exists();
-    for (; more && examined <= ExaminedLimit; ++examined, more = DmiNextStructGet(&structure)) {
+    if (!structure.Exists()) {
+        return false;
+    }
+    for (std::uint32_t examined = 0; examined < ExaminedLimit; ++examined) {
         if (structure.Type() == type && (structure.Handle() <= 0xFF || type == TypeEndOfTable)) {
             if (counted == instance) {
                 *found = structure;
                 return true;
             }
             ++counted;
+        }
+        if (!DmiNextStructGet(&structure)) {
+            return false;
         }
     }
     return false;
