@@ -94,10 +94,10 @@ FieldOutcome EventLogDescriptorsShow(const DecoderField& field, const StructPlac
     for (std::size_t i = 0; i < shown; ++i) {
         const std::uint8_t logType = list.Bytes[2 * i];
         const std::uint8_t dataFormat = list.Bytes[2 * i + 1];
-        RyxPrintf("%02d.  Log Type : 0x%02x - %s\n", static_cast<int>(i + 1), logType,
-                  TextFind(EventLogTypeTexts, logType));
-        RyxPrintf("     Variable Data Format Type : 0x%02x - %s\n", dataFormat,
-                  TextFind(EventLogDataFormatTexts, dataFormat));
+        RyxPrintf("%02d.  Log Type : 0x%02x - ", static_cast<int>(i + 1), logType);
+        RyxPrintf("%s\n", TextFind(EventLogTypeTexts, logType));
+        RyxPrintf("     Variable Data Format Type : 0x%02x - ", dataFormat);
+        RyxPrintf("%s\n", TextFind(EventLogDataFormatTexts, dataFormat));
     }
     return FieldOutcome::Printed;
 }
@@ -110,7 +110,7 @@ constexpr DecoderField Type15Fields[] = {
     BitsField(7, "Log Status : 0x%02X\n", EventLogStatusNames),
     NumberField(8, "Log Change Token : 0x%08X (%d)\n"),
     NumberField(9, "Access Method Address : 0x%08X (%d)\n"),
-    TextField(10, "Log Header Format : 0x%02X - %s\n", EventLogHeaderFormatTexts),
+    TextLineField(10, "Log Header Format : 0x%02X - ", EventLogHeaderFormatTexts),
     NumberField(EventLogDescriptorCountRow, "Number of Supported Log Type Descriptors : 0x%02X (%02d)\n"),
     NumberField(12, "Length of each Log Type Descriptor : 0x%02X (%02d)\n"),
     OwnField(13, EventLogDescriptorsShow),
@@ -209,7 +209,8 @@ constexpr TextTable BootStatusTexts{BootStatusLowTexts, BootStatusRanges};
 void BootStatusPrint(const DecoderField& field, const FieldValue& value) {
     RyxPrintf(field.Format);
     for (const std::uint8_t status : value.Bytes) {
-        RyxPrintf("0x%02x - %s\n", status, TextFind(BootStatusTexts, status));
+        RyxPrintf("0x%02x - ", status);
+        RyxPrintf("%s\n", TextFind(BootStatusTexts, status));
     }
 }
 

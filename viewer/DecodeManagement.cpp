@@ -139,7 +139,7 @@ FieldOutcome HostInterfaceDataShow(const DecoderField& field, const StructPlace&
 }
 
 constexpr DecoderField Type42Fields[] = {
-    TextField(InterfaceTypeRow, "Interface Type : 0x%02X - %s\n", HostInterfaceTypeTexts),
+    TextLineField(InterfaceTypeRow, "Interface Type : 0x%02X ", HostInterfaceTypeTexts, "- %s\n"),
     OwnField(4, HostInterfaceDataShow),
 };
 

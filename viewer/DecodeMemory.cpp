@@ -5,10 +5,10 @@
 
 namespace {
 
-// Ends a line with a size in KB, MB and GB.
-void CapacityPrint(std::uint32_t kilobytes) {
-    RyxPrintf("- %dKB, %dMB, %dGB\n", static_cast<std::int32_t>(kilobytes), static_cast<std::int32_t>(kilobytes >> 10),
-              static_cast<std::int32_t>(kilobytes >> 20));
+// A value as it is stored, and the size that it states in KB, MB and GB.
+void CapacityPrint(const DecoderField& field, const FieldValue& value, std::uint32_t kilobytes) {
+    RyxPrintf(field.Format, static_cast<std::uint32_t>(value.Number), static_cast<std::int32_t>(kilobytes),
+              static_cast<std::int32_t>(kilobytes >> 10), static_cast<std::int32_t>(kilobytes >> 20));
 }
 
 // Type 16, Physical Memory Array.
@@ -46,15 +46,14 @@ constexpr const char* ArrayErrorCorrectionTexts[] = {
 
 // A capacity in KB. 80000000h, which refers to the extended capacity, is shown like any other.
 void ArrayCapacityPrint(const DecoderField& field, const FieldValue& value) {
-    NumberPrint(field, value);
-    CapacityPrint(static_cast<std::uint32_t>(value.Number));
+    CapacityPrint(field, value, static_cast<std::uint32_t>(value.Number));
 }
 
 constexpr DecoderField Type16Fields[] = {
-    TextField(3, "Location : 0x%02X - %s\n", ArrayLocationTexts),
+    TextLineField(3, "Location : 0x%02X - ", ArrayLocationTexts),
     TextField(4, "Use : 0x%02X - %s \n", ArrayUseTexts),
     TextField(5, "Memory Error Correction : 0x%02X - %s \n", ArrayErrorCorrectionTexts),
-    OwnField(6, ArrayCapacityPrint, "Maximum Capacity : 0x%08X "),
+    OwnField(6, ArrayCapacityPrint, "Maximum Capacity : 0x%08X - %dKB, %dMB, %dGB\n"),
     NumberField(7, "Memory Error Information Handle : 0x%04X (%02d)\n"),
     NumberField(8, "Number of Memory Devices : 0x%04X (%02d)\n"),
     NumberField(9, "Extended Maximum Capacity : 0x%llx (%lld)\n"),
@@ -95,8 +94,7 @@ constexpr const char* MemoryTypeDetailNames[] = {
 
 // A size in MB. The whole word counts: neither the KB flag nor the special values are read out of it.
 void MemorySizePrint(const DecoderField& field, const FieldValue& value) {
-    NumberPrint(field, value);
-    CapacityPrint(static_cast<std::uint32_t>(value.Number) << 10);
+    CapacityPrint(field, value, static_cast<std::uint32_t>(value.Number) << 10);
 }
 
 constexpr DecoderField Type17Fields[] = {
@@ -104,7 +102,7 @@ constexpr DecoderField Type17Fields[] = {
     NumberField(4, "Memory Error Information Handle : 0x%04X\n"),
     NumberField(5, "Total Width : 0x%04X (%02d)bits\n"),
     NumberField(6, "Data Width : 0x%04X (%02d)bits\n"),
-    OwnField(7, MemorySizePrint, "Size : 0x%04X "),
+    OwnField(7, MemorySizePrint, "Size : 0x%04X - %dKB, %dMB, %dGB\n"),
     TextField(8, "Form Factor : 0x%02X - %s \n", MemoryFormFactorTexts),
     NumberField(9, "Device Set : 0x%02X (%02d)\n"),
     StringField(10, "Device Locator : %s\n"),
@@ -170,7 +168,9 @@ constexpr DecoderField Type18Fields[] = {
 void MappedAddressPrint(const DecoderField& field, const FieldValue& value) {
     NumberPrint(field, value);
     if (value.Number != 0) {
-        CapacityPrint(static_cast<std::uint32_t>(value.Number));
+        const auto kilobytes = static_cast<std::uint32_t>(value.Number);
+        RyxPrintf("- %dKB, %dMB, %dGB\n", static_cast<std::int32_t>(kilobytes),
+                  static_cast<std::int32_t>(kilobytes >> 10), static_cast<std::int32_t>(kilobytes >> 20));
     } else {
         RyxPrintf("\n");
     }

@@ -129,23 +129,26 @@ constexpr BitGroup CacheConfigurationGroups[] = {
 };
 
 // Bit 15 chooses the granularity. The size is shown as it is stored, in units of that granularity.
-constexpr const char* CacheGranularityTexts[] = {"01", "64"};
+void CacheSizePrint(const FieldValue& value, const char* granularityFormat, const char* sizeFormat) {
+    RyxPrintf(granularityFormat, (value.Number & 0x8000) != 0 ? 64 : 1);
+    RyxPrintf(sizeFormat, static_cast<int>(value.Number & 0x7FFF));
+}
 
-constexpr BitGroup MaximumCacheSizeGroups[] = {
-    {" Maximum Granularity : %s KB\n", 15, 0x1, CacheGranularityTexts},
-    {" Maximum Size : %04d KB\n", 0, 0x7FFF, {}},
-};
+void MaximumCacheSizePrint(const DecoderField& field, const FieldValue& value) {
+    NumberPrint(field, value);
+    CacheSizePrint(value, " Maximum Granularity : %02d KB\n", " Maximum Size : %04d KB\n");
+}
 
-constexpr BitGroup InstalledCacheSizeGroups[] = {
-    {" Installed Granularity : %s KB\n", 15, 0x1, CacheGranularityTexts},
-    {" Installed Size : %d KB\n", 0, 0x7FFF, {}},
-};
+void InstalledCacheSizePrint(const DecoderField& field, const FieldValue& value) {
+    NumberPrint(field, value);
+    CacheSizePrint(value, " Installed Granularity : %02d KB\n", " Installed Size : %0d KB\n");
+}
 
 constexpr DecoderField Type7Fields[] = {
     StringField(3, "Socket Designation : %s\n"),
     GroupsField(4, "Cache Configuration : 0x%04X\n", CacheConfigurationGroups),
-    GroupsField(5, "Maximum Cache Size : 0x%04X\n", MaximumCacheSizeGroups),
-    GroupsField(6, "Installed Size : 0x%04X\n", InstalledCacheSizeGroups),
+    OwnField(5, MaximumCacheSizePrint, "Maximum Cache Size : 0x%04X\n"),
+    OwnField(6, InstalledCacheSizePrint, "Installed Size : 0x%04X\n"),
     BitsField(7, "Supported SRAM Type : 0x%04X\n", SramTypeNames),
     BitsField(8, "Current SRAM Type : 0x%04X\n", SramTypeNames),
     NumberField(9, "Cache Speed : 0x%02X ns\n"),

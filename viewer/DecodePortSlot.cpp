@@ -93,10 +93,10 @@ constexpr TextTable PortTypeTexts(PortTypeLowTexts, PortTypeHighTexts, OtherPort
 
 constexpr DecoderField Type8Fields[] = {
     StringField(3, "Internal Reference Designator : %s\n"),
-    TextField(4, "Internal Type : 0x%02X - %s\n", ConnectorTypeTexts),
+    TextLineField(4, "Internal Type : 0x%02X - ", ConnectorTypeTexts),
     StringField(5, "External Reference Designator : %s\n"),
-    TextField(6, "External Type : 0x%02X - %s\n", ConnectorTypeTexts),
-    TextField(7, "Port Type : 0x%02X - %s\n", PortTypeTexts),
+    TextLineField(6, "External Type : 0x%02X - ", ConnectorTypeTexts),
+    TextLineField(7, "Port Type : 0x%02X - ", PortTypeTexts),
 };
 
 // Type 9, System Slots.
@@ -183,7 +183,7 @@ constexpr const char* DeviceFunctionNames[] = {
 
 constexpr DecoderField Type9Fields[] = {
     StringField(3, "Slot Designation : %s\n"),
-    TextField(4, "Slot Type : 0x%02X - %s\n", SlotTypeTexts),
+    TextLineField(4, "Slot Type : 0x%02X - ", SlotTypeTexts),
     TextField(5, "Slot Data Bus Width : 0x%02X - %s\n", SlotBusWidthTexts),
     TextField(6, "Current Usage : 0x%02X - %s\n", SlotUsageTexts),
     TextField(7, "Slot Length : 0x%02X - %s\n", SlotLengthTexts),
@@ -230,7 +230,7 @@ constexpr TextTable PointingInterfaceTexts{PointingInterfaceLow, PointingInterfa
 
 constexpr DecoderField Type21Fields[] = {
     TextField(3, "Type : 0x%02X - %s\n", PointingDeviceTypeTexts),
-    TextField(4, "Interface : 0x%02X - %s\n", PointingInterfaceTexts),
+    TextLineField(4, "Interface : 0x%02X - ", PointingInterfaceTexts),
     NumberField(5, "Number of Buttons : 0x%02X (%d)\n"),
 };
 

@@ -36,6 +36,11 @@ void TextPrint(const DecoderField& field, const FieldValue& value) {
     RyxPrintf(field.Format, static_cast<unsigned int>(value.Number), TextFind(field.Texts, value.Number & field.Mask));
 }
 
+void TextLinePrint(const DecoderField& field, const FieldValue& value) {
+    NumberPrint(field, value);
+    RyxPrintf(field.Mark, TextFind(field.Texts, value.Number));
+}
+
 void BitsPrint(const DecoderField& field, const FieldValue& value) {
     NumberPrint(field, value);
     BitListPrint(value.Number, field.BitNames);

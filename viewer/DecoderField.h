@@ -48,6 +48,7 @@ bool FieldRead(const StructPlace& place, std::uint8_t row, FieldValue* value);
 
 void NumberPrint(const DecoderField& field, const FieldValue& value);
 void TextPrint(const DecoderField& field, const FieldValue& value);
+void TextLinePrint(const DecoderField& field, const FieldValue& value);
 void BitsPrint(const DecoderField& field, const FieldValue& value);
 void GroupsPrint(const DecoderField& field, const FieldValue& value);
 void MarkPrint(const DecoderField& field, const FieldValue& value);
@@ -64,10 +65,15 @@ constexpr DecoderField NumberField(std::uint8_t row, const char* format) {
     return {.Row = row, .Print = NumberPrint, .Format = format};
 }
 
-// A number and its text: Format takes the number and the text of its bits under `mask`.
+// A number and its text in one print: Format takes the number and the text of its bits under `mask`.
 constexpr DecoderField TextField(std::uint8_t row, const char* format, TextTable texts,
                                  std::uint32_t mask = 0xFFFFFFFF) {
     return {.Row = row, .Print = TextPrint, .Format = format, .Texts = texts, .Mask = mask};
+}
+
+// A number, and its text in a print of its own (`text`) on the same line: Format takes the number alone.
+constexpr DecoderField TextLineField(std::uint8_t row, const char* format, TextTable texts, const char* text = "%s\n") {
+    return {.Row = row, .Print = TextLinePrint, .Format = format, .Texts = texts, .Mark = text};
 }
 
 // A number, then one line per named bit. The names end with a null entry.
