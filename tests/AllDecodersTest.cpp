@@ -61,7 +61,7 @@ Machine MachineOf(const Bytes& table) {
 std::string FieldAlone(std::uint8_t type, int field) {
     ViewerFieldSelected = field;
     ViewerFieldCounter = 0;
-    const std::string shown = Captured([type] { StructDecoderTable[type](); });
+    const std::string shown = Captured([type] { (*StructDecoderTable[type])(); });
     ViewerBinsRelease();
     return shown;
 }
@@ -94,7 +94,8 @@ TEST(AllDecoders, ListTheSampleInOrder) {
 // of the sample's structures stands one that is only a header: a decoder of every structure goes on to the next one for
 // the field, and one of the first structure ends.
 TEST(AllDecoders, ShowEveryFieldAlone) {
-    const Bytes sample(StandIn::SampleMachine().SmbiosTable->begin() + 8, StandIn::SampleMachine().SmbiosTable->end());
+    const Bytes served = *StandIn::SampleMachine().SmbiosTable;
+    const Bytes sample(served.begin() + 8, served.end()); // behind the service's header
     for (const auto& [type, fields, digest] : Decoders) {
         Bytes headerFirst(6 + sample.size());
         std::copy(sample.begin(), sample.end(), headerFirst.begin() + 6);
@@ -154,7 +155,7 @@ TEST(AllDecoders, LockEveryText) {
                     table[at] = 1;
                 }
                 std::copy_n(Bytes{type, 96, 0, 0}.begin(), 4, table.begin());
-                StructDecoderTable[type]();
+                (*StructDecoderTable[type])();
                 ViewerBinsRelease();
             }
         });

@@ -202,7 +202,28 @@ TEST_F(CommandLine, LookupsFollowTheCaseRuleAndParametersAreFetched) {
     EXPECT_EQ(RyxArgParamGet(node, 2, text, sizeof text), RyxErrorNotFound);
     EXPECT_STREQ(text, "1");
     EXPECT_EQ(RyxArgParamGet(node->Params, 0, text, sizeof text), RyxErrorObject);
-    EXPECT_EQ(RyxArgParamGet(node, 0, nullptr, 2), RyxErrorArgument);
+}
+
+// A name is kept up to its 31st character; the case rule holds for the letters and for nothing beside them.
+TEST_F(CommandLine, NamesAreCutAndComparedByLetters) {
+    const std::string kept = "abcdefghijklmnopqrstuvwxyz01234";
+    struct {
+        std::string Registered;
+        std::string Given;
+        RyxStatus Status;
+    } const cases[] = {
+        {kept + "5", kept, RyxOk},
+        {kept, kept, RyxOk},
+        {kept, kept.substr(0, 30), RyxErrorNotFound},
+        {"AZ@[", "az@[", RyxOk},
+        {"AZ@[", "az`[", RyxErrorNotFound},
+        {"AZ@[", "az@{", RyxErrorNotFound},
+    };
+    for (const auto& test : cases) {
+        Given({"/" + test.Given});
+        RyxArgCommandRegister(test.Registered.c_str(), "", "", "");
+        EXPECT_EQ(RyxArgSyntaxProcess(1, 0, nullptr), test.Status) << test.Registered << " " << test.Given;
+    }
 }
 
 TEST_F(CommandLine, NumbersAreDecimalAndWrap) {
