@@ -248,8 +248,8 @@ Lines LeftoversAllowed(const std::string& call, Phase phase) {
         {"SetFirmwareEnvironmentVariableW", {"firmware session open"}},
         // The driver keeps its buffer, and the rest of the stop is skipped.
         {"DeviceIoControl",
-         {tools, mutex, key, count, service, file, driver, "communication buffer with ", "handle of device RYXLIB",
-          "handle of mutex Global\\{"}},
+         {tools, mutex, key, count, service, file, driver, "communication buffer with ",
+          "handle of device Global\\RYXLIB", "handle of mutex Global\\{"}},
     };
     const auto found = stop.find(call);
     return found != stop.end() ? found->second : Lines{};

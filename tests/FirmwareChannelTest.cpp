@@ -162,7 +162,6 @@ TEST(FirmwareChannel, OpensAsksAndCloses) {
         EXPECT_EQ(state.LastStatus, 0U);
         EXPECT_EQ(StandIn::CallCount("ReleaseMutex"), 3U) << "each request under the mutex";
         std::uint64_t answer = 0;
-        EXPECT_EQ(RyxFirmwareRequest(0x10000, nullptr, nullptr), RyxErrorArgument);
         // What fits the method travels, and one byte more does not.
         RyxBin* bin = nullptr;
         ASSERT_EQ(RyxBinCreate(variables ? 8152 : 4056, &bin), RyxOk);
@@ -309,18 +308,22 @@ TEST(FirmwareChannel, VariablesThatDoNotServe) {
         std::function<void(Machine&)> Change;
         std::uint8_t Method;
         bool Held;
+        RyxStatus Request;
     };
     const Case cases[] = {
-        {"all there", [](Machine&) {}, 3, true},
-        {"session missing", [&](Machine& m) { m.Variables.erase(open); }, 0, false},
-        {"session too short", [&](Machine& m) { m.Variables[open].Data.resize(7); }, 0, false},
-        {"session failing", [&](Machine& m) { m.Variables[open].Error = 5; }, 0, false},
-        {"privilege refused", [](Machine& m) { m.VariablePrivilege = false; }, 0, false},
+        {"all there", [](Machine&) {}, 3, true, RyxOk},
+        {"session missing", [&](Machine& m) { m.Variables.erase(open); }, 0, false, RyxErrorGeneral},
+        {"session too short", [&](Machine& m) { m.Variables[open].Data.resize(7); }, 0, false, RyxErrorGeneral},
+        {"session failing", [&](Machine& m) { m.Variables[open].Error = 5; }, 0, false, RyxErrorGeneral},
+        {"privilege refused", [](Machine& m) { m.VariablePrivilege = false; }, 0, false, RyxErrorGeneral},
         {"probe failing otherwise",
-         [](Machine& m) { m.Variables[" {00000000-0000-0000-0000-000000000000}"].Error = 1; }, 0, false},
-        {"answer missing", [&](Machine& m) { m.Variables.erase(answer); }, 3, false},
-        {"answer without a whole header", [&](Machine& m) { m.Variables[answer].Data.resize(39); }, 3, false},
-        {"answer with a status", [&](Machine& m) { m.Variables[answer].Data[8] = 1; }, 3, false},
+         [](Machine& m) { m.Variables[" {00000000-0000-0000-0000-000000000000}"].Error = 1; }, 0, false,
+         RyxErrorGeneral},
+        {"answer missing", [&](Machine& m) { m.Variables.erase(answer); }, 3, false, RyxErrorFirmwareRequest},
+        {"answer without a whole header", [&](Machine& m) { m.Variables[answer].Data.resize(39); }, 3, false,
+         RyxErrorFirmwareRequest},
+        {"answer of a header alone", [&](Machine& m) { m.Variables[answer].Data.resize(40); }, 3, false, RyxOk},
+        {"answer with a status", [&](Machine& m) { m.Variables[answer].Data[8] = 1; }, 3, false, RyxOk},
     };
     for (const Case& expected : cases) {
         SCOPED_TRACE(expected.Name);
@@ -331,6 +334,8 @@ TEST(FirmwareChannel, VariablesThatDoNotServe) {
         ASSERT_EQ(Start(), RyxOk);
         EXPECT_EQ(FirmwareChannelStateGet().Method, expected.Method);
         EXPECT_EQ(PlatformInfoHeld(), expected.Held);
+        std::uint64_t result = 0;
+        EXPECT_EQ(RyxFirmwareRequest(0x10000, &result, nullptr), expected.Request);
         if (expected.Method == 0) {
             // Unavailable for the rest of the process, whatever the machine says later.
             StandIn::MachineGet().Variables = {{open, {session, 0}}, {answer, {record, 0}}};

@@ -207,7 +207,7 @@ TEST(StandInService, LivesUntilItIsStoppedDeletedAndClosed) {
     EXPECT_EQ(OpenServiceA(manager, "RYXLIB", SERVICE_START), nullptr);
     CloseServiceHandle(manager);
     EXPECT_TRUE(DeleteFileA(DriverPath));
-    EXPECT_EQ(StandIn::Leftovers(), std::vector<std::string>{"handle of device RYXLIB"});
+    EXPECT_EQ(StandIn::Leftovers(), std::vector<std::string>{"handle of device Global\\RYXLIB"});
 }
 
 TEST(StandInFile, WritesStayInTheMachine) {

@@ -5,6 +5,7 @@
 #include "Lib/Common/PowerRequest.h"
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/Registry.h"
+#include "Lib/Platform/StandIn/Handles.h"
 #include "Lib/Platform/StandIn/State.h"
 #include "tests/Support.h"
 #include "tests/ToolRun.h"
@@ -274,6 +275,18 @@ TEST(DriverLoading, FileGoesBesideTheExecutableAndIsTheSystemsOwn) {
     }
 }
 
+TEST(DriverLoading, OpensTheDeviceByTheNameOfTheVersion) {
+    for (const std::uint32_t major : {4U, 5U, 10U}) {
+        Machine machine;
+        machine.WindowsMajor = major;
+        StartOver(machine);
+        ASSERT_EQ(DriverRequest(DriverLoad), RyxOk);
+        EXPECT_EQ(StandIn::HandleOpenFor(StandIn::HandleKind::Device, "RYXLIB"), major < 5);
+        EXPECT_EQ(StandIn::HandleOpenFor(StandIn::HandleKind::Device, "Global\\RYXLIB"), major >= 5);
+        DriverRequest(DriverUnload);
+    }
+}
+
 TEST(DriverLoading, WarnsWithoutARegistry) {
     Machine machine;
     machine.Faults = {{Named("RegCreateKeyExA")}};
@@ -293,8 +306,6 @@ TEST(DriverRequests, CheckTheirArguments) {
     ASSERT_EQ(DriverRequest(DriverLoad), RyxOk);
     EXPECT_EQ(PhysicalMemoryRead(0, 1, &byte), RyxOk);
     EXPECT_EQ(PhysicalMemoryRead(0, 0, &byte), RyxErrorArgument);
-    EXPECT_EQ(PhysicalMemoryWrite(0, 1, nullptr), RyxErrorArgument);
-    EXPECT_EQ(DriverVersionGet(nullptr), RyxErrorArgument);
     EXPECT_EQ(DriverRequest(DriverControl, 0x222100), RyxErrorDriverRequest);
     DriverRequest(DriverUnload);
 }

@@ -153,17 +153,33 @@ TEST(EntryPoint, PrintsEveryField) {
 }
 
 TEST(EntryPoint, ShowsWhatTheServiceDoesNotSupply) {
+    const SmbiosBuilder table = SmallTable().SetString(std::string(455, 'x')); // the longest string of a whole table
     const Viewed viewed =
-        View({"/nologo", "/eps", "/type", "1", "0", "1"}, StandIn::MachineWithTable(SmallTable(), 3, 1, false));
+        View({"/nologo", "/eps", "/type", "1", "0", "1"}, StandIn::MachineWithTable(table, 3, 0, false));
     EXPECT_EQ(viewed.Error, 0U);
     EXPECT_EQ(viewed.Output, "\nEntry Point Structure(EPS)\nAnchor String : N/S\n"
-                             "Entry Point Structure Checksum : N/S\nEntry Point Length : N/S\nVersion : 3.1\n"
+                             "Entry Point Structure Checksum : N/S\nEntry Point Length : N/S\nVersion : 3.0\n"
                              "Max Structure Size : N/S\nEntry Point Revision : 0x01 (1)\n"
                              "Formatted Area : 0x00 0x00 0x00 0x00 0x00 \nIntermediate Anchor String : N/S\n"
-                             "Intermediate Checksum : N/S\nStructure Table Length : 0x003C \n"
+                             "Intermediate Checksum : N/S\nStructure Table Length : 0x0203 \n"
                              "Structure Table Address : N/S\nNumber Of SMBIOS Structures : N/S\n"
                              "SMBIOS BCD Revision : N/S\n"
                              "\nType : System (Type 01)\n");
+}
+
+// Of all structures of a type, the first 127 are shown; the 128th has to be asked for.
+TEST(Viewer, EveryInstanceEndsAt127) {
+    SmbiosBuilder table;
+    for (int i = 0; i < 128; ++i) {
+        table.Begin(14, static_cast<std::uint16_t>(i)).Byte(0);
+    }
+    const Machine machine = StandIn::MachineWithTable(table, 2, 8);
+    for (const char* instance : {"0", "128"}) {
+        const std::string shown = View({"/nologo", "/type", "14", instance}, machine).Output;
+        EXPECT_EQ(shown.find("Handle : 0x0000 (00)") != std::string::npos, *instance == '0');
+        EXPECT_EQ(shown.find("Handle : 0x007E (126)") != std::string::npos, *instance == '0');
+        EXPECT_EQ(shown.find("Handle : 0x007F (127)") != std::string::npos, *instance != '0');
+    }
 }
 
 TEST(Selection, IsChecked) {

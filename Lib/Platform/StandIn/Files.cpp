@@ -60,7 +60,8 @@ bool DriverRunsFrom(const SharedState& state, const std::string& key) {
                        [&key](const auto& one) { return one.second.Running && FileKey(one.second.Path) == key; });
 }
 
-HANDLE DeviceOpen(std::string_view name, DWORD access) {
+HANDLE DeviceOpen(std::string_view asked, DWORD access) {
+    std::string_view name = asked;
     if (Lower(name.substr(0, GlobalPrefix.size())) == GlobalPrefix) {
         name.remove_prefix(GlobalPrefix.size());
     }
@@ -76,7 +77,7 @@ HANDLE DeviceOpen(std::string_view name, DWORD access) {
     if (!MachineGet().Administrator) {
         return NoFile(ERROR_ACCESS_DENIED);
     }
-    return HandleOpen({HandleKind::Device, std::string(name), access});
+    return HandleOpen({HandleKind::Device, std::string(asked), access});
 }
 
 // Opens a file of this computer; it is only ever read.

@@ -11,7 +11,7 @@ enum class HandleKind : std::uint8_t { File, HostFile, Device, Token, Mutex, Key
 
 struct Handle {
     HandleKind Kind;
-    std::string Name;           // what it stands for: a path, a key, a service, a mutex
+    std::string Name;           // what it stands for: a path, a device as it was asked for, a key, a service, a mutex
     std::uint32_t Access = 0;   // the rights that it was opened with
     bool Shared = false;        // a file that others may open for reading meanwhile
     bool View64 = false;        // a registry key opened in the 64-bit view
