@@ -242,4 +242,13 @@ TEST_F(CommandLine, NumbersAreDecimalAndWrap) {
     }
 }
 
+TEST(CommandList, HasOneMode) {
+    LibraryReset();
+    RyxArgCommandRegister("one", "", "", "");
+    RyxStatus status = RyxOk;
+    EXPECT_EQ(Captured([&status] { status = RyxArgHelpPrint(2); }), "");
+    EXPECT_EQ(status, RyxErrorUnsupported);
+    LibraryReset();
+}
+
 } // namespace

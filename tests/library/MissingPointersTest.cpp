@@ -1,4 +1,4 @@
-// What the public operations say to a missing pointer.
+// What operations say to a missing pointer.
 #include "Lib/API/RyxArg.h"
 #include "Lib/API/RyxBin.h"
 #include "Lib/API/RyxFirmware.h"
@@ -6,12 +6,19 @@
 #include "Lib/API/RyxPrint.h"
 #include "Lib/API/RyxSmbios.h"
 #include "Lib/Common/Argument.h"
+#include "Lib/Common/ArgumentCommand.h"
+#include "Lib/Common/DmiParser.h"
+#include "Lib/Common/LibraryReset.h"
 #include "Lib/Common/QelCrypto.h"
 #include "Lib/Platform/Driver.h"
+#include "tests/library/Support.h"
 
 #include <gtest/gtest.h>
 
 TEST(MissingPointers, AreRefused) {
+    LibraryReset();
+    constexpr std::uint8_t bytes[] = {1, 4, 0, 0, 0, 0};
+    const DmiStruct structure({bytes}, 28);
     RyxBin bin{};
     ArgNode command{};
     ArgNode parameter{};
@@ -30,6 +37,7 @@ TEST(MissingPointers, AreRefused) {
         RyxStatus Status;
         RyxStatus Expected = RyxErrorArgument;
     } calls[] = {
+        {"RyxPrintf", RyxPrintf(nullptr)},
         {"RyxArgCommandRegister: name", RyxArgCommandRegister(nullptr, text, text, text)},
         {"RyxArgCommandRegister: description", RyxArgCommandRegister(text, nullptr, text, text)},
         {"RyxArgCommandRegister: format", RyxArgCommandRegister(text, text, nullptr, text)},
@@ -57,6 +65,13 @@ TEST(MissingPointers, AreRefused) {
         {"RyxSmbiosDataGet", RyxSmbiosDataGet(RyxFieldsPerType, 1, nullptr)},
         {"RyxSmbiosAreaGet", RyxSmbiosAreaGet(1, 1, 4, nullptr)},
         {"RyxSmbiosEpsDataGet", RyxSmbiosEpsDataGet(0, nullptr)},
+        {"ArgumentCommandQuery", ArgumentCommandQuery(nullptr)},
+        {"ArgumentResponseFileRead", ArgumentResponseFileRead(nullptr)},
+        {"ArgumentTokensAdd", ArgumentTokensAdd(nullptr, 1)},
+        {"ArgumentStringAdd", ArgumentStringAdd(nullptr, 1)},
+        {"DmiStructFieldGet", DmiStructFieldGet(structure, 14, nullptr)},
+        {"DmiStructAreaGet", DmiStructAreaGet(structure, 0, nullptr)},
+        {"DmiFirmwareTableRead", DmiFirmwareTableRead(nullptr)},
         {"PhysicalMemoryRead", PhysicalMemoryRead(0, 1, nullptr)},
         {"PhysicalMemoryWrite", PhysicalMemoryWrite(0, 1, nullptr)},
         {"DriverVersionGet", DriverVersionGet(nullptr)},
@@ -66,4 +81,17 @@ TEST(MissingPointers, AreRefused) {
     for (const auto& call : calls) {
         EXPECT_EQ(call.Status, call.Expected) << call.Operation;
     }
+    EXPECT_FALSE(DmiNextStructGet(nullptr));
+    EXPECT_EQ(ArgumentParamNodeAdd(nullptr), nullptr);
+}
+
+TEST(MissingPointers, AnAbsentArgumentEndsTheCollection) {
+    LibraryReset();
+    char program[] = "Quarrinet";
+    char command[] = "/type";
+    char* arguments[] = {program, command, nullptr, command};
+    ASSERT_EQ(RyxArgsSet(4, arguments), RyxOk);
+    EXPECT_EQ(ArgumentCollect(), RyxErrorArgument);
+    EXPECT_EQ(RyxArgCommandFind("type", nullptr), RyxErrorNotFound);
+    LibraryReset();
 }
