@@ -5,11 +5,13 @@ file(GLOB driver_core CONFIGURE_DEPENDS ${driver_folder}/*.cpp)
 file(GLOB driver_headers CONFIGURE_DEPENDS ${driver_folder}/*.h)
 list(REMOVE_ITEM driver_core ${driver_folder}/HardwareKernel.cpp)
 
-# driver_image(FILE BITS HARDWARE-SOURCE [FLAG...])
+# driver_image(FILE BITS HARDWARE-SOURCE [FLAGS FLAG...] [IMPORTS NAME...])
 # Makes ${CMAKE_CURRENT_BINARY_DIR}/FILE for 32-bit or 64-bit Windows, signed if anything is, and its target image-FILE. An
 # image that does not pass driver/check-image is not made.
-# HARDWARE-SOURCE is what stands behind driver/Hardware.h.
+# HARDWARE-SOURCE is what stands behind driver/Hardware.h; FLAGS are for the compiler, and IMPORTS may be imported beyond
+# what the check knows.
 function(driver_image driver_file bits hardware)
+  cmake_parse_arguments(PARSE_ARGV 3 extra "" "" "FLAGS;IMPORTS")
   if(bits EQUAL 32)
     set(host i686-w64-mingw32)
     # Nothing saves the floating-point and vector registers for a 32-bit driver.
@@ -40,12 +42,12 @@ function(driver_image driver_file bits hardware)
     COMMAND
       ${host}-g++ -std=c++20 -O2 -Wall -Wextra -Wpedantic -Wshadow -Werror -Wframe-larger-than=512
       -Wno-format-security -ffreestanding -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-stack-protector
-      -fno-tree-loop-distribute-patterns ${machine} ${ARGN} -DRYX_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
+      -fno-tree-loop-distribute-patterns ${machine} ${extra_FLAGS} -DRYX_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
       -DRYX_VERSION_MINOR=${PROJECT_VERSION_MINOR} -I${PROJECT_SOURCE_DIR} -isystem ${QUARRINET_DDK_${bits}}
       ${driver_core} ${hardware} ${parts}/version.o -o ${parts}/${driver_file} -nostdlib -s -Wl,--subsystem,native ${link}
       -Wl,--exclude-all-symbols,--dynamicbase,--nxcompat,--no-insert-timestamp -lntoskrnl -lhal
     ${sign_image}
-    COMMAND bash ${driver_folder}/check-image ${parts}/${driver_file} ${bits} ${PROJECT_VERSION}
+    COMMAND bash ${driver_folder}/check-image ${parts}/${driver_file} ${bits} ${PROJECT_VERSION} ${extra_IMPORTS}
     COMMAND ${CMAKE_COMMAND} -E copy ${parts}/${driver_file} ${image}
     DEPENDS ${driver_core} ${driver_headers} ${hardware} ${parts}/version.rc ${driver_folder}/check-image
     COMMENT "The ${bits}-bit driver image ${driver_file}"

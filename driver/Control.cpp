@@ -127,7 +127,7 @@ NTSTATUS RootTableLocate(Request* request) {
 
 NTSTATUS RootTableLocateNear(Request* request) {
     return RootTable != 0 || RootTableFindNear(Number(request->Input), &RootTable) ? Answer(request, RootTable)
-                                                                                    : STATUS_NOT_FOUND;
+                                                                                   : STATUS_NOT_FOUND;
 }
 
 NTSTATUS VersionGet(Request* request) {
@@ -174,11 +174,9 @@ void ControlStart() {
 }
 
 void ControlBufferUsersLeave(BufferCount users) {
-    if (users == 0) {
-        return;
-    }
-    Buffer.Users -= users;
-    if (Buffer.Users == 0) {
+    if (users < Buffer.Users) {
+        Buffer.Users -= users;
+    } else {
         ControlEnd();
     }
 }

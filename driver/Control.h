@@ -5,17 +5,17 @@
 
 namespace RyxDriver {
 
-// How many more buffers one open handle may give back than it took: none. What a handle holds is kept with it.
+// How many users of the communication buffer an open file stands for.
 using BufferCount = ULONG;
 
-// A request with checked lengths. For codes of METHOD_OUT_DIRECT the output is the caller's own memory, which may change
-// at any time: it is copied from and to, never looked at.
+// A request with checked lengths. For codes of METHOD_OUT_DIRECT the output is the caller's own memory, which may
+// change at any time: it is copied from and to, never looked at.
 struct Request {
     const UCHAR* Input;
     ULONG OutputLength;
     UCHAR* Output;
     ULONG Returned;   // bytes of output
-    BufferCount Held; // users of the communication buffer that the request's handle stands for
+    BufferCount Held; // of the file that the request came through
 };
 
 struct ControlCode {
@@ -40,7 +40,7 @@ NTSTATUS ControlLengthsCheck(const ControlCode& code, ULONG inputLength, ULONG o
 // Makes everything as at the driver's start; called before any other of these.
 void ControlStart();
 
-// Counts the users off that a closed handle stood for.
+// Counts users off; the last one frees the buffer.
 void ControlBufferUsersLeave(BufferCount users);
 
 // Frees what is held, whoever uses it.

@@ -12,17 +12,19 @@ constinit UNICODE_STRING LinkName = NameOf(L"\\DosDevices\\RyxLib");
 KMUTEX Lock;                       // requests are served one after another
 constinit volatile LONG Opens = 0; // open files of the device
 
-// Who may open the device, as a self-relative security descriptor: the system and the administrators, with all rights of
-// a file (001F01FFh), and nobody else.
+// Who may open the device, as a self-relative security descriptor: the system and the administrators, with all rights
+// of a file (001F01FFh), and nobody else.
+// clang-format off
 alignas(4) constexpr UCHAR Access[] = {
-    1, 0, 0x04, 0x90,                                        // a protected list of who is allowed; all in one piece
-    0, 0, 0,    0,    0, 0, 0, 0, 0, 0, 0, 0, 20, 0, 0, 0,   // no owner, group or audit list; the list comes at 20
-    2, 0, 52,   0,    2, 0, 0, 0,                            // the list: its size, 2 entries
-    0, 0, 20,   0,    0xFF, 0x01, 0x1F, 0,                   // allow, of 20 bytes
-    1, 1, 0,    0,    0, 0, 0, 5, 18, 0, 0, 0,               // S-1-5-18, the system
-    0, 0, 24,   0,    0xFF, 0x01, 0x1F, 0,                   // allow, of 24 bytes
-    1, 2, 0,    0,    0, 0, 0, 5, 32, 0, 0, 0, 0x20, 2, 0, 0 // S-1-5-32-544, the administrators
+    1, 0, 0x04, 0x90,                                     // a protected list of who is allowed, all in one piece
+    0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 20, 0, 0, 0,      // no owner, group or audit list; the list stands at 20
+    2, 0, 52, 0, 2, 0, 0, 0,                              // the list: its size, and that it has 2 entries
+    0, 0, 20, 0, 0xFF, 0x01, 0x1F, 0,                     // allow, in 20 bytes,
+    1, 1, 0, 0, 0, 0, 0, 5, 18, 0, 0, 0,                  // S-1-5-18: the system
+    0, 0, 24, 0, 0xFF, 0x01, 0x1F, 0,                     // allow, in 24 bytes,
+    1, 2, 0, 0, 0, 0, 0, 5, 32, 0, 0, 0, 0x20, 2, 0, 0,   // S-1-5-32-544: the administrators
 };
+// clang-format on
 
 NTSTATUS AccessRestrict(DEVICE_OBJECT* device) {
     HANDLE handle = nullptr;
@@ -129,8 +131,8 @@ NTSTATUS NTAPI OnControl(DEVICE_OBJECT*, IRP* irp) {
     return Complete(irp, status, NT_SUCCESS(status) ? request.Returned : 0);
 }
 
-// The system unloads a driver whose files are all closed. Where it only says so before the last close has come here, that
-// is waited for, up to three seconds.
+// The system unloads a driver whose files are all closed. Where it only says so before the last close has come here,
+// that is waited for, up to three seconds.
 void ClosesAwait() {
     LARGE_INTEGER pause;
     pause.QuadPart = -100000; // 10 ms, from now on

@@ -22,8 +22,8 @@ void HardwarePortWrite(USHORT port, UCHAR value);
 UCHAR* HardwareBufferAllocate(ULONG size, ULONG* address);
 void HardwareBufferFree(UCHAR* buffer, ULONG size);
 
-// The ranges of physical memory that Windows manages, ended by one of address and length 0; null when they can't be had.
-// The caller gives them back.
+// The ranges of physical memory that Windows manages, ended by one of address and length 0; null when they can't be
+// had. The caller gives them back.
 PHYSICAL_MEMORY_RANGE* HardwareRangesGet();
 void HardwareRangesFree(PHYSICAL_MEMORY_RANGE* ranges);
 

@@ -7,7 +7,7 @@ namespace {
 
 using RangesCall = PHYSICAL_MEMORY_RANGE*(NTAPI*)();
 
-constinit RangesCall RangesGet = nullptr;
+constinit RangesCall RangesGet = nullptr; // null: there is none, or it has nothing to tell
 
 constexpr ULONG LowestBuffer = 0x10000;
 constexpr ULONG HighestBuffer = 0xFFFFFFFF;
@@ -62,7 +62,17 @@ void CopyTo(volatile UCHAR* mapped, ULONG length, const UCHAR* data) {
 
 } // namespace
 
+// Where not even a page of the firmware can be mapped, the system under the driver doesn't run on the machine itself,
+// and its account of the machine's memory isn't asked for. Nothing is read there.
 void HardwareStart() {
+    constexpr ULONG firmwarePage = 0xF0000;
+    constexpr ULONG pageSize = 0x1000;
+    RangesGet = nullptr;
+    void* const mapped = MmMapIoSpace(Physical(firmwarePage), pageSize, MmCached);
+    if (mapped == nullptr) {
+        return;
+    }
+    MmUnmapIoSpace(mapped, pageSize);
     UNICODE_STRING name = NameOf(L"MmGetPhysicalMemoryRanges");
     RangesGet = reinterpret_cast<RangesCall>(MmGetSystemRoutineAddress(&name));
 }

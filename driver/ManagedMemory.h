@@ -17,8 +17,8 @@ public:
     // Whether any byte from `begin` to before `end` is managed.
     bool Meets(ULONGLONG begin, ULONGLONG end) const;
 
-    // Moves `begin` up to the first byte before `end` that isn't managed, and gives where the managed memory goes on, or
-    // `end`. False when there is no such byte.
+    // Moves `begin` up to the first byte before `end` that isn't managed, and gives where the managed memory goes on,
+    // or `end`. False when there is no such byte.
     bool StretchFind(ULONGLONG* begin, ULONGLONG end, ULONGLONG* stretchEnd) const;
 
 private:

@@ -247,9 +247,8 @@ std::uint32_t KernelFileOpen(const std::string& name, std::uint32_t access, bool
     NTSTATUS status = STATUS_OBJECT_NAME_NOT_FOUND;
     if (device != nullptr) {
         IO_SECURITY_CONTEXT security{FileRights(access)};
-        const bool allowed =
-            device->Descriptor.empty() ||
-            (security.DesiredAccess & ~RightsAllowed(device->Descriptor, administrator)) == 0;
+        const bool allowed = device->Descriptor.empty() ||
+                             (security.DesiredAccess & ~RightsAllowed(device->Descriptor, administrator)) == 0;
         status = STATUS_ACCESS_DENIED;
         if (allowed) {
             kernel.Files.push_front(FILE_OBJECT{&device->Object, nullptr});
@@ -278,6 +277,12 @@ void KernelFileClose(void* file) {
     UnloadIfUnused();
 }
 
+void KernelFilesClose() {
+    while (!Here().Files.empty()) {
+        KernelFileClose(&Here().Files.front());
+    }
+}
+
 std::uint32_t KernelControl(void* file, std::uint32_t code, const void* input, std::uint32_t inputLength, void* output,
                             std::uint32_t outputLength, std::uint32_t* returned) {
     const std::uint32_t method = code & 3U;
@@ -290,7 +295,8 @@ std::uint32_t KernelControl(void* file, std::uint32_t code, const void* input, s
     stack.Parameters.DeviceIoControl.InputBufferLength = inputLength;
     stack.Parameters.DeviceIoControl.OutputBufferLength = outputLength;
 
-    // The system's copy is exactly as long as it has to be, so that a checker of memory accesses sees what goes past it.
+    // The system's copy is exactly as long as it has to be, so that a checker of memory accesses sees what goes past
+    // it.
     const std::size_t copied = method == METHOD_BUFFERED ? std::max(inputLength, outputLength) : inputLength;
     std::unique_ptr<std::uint8_t[]> system;
     if (method != METHOD_NEITHER && copied != 0) {
@@ -472,7 +478,8 @@ NTSTATUS NTAPI ZwSetSecurityObject(HANDLE Handle, SECURITY_INFORMATION SecurityI
     if (list != head) {
         BugCheck("gave a security descriptor whose list stands elsewhere");
     }
-    (*found)->Descriptor.assign(bytes, bytes + head + static_cast<std::size_t>(bytes[head + 2] | bytes[head + 3] << 8U));
+    (*found)->Descriptor.assign(bytes,
+                                bytes + head + static_cast<std::size_t>(bytes[head + 2] | bytes[head + 3] << 8U));
     return STATUS_SUCCESS;
 }
 

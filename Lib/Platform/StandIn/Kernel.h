@@ -24,6 +24,9 @@ std::uint32_t KernelFileOpen(const std::string& name, std::uint32_t access, bool
 
 void KernelFileClose(void* file);
 
+// Closes every file, as the end of a process does.
+void KernelFilesClose();
+
 // Sends a control request. `returned` gets the number of output bytes, and is left alone when the request fails. The
 // result is an error number.
 std::uint32_t KernelControl(void* file, std::uint32_t code, const void* input, std::uint32_t inputLength, void* output,

@@ -1,11 +1,10 @@
 // The stand-in's machine as the helper driver sees it. Calls count under the names of the kernel operations that the
 // driver takes on a real machine.
-#include "driver/Hardware.h"
-
 #include "Lib/Platform/StandIn/Faults.h"
 #include "Lib/Platform/StandIn/FirmwareModel.h"
 #include "Lib/Platform/StandIn/Kernel.h"
 #include "Lib/Platform/StandIn/Memory.h"
+#include "driver/Hardware.h"
 
 using namespace StandIn;
 
