@@ -2,6 +2,8 @@
 #include "Lib/Platform/StandIn/Faults.h"
 #include "Lib/Platform/StandIn/Kernel.h"
 #include "Lib/Platform/StandIn/Machine.h"
+#include "Lib/Platform/StandIn/Memory.h"
+#include "tests/Support.h"
 
 #include <algorithm>
 #include <cstring>
@@ -151,7 +153,7 @@ private:
 };
 
 bool BufferExists() {
-    return !StandIn::KernelMemory().Data.empty();
+    return !StandIn::MemoryAllocated().Data.empty();
 }
 
 void Put(Machine* machine, std::uint64_t address, std::string_view text) {
@@ -189,10 +191,14 @@ TEST(Driver, LengthsAreCheckedForEachCode) {
         std::size_t Least;
         std::size_t Most;
     };
-    const Lengths all[] = {{ReadMemory, 4, 1, LargestTransfer}, {WriteMemory, 4, 1, LargestTransfer},
-                           {GetBuffer, 4, 4, 4},                {ReleaseBuffer, 4, 0, 0},
-                           {WritePort, 6, 0, 0},                {LocateRsdt, 0, 4, 4},
-                           {GetVersion, 0, 2, 2},               {LocateRsdtNear, 4, 4, 4}};
+    const Lengths all[] = {{ReadMemory, 4, 1, LargestTransfer},
+                           {WriteMemory, 4, 1, LargestTransfer},
+                           {GetBuffer, 4, 4, 4},
+                           {ReleaseBuffer, 4, 0, 0},
+                           {WritePort, 6, 0, 0},
+                           {LocateRsdt, 0, 4, 4},
+                           {GetVersion, 0, 2, 2},
+                           {LocateRsdtNear, 4, 4, 4}};
     Loaded driver(Managed(Ranges()));
     FILE_OBJECT* const file = driver.Open();
     for (const Lengths& one : all) {
@@ -255,8 +261,7 @@ TEST(Driver, MissingBuffersAreAStatus) {
                 StandIn::FailCall(StandIn::CallTotal() + 1);
             }
             const bool mapped = one.Expected == STATUS_SUCCESS;
-            EXPECT_EQ(driver.Send(&irp, &stack),
-                      mapped && mappingFails ? STATUS_INSUFFICIENT_RESOURCES : one.Expected);
+            EXPECT_EQ(driver.Send(&irp, &stack), mapped && mappingFails ? STATUS_INSUFFICIENT_RESOURCES : one.Expected);
             StandIn::FailCall(0);
         }
     }
@@ -273,12 +278,12 @@ TEST(Driver, LeavesTheMemoryThatWindowsManagesAlone) {
         bool Allowed;
     };
     const Range ranges[] = {
-        {0, 0x1000, true},           {0xFFF, 2, false},            {0x1000, 1, false},
-        {0x9EFFF, 1, false},         {0x9F000, 1, true},           {0, 0x100000, false},
-        {0x9F000, 0x161000, true},   {0x9F000, 0x161001, false},   {0x1FFFFF, 1, true},
-        {0x200FFF, 2, false},        {0x203FFF, 1, false},         {0x204000, 16, true},
-        {0xFFFFEFFF, 1, true},       {0xFFFFEFFF, 2, false},       {0xFFFFFFFF, 1, false},
-        {0xFFFFFFFF, 2, false},      {0xFFFFFFF0, 0x100, false},   {0x204000, LargestTransfer, true},
+        {0, 0x1000, true},          {0xFFF, 2, false},          {0x1000, 1, false},
+        {0x9EFFF, 1, false},        {0x9F000, 1, true},         {0, 0x100000, false},
+        {0x9F000, 0x161000, true},  {0x9F000, 0x161001, false}, {0x1FFFFF, 1, true},
+        {0x200FFF, 2, false},       {0x203FFF, 1, false},       {0x204000, 16, true},
+        {0xFFFFEFFF, 1, true},      {0xFFFFEFFF, 2, false},     {0xFFFFFFFF, 1, false},
+        {0xFFFFFFFF, 2, false},     {0xFFFFFFF0, 0x100, false}, {0x204000, LargestTransfer, true},
         {0xFF000000, 0x1000, true},
     };
     for (const Range& one : ranges) {
@@ -439,8 +444,8 @@ TEST(Driver, RootTableSearchLooksOnlyWhereItMay) {
 TEST(Driver, RootTableSearchNearAnAddress) {
     const std::string table("RSDT\xFF\xFF\xFF\xFF", 8); // a length that leads out of the address space
     const std::pair<std::uint32_t, std::uint32_t> placesFound[] = {
-        {0x1000000, 0x1000000}, {0x17FFFDC, 0x17FFFDC}, {0x17FFFDD, 0}, {0x800000, 0x800000}, {0x7FFFFF, 0},
-        {0xFFFFDC, 0xFFFFDC},
+        {0x1000000, 0x1000000}, {0x17FFFDC, 0x17FFFDC}, {0x17FFFDD, 0},
+        {0x800000, 0x800000},   {0x7FFFFF, 0},          {0xFFFFDC, 0xFFFFDC},
     };
     for (const auto& [place, expected] : placesFound) {
         Machine machine = Managed(Ranges());
@@ -470,4 +475,15 @@ TEST(Driver, EntryThatFailsLeavesNothing) {
         EXPECT_EQ(StandIn::KernelLeftovers(), std::vector<std::string>());
         EXPECT_EQ(driver.DeviceObject, nullptr);
     }
+}
+
+// What users see of a machine whose firmware keeps its table where Windows has its own memory.
+TEST(Driver, TableInManagedMemoryIsAnErrorThatTheToolTells) {
+    StandIn::SmbiosBuilder table;
+    table.Begin(1).String("Example");
+    Machine machine = StandIn::MachineWithTable(table, 2, 8);
+    machine.WindowsMemory = Ranges{{0x1000, 0x9E000}, {0xE0000, 0x1000}};
+    const Viewed viewed = View({"/nologo", "/type", "1"}, machine);
+    EXPECT_EQ(viewed.Error, 153U);
+    EXPECT_EQ(viewed.Output, "");
 }

@@ -1,10 +1,10 @@
-// The machine under the driver in the tests: physical memory is what a file holds, so that the program and its driver can
-// be run where there is no such machine. Each control request is written to a log.
+// The machine under the driver in the tests: physical memory is what a file holds, so that the program and its driver
+// can be run where there is no such machine. Each control request is written to a log.
 //
-// The registry names the files, under HKEY_LOCAL_MACHINE\Software\RyxDouble: "Image" the memory, as records of address and
-// length (4 bytes each, little-endian) and bytes, where later records win and what none covers reads FFh; "Log" the log.
-// Without "Image" there is no memory but FFh, without "Log" no log. With WINDOWS_MANAGES_ALL, Windows counts all of it as
-// its own.
+// The registry names the files, under HKEY_LOCAL_MACHINE\Software\RyxDouble: "Image" the memory, as records of address
+// and length (4 bytes each, little-endian) and bytes, where later records win and what none covers reads FFh; "Log" the
+// log. Without "Image" there is no memory but FFh, without "Log" no log. With WINDOWS_MANAGES_ALL, Windows counts all
+// of it as its own.
 #include "driver/Hardware.h"
 
 namespace {

@@ -3,6 +3,7 @@
 #include "Lib/Platform/StandIn/Kernel.h"
 
 #include "Lib/Platform/StandIn/Faults.h"
+#include "Lib/Platform/StandIn/Memory.h"
 #include "driver/Kernel.h"
 
 #include <algorithm>
@@ -219,8 +220,7 @@ void UnloadIfUnused() {
 } // namespace
 
 std::uint32_t KernelDriverStart() {
-    UnloadIfUnused();
-    if (Here().Started && Here().Files.empty()) {
+    if (Here().Files.empty()) {
         Unload(); // another process has stopped it since
     }
     const NTSTATUS status = Load();
@@ -325,12 +325,7 @@ std::uint32_t KernelControl(void* file, std::uint32_t code, const void* input, s
 
 void KernelForget() {
     Here() = Kernel{};
-    KernelMemory() = ContiguousMemory{};
-}
-
-ContiguousMemory& KernelMemory() {
-    static ContiguousMemory memory;
-    return memory;
+    MemoryAllocated() = AllocatedMemory{};
 }
 
 std::vector<std::string> KernelLeftovers() {
@@ -347,8 +342,8 @@ std::vector<std::string> KernelLeftovers() {
     for (const Device* device : kernel.ObjectHandles) {
         lines.push_back("kernel handle of " + device->Name);
     }
-    if (!KernelMemory().Data.empty()) {
-        lines.push_back("communication buffer of " + std::to_string(KernelMemory().Data.size()) + " bytes");
+    if (!MemoryAllocated().Data.empty()) {
+        lines.push_back("communication buffer of " + std::to_string(MemoryAllocated().Data.size()) + " bytes");
     }
     return lines;
 }

@@ -38,11 +38,4 @@ void KernelForget();
 // What the driver left in the kernel although it is not loaded, and the memory that it holds: one line each.
 std::vector<std::string> KernelLeftovers();
 
-// Memory that the driver has allocated, as it stands among the physical memory.
-struct ContiguousMemory {
-    std::uint32_t Address = 0;
-    Bytes Data; // empty while there is none
-};
-ContiguousMemory& KernelMemory();
-
 } // namespace StandIn

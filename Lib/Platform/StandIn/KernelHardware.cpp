@@ -52,7 +52,7 @@ void HardwarePortWrite(USHORT port, UCHAR value) {
 }
 
 UCHAR* HardwareBufferAllocate(ULONG size, ULONG* address) {
-    ContiguousMemory& memory = KernelMemory();
+    AllocatedMemory& memory = MemoryAllocated();
     if (Fails(Named("MmAllocateContiguousMemorySpecifyCache")) || !memory.Data.empty()) {
         return nullptr;
     }
@@ -63,7 +63,7 @@ UCHAR* HardwareBufferAllocate(ULONG size, ULONG* address) {
 }
 
 void HardwareBufferFree(UCHAR*, ULONG) {
-    KernelMemory() = ContiguousMemory{};
+    MemoryAllocated() = AllocatedMemory{};
 }
 
 PHYSICAL_MEMORY_RANGE* HardwareRangesGet() {

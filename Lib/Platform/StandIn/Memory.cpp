@@ -1,7 +1,6 @@
 // The machine's physical memory: its regions, and what the driver has allocated above them.
 #include "Lib/Platform/StandIn/Memory.h"
 
-#include "Lib/Platform/StandIn/Kernel.h"
 #include "Lib/Platform/StandIn/Machine.h"
 
 #include <algorithm>
@@ -30,7 +29,7 @@ Overlap OverlapOf(std::uint64_t address, std::uint64_t length, std::uint64_t reg
 } // namespace
 
 void MemoryRead(std::uint64_t address, std::size_t length, std::uint8_t* buffer) {
-    const ContiguousMemory& allocated = KernelMemory();
+    const AllocatedMemory& allocated = MemoryAllocated();
     const auto& regions = MachineGet().Memory;
     const Overlap own = OverlapOf(address, length, allocated.Address, allocated.Data.size());
     // Mostly one region holds the whole range, and nothing that comes later touches it.
@@ -66,7 +65,7 @@ void MemoryWrite(std::uint64_t address, std::size_t length, const std::uint8_t* 
             std::memcpy(region.Data.data() + overlap.InRegion, data + overlap.InRange, overlap.Length);
         }
     }
-    ContiguousMemory& allocated = KernelMemory();
+    AllocatedMemory& allocated = MemoryAllocated();
     const Overlap own = OverlapOf(address, length, allocated.Address, allocated.Data.size());
     if (own.Length != 0) {
         std::memcpy(allocated.Data.data() + own.InRegion, data + own.InRange, own.Length);
@@ -74,12 +73,17 @@ void MemoryWrite(std::uint64_t address, std::size_t length, const std::uint8_t* 
 }
 
 bool MemoryCovered(std::uint64_t address, std::uint64_t length) {
-    const ContiguousMemory& allocated = KernelMemory();
+    const AllocatedMemory& allocated = MemoryAllocated();
     const auto& regions = MachineGet().Memory;
     return OverlapOf(address, length, allocated.Address, allocated.Data.size()).Length != 0 ||
            std::any_of(regions.begin(), regions.end(), [&](const MemoryRegion& region) {
                return OverlapOf(address, length, region.Address, region.Data.size()).Length != 0;
            });
+}
+
+AllocatedMemory& MemoryAllocated() {
+    static AllocatedMemory memory;
+    return memory;
 }
 
 } // namespace StandIn
