@@ -56,6 +56,9 @@ set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+# Whatever the builder's umask is.
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ
+    WORLD_EXECUTE)
 set(CPACK_PACKAGE_DESCRIPTION
     "Shows the structures in which the firmware describes the machine, field\nby field, with label, raw value and meaning: of this computer, of a copy\nof another computer's tables, or of a made-up machine.")
 include(CPack)
