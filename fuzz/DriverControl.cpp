@@ -19,8 +19,10 @@ constexpr std::uint32_t ReadMemory = 0x222182;
 constexpr std::uint32_t WriteMemory = 0x222186;
 constexpr std::uint32_t GetBuffer = 0x22218A;
 constexpr std::uint32_t ReleaseBuffer = 0x22218E;
+constexpr std::uint32_t LocateRsdt = 0x2221AA;
+constexpr std::uint32_t LocateRsdtNear = 0x2221C2;
 constexpr std::uint32_t Codes[] = {ReadMemory, WriteMemory, GetBuffer, ReleaseBuffer,
-                                   0x22219E,   0x2221AA,    0x2221B0,  0x2221C2};
+                                   0x22219E,   LocateRsdt,  0x2221B0,  LocateRsdtNear};
 
 // Places where something begins or ends.
 constexpr std::uint32_t Places[] = {0,        0x1000,   0x9F000,  0xA0000,    0xE0000,    0xF0000,
@@ -37,6 +39,8 @@ struct File {
 };
 
 struct Model {
+    int Searches = 0; // so far, and the large transfers: what takes long is done a few times only
+    int LargeTransfers = 0;
     std::vector<StandIn::MemoryRange> Managed; // as the driver has to see it
     std::array<File, 4> Files;
 
@@ -79,18 +83,20 @@ void Control(InputReader* input, Model* model) {
     }
     std::uint32_t length = input->Byte();
     if (length >= 0x40) {
-        length = length == 0xFF ? LargestTransfer + input->Byte() % 2 : input->Word() % 0x2001;
+        length = length == 0xFF && model->LargeTransfers++ < 1 ? LargestTransfer + input->Byte() % 2
+                                                               : input->Word() % 0x2001;
     }
-    if (file.Opened == nullptr) {
+    const bool search = code == LocateRsdt || code == LocateRsdtNear;
+    if (file.Opened == nullptr || (search && ++model->Searches > 2)) {
         return;
     }
     const std::unique_ptr<std::uint8_t[]> output(new std::uint8_t[length]);
     std::fill_n(output.get(), length, 0xEE);
     std::uint32_t first = 0;
-    std::memcpy(&first, given.data(), std::min(given.size(), sizeof first));
+    std::copy_n(given.begin(), std::min(given.size(), sizeof first), reinterpret_cast<std::uint8_t*>(&first));
     const bool memory = code == ReadMemory || code == WriteMemory;
-    const bool allowed = memory && given.size() == 4 && length != 0 && length <= LargestTransfer &&
-                         model->MayTouch(first, length);
+    const bool allowed =
+        memory && given.size() == 4 && length != 0 && length <= LargestTransfer && model->MayTouch(first, length);
     std::uint32_t returned = 0;
     const bool served =
         StandIn::KernelControl(file.Opened, code, given.data(), static_cast<std::uint32_t>(given.size()), output.get(),

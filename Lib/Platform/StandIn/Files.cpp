@@ -76,8 +76,7 @@ HANDLE DeviceOpen(std::string_view asked, DWORD access) {
         }
     }
     Handle handle{HandleKind::Device, std::string(asked), access};
-    const std::uint32_t error =
-        KernelFileOpen(std::string(name), access, MachineGet().Administrator, &handle.Opened);
+    const std::uint32_t error = KernelFileOpen(std::string(name), access, MachineGet().Administrator, &handle.Opened);
     return error == 0 ? HandleOpen(std::move(handle)) : NoFile(error);
 }
 

@@ -301,7 +301,7 @@ std::uint32_t KernelControl(void* file, std::uint32_t code, const void* input, s
     std::unique_ptr<std::uint8_t[]> system;
     if (method != METHOD_NEITHER && copied != 0) {
         system.reset(new std::uint8_t[copied]);
-        std::memcpy(system.get(), input, inputLength);
+        std::copy_n(static_cast<const std::uint8_t*>(input), inputLength, system.get());
     }
     irp.AssociatedIrp.SystemBuffer = system.get();
     if ((method == METHOD_IN_DIRECT || method == METHOD_OUT_DIRECT) && outputLength != 0) {
