@@ -485,5 +485,6 @@ TEST(Driver, TableInManagedMemoryIsAnErrorThatTheToolTells) {
     machine.WindowsMemory = Ranges{{0x1000, 0x9E000}, {0xE0000, 0x1000}};
     const Viewed viewed = View({"/nologo", "/type", "1"}, machine);
     EXPECT_EQ(viewed.Error, 153U);
-    EXPECT_EQ(viewed.Output, "");
+    EXPECT_EQ(viewed.Output, "Failed to read physical memory data(SMBIOS) to buffer. Status = 800000CC\n\n"
+                             "Error: Type 1 is not supported.\n\n\nERROR 153 - Not supported! Status = 3.\n");
 }

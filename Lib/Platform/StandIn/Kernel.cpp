@@ -295,15 +295,19 @@ std::uint32_t KernelControl(void* file, std::uint32_t code, const void* input, s
     stack.Parameters.DeviceIoControl.InputBufferLength = inputLength;
     stack.Parameters.DeviceIoControl.OutputBufferLength = outputLength;
 
-    // The system's copy is exactly as long as it has to be, so that a checker of memory accesses sees what goes past
-    // it.
+    // The system's copy ends where its block ends, so that a checker of memory accesses sees what goes past it.
     const std::size_t copied = method == METHOD_BUFFERED ? std::max(inputLength, outputLength) : inputLength;
-    std::unique_ptr<std::uint8_t[]> system;
+    std::uint8_t small[16];
+    std::unique_ptr<std::uint8_t[]> large;
+    std::uint8_t* system = nullptr;
     if (method != METHOD_NEITHER && copied != 0) {
-        system.reset(new std::uint8_t[copied]);
-        std::copy_n(static_cast<const std::uint8_t*>(input), inputLength, system.get());
+        if (copied > sizeof small) {
+            large.reset(new std::uint8_t[copied]);
+        }
+        system = large != nullptr ? large.get() : small + sizeof small - copied;
+        std::copy_n(static_cast<const std::uint8_t*>(input), inputLength, system);
     }
-    irp.AssociatedIrp.SystemBuffer = system.get();
+    irp.AssociatedIrp.SystemBuffer = system;
     if ((method == METHOD_IN_DIRECT || method == METHOD_OUT_DIRECT) && outputLength != 0) {
         pages.StartVa = output;
         pages.ByteCount = outputLength;
@@ -318,7 +322,7 @@ std::uint32_t KernelControl(void* file, std::uint32_t code, const void* input, s
     }
     *returned = static_cast<std::uint32_t>(irp.IoStatus.Information);
     if (method == METHOD_BUFFERED && *returned != 0) {
-        std::memcpy(output, system.get(), *returned);
+        std::memcpy(output, system, *returned);
     }
     return Success;
 }

@@ -11,6 +11,7 @@ using namespace StandIn;
 namespace {
 
 bool RangesKnown = false;
+PHYSICAL_MEMORY_RANGE NoRanges{}; // what nearly every machine has, and nearly every request asks for
 
 // A place that nothing uses, far below the end of the address space.
 std::uint32_t BufferPlace(std::uint32_t size) {
@@ -71,6 +72,9 @@ PHYSICAL_MEMORY_RANGE* HardwareRangesGet() {
     if (!RangesKnown || Fails(Named("MmGetPhysicalMemoryRanges")) || !ranges) {
         return nullptr;
     }
+    if (ranges->empty()) {
+        return &NoRanges;
+    }
     auto* const given = new PHYSICAL_MEMORY_RANGE[ranges->size() + 1]();
     for (std::size_t index = 0; index < ranges->size(); ++index) {
         given[index].BaseAddress.QuadPart = static_cast<LONGLONG>((*ranges)[index].Address);
@@ -80,7 +84,9 @@ PHYSICAL_MEMORY_RANGE* HardwareRangesGet() {
 }
 
 void HardwareRangesFree(PHYSICAL_MEMORY_RANGE* ranges) {
-    delete[] ranges;
+    if (ranges != &NoRanges) {
+        delete[] ranges;
+    }
 }
 
 } // namespace RyxDriver
