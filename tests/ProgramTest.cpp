@@ -48,6 +48,9 @@ TEST(Program, TheProbeStartsNothing) {
     const Ran ran = RunProgram({"/_exec_", "/type", "1"});
     EXPECT_EQ(ran.ExitCode, 0);
     EXPECT_EQ(ran.Output + ran.Errors, "");
+    const Ran without = RunProgram({"/_exec_"}, "/there/is/no/such/machine");
+    EXPECT_EQ(without.ExitCode, 0);
+    EXPECT_EQ(without.Output + without.Errors, "");
     EXPECT_EQ(RunProgram({"/_EXEC_"}).ExitCode, 105);
     EXPECT_EQ(RunProgram({"/type", "/_exec_"}).ExitCode, 105);
 }
