@@ -49,8 +49,9 @@ std::string Hex(const Bytes& data) {
 }
 
 bool HexByte(std::string_view text, std::uint8_t* byte) {
-    const char* const end = text.data() + 2;
-    return text.size() >= 2 && std::from_chars(text.data(), end, *byte, 16).ptr == end;
+    const std::string_view digits = text.substr(0, 2);
+    const char* const end = digits.data() + digits.size();
+    return digits.size() == 2 && std::from_chars(digits.data(), end, *byte, 16).ptr == end;
 }
 
 bool HexRead(std::string_view text, Bytes* data) {
