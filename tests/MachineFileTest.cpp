@@ -360,10 +360,10 @@ TEST(MachineChoice, WhatIsNoMachineIsCalledWhatItIs) {
         {std::string("\xFF\xFE#\0", 4), ", but UTF-16 text"},
         {std::string("\xFE\xFF\0#", 4), ", but UTF-16 text"},
         {std::string("a\0=\0b\0", 6), ", but UTF-16 text"},
-        {"# a tool 1.0\nGetting data.\n\nHandle 0x0000\n", ": in line 2 the line is not of the form key = value"},
-        {"\n<?xml version=\"1.0\"?>\n", ": in line 2 unknown key \"<?xml version\""},
-        {"\xEF\xBB\xBF{\n", ": in line 1 the line is not of the form key = value"},
-        {"\x01\x02", ": in line 1 the line is not text"},
+        {"# a tool 1.0\nGetting data.\n\nHandle 0x0000\n", " (line 2: the line is not of the form key = value)"},
+        {"\n<?xml version=\"1.0\"?>\n", " (line 2: unknown key \"<?xml version\")"},
+        {"\xEF\xBB\xBF{\n", " (line 1: the line is not of the form key = value)"},
+        {"\x01\x02", " (line 1: the line is not text)"},
     };
     for (const auto& [content, name] : cases) {
         folder.Write("given", content);

@@ -436,8 +436,9 @@ std::optional<Machine> MachineFileRead(const std::string& path, const Bytes& con
     }
     const std::string number = std::to_string(reading.Line);
     const bool foreign = !reading.Understood && !LooksLikeKey(line);
-    *error = foreign ? path + ": neither a dump nor a machine file: in line " + number + " " + reason + AcceptedForms
-                     : path + ":" + number + ": " + reason;
+    *error = foreign
+                 ? path + ": neither a dump nor a machine file (line " + number + ": " + reason + ")" + AcceptedForms
+                 : path + ":" + number + ": " + reason;
     return std::nullopt;
 }
 
