@@ -6,12 +6,9 @@
 #include "viewer/ViewerState.h"
 
 #include <algorithm>
-#include <array>
+#include <iterator>
 
 namespace {
-
-constexpr std::uint64_t SelectionLimit = 128;
-constexpr std::array<std::uint64_t, 11> SingleInstanceTypes = {0, 1, 2, 3, 4, 11, 12, 24, 32, 126, 127};
 
 // Keeps the value that the library gave, if any, and takes its bytes.
 RyxStatus ValueTake(RyxStatus status, RyxBin* bin, FieldValue* value) {
@@ -34,15 +31,6 @@ RyxStatus ValueTake(RyxStatus status, RyxBin* bin, FieldValue* value) {
 }
 
 } // namespace
-
-RyxStatus SelectionCheck(std::uint64_t type, std::uint64_t instance, std::uint64_t field) {
-    if (instance > SelectionLimit || type > SelectionLimit || field > SelectionLimit) {
-        return RyxErrorUnsupported;
-    }
-    const bool single =
-        std::find(SingleInstanceTypes.begin(), SingleInstanceTypes.end(), type) != SingleInstanceTypes.end();
-    return single && instance > 1 ? RyxErrorUnsupported : RyxOk;
-}
 
 RyxStatus EpsFieldRead(std::uint32_t field, FieldValue* value) {
     ViewerBinClear();

@@ -7,10 +7,6 @@
 #include <span>
 #include <string_view>
 
-// RyxOk when the viewer accepts the selection of a type, an instance (0: every one) and a field (0: every one),
-// RyxErrorUnsupported when not.
-RyxStatus SelectionCheck(std::uint64_t type, std::uint64_t instance, std::uint64_t field);
-
 // What was read: the bytes as SMBIOS stores them, and the first eight of them as a little-endian number.
 struct FieldValue {
     std::span<const std::uint8_t> Bytes;

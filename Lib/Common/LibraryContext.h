@@ -30,6 +30,7 @@ struct LibraryContext {
     char PlatformDescription[128];
     char PrintBuffer[1024];
     PagerState Pager;
+    bool WholeTable; // no limit hides structures: whatever their handle, place and number
 };
 
 LibraryContext& LibraryContextGet();
