@@ -30,6 +30,7 @@ struct LibraryContext {
     char PlatformDescription[128];
     char PrintBuffer[1024];
     PagerState Pager;
+    int OutputError; // number of the first error that kept a print from standard output, or 0
 };
 
 LibraryContext& LibraryContextGet();

@@ -3,14 +3,27 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
 #include <utility>
 
 namespace {
 
 constexpr int ExitUnusable = 255;
 
+// A standard stream that is closed is opened so that its use fails: otherwise the next file takes its place, and what
+// is printed goes there.
+void StandardStreamsHold() {
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+        if (fcntl(stream, F_GETFD) < 0) {
+            open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
 struct ProgramStart {
     ProgramStart() {
+        StandardStreamsHold();
         const char* const choice = std::getenv("QUARRINET_MACHINE");
         std::string error;
         std::string notice;
