@@ -31,6 +31,9 @@ FieldOutcome FieldShow(const DecoderField& field, const StructPlace& place) {
 
 // Shows one structure. True when the whole decoder ends with it.
 bool StructShow(const StructPlace& place, std::span<const DecoderField> fields) {
+    if (RyxInterrupted()) {
+        return true;
+    }
     FieldValue type;
     if (!FieldRead(place, TypeRow, &type) || type.Number >= StructTypeNameTable.size()) {
         return false;

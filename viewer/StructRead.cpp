@@ -10,6 +10,19 @@
 
 namespace {
 
+constexpr std::uint8_t ControlEnd = 0x20; // what is below controls terminals
+constexpr std::uint8_t ControlDelete = 0x7F;
+
+// Keeps a text of the machine from driving the terminal that shows it. The text is at the start of the latest value.
+void ControlsHide(std::size_t length) {
+    std::uint8_t* data = nullptr;
+    std::uint64_t size = 0;
+    if (RyxConsoleIsOutput() && RyxBinInfoGet(ViewerFieldBin, &data, &size) == RyxOk) {
+        std::replace_if(
+            data, data + length, [](std::uint8_t byte) { return byte < ControlEnd || byte == ControlDelete; }, '.');
+    }
+}
+
 // Keeps the value that the library gave, if any, and takes its bytes.
 RyxStatus ValueTake(RyxStatus status, RyxBin* bin, FieldValue* value) {
     if (bin != nullptr) {
@@ -60,6 +73,7 @@ RyxStatus StructStringRead(std::uint32_t field, std::uint32_t instance, std::str
     }
     *text = std::string_view(reinterpret_cast<const char*>(value.Bytes.data()), value.Bytes.size());
     *text = text->substr(0, text->find('\0'));
+    ControlsHide(text->size());
     if (text->empty()) {
         *text = "NULL";
     }

@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <new>
 #include <string_view>
+#include <unistd.h>
 #include <utility>
 
 namespace {
@@ -24,11 +26,22 @@ bool OnlyProbed() {
     return words.substr(std::min(words.find('\0'), words.size()), probe.size()) == probe;
 }
 
+// A standard stream that is closed is opened so that its use fails: otherwise the next file takes its place, and what
+// is printed goes there.
+void StandardStreamsHold() {
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+        if (fcntl(stream, F_GETFD) < 0) {
+            open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
 struct ProgramStart {
     ProgramStart() {
         if (OnlyProbed()) {
             return;
         }
+        StandardStreamsHold();
         try {
             const char* const choice = std::getenv("QUARRINET_MACHINE");
             std::string error;
