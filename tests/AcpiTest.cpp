@@ -90,6 +90,11 @@ TEST(AcpiRootTable, WaysAreTakenInOrder) {
     machine.RegistryBinary.begin()->second = Marked("DSDT", 1);
     EXPECT_EQ((Begin(machine), FoundMark()), 2U);
     EXPECT_EQ(AcpiXsdtTableGet(nullptr), RyxErrorArgument);
+    // One of a header alone is a table, and one byte less is none.
+    for (const std::uint32_t size : {36U, 35U}) {
+        machine.RegistryBinary.begin()->second = AcpiBuilder("RSDT", size).Table();
+        EXPECT_EQ((Begin(machine), FoundMark()), size == 36 ? 36U - 100 : 2U);
+    }
 }
 
 TEST(AcpiRootTable, SegmentIsSearchedToItsBound) {
@@ -293,6 +298,11 @@ TEST(AcpiData, ResultsAndDefaults) {
     Begin(MachineOf({SpareBuffer(0x77000), MakerBuffer(0x66000)}));
     EXPECT_EQ(AcpiDataCollect(), RyxOk);
     EXPECT_EQ(AcpiStateGet().CommunicationBuffer, 0x66000U);
+    Machine registry = MachineOf({MakerBuffer(0x66000)});
+    registry.RegistryBinary["HARDWARE\\ACPI\\RSDT\\Example\\Board\\00000001"] = registry.Memory[1].Data;
+    registry.Memory.erase(registry.Memory.begin() + 1);
+    Begin(registry);
+    EXPECT_EQ(AcpiDataCollect(), RyxOk) << "the registry's copy names the tables as the one in memory does";
     Begin(MachineOf({MakerBuffer(0), SpareBuffer(0x77000)}));
     EXPECT_EQ(AcpiDataCollect(), RyxOk);
     EXPECT_EQ(AcpiStateGet().CommunicationBuffer, 0x77000U);
