@@ -139,8 +139,7 @@ TEST(Allocations, HaveTheirStatusOneByOne) {
     EXPECT_EQ(Answers(legacy, FieldGet), (Statuses{RyxErrorNotFound, buffer, memory, memory, RyxOk}));
     EXPECT_EQ(Answers(legacy, FieldKeep), (Statuses{unread, unread, unread, unread, memory, RyxOk}));
     EXPECT_EQ(Answers(TableMachine(false), TableRead), (Statuses{RyxErrorNotFound, RyxOk}));
-    EXPECT_EQ(Answers(TableMachine(false, 0x10000), TableRead),
-              (Statuses{RyxErrorNotFound, RyxErrorNotFound, RyxOk}));
+    EXPECT_EQ(Answers(TableMachine(false, 0x10000), TableRead), (Statuses{RyxErrorNotFound, RyxErrorNotFound, RyxOk}));
     // A registry copy that there is no memory for leaves the ways behind it; there, memory that is missing ends the
     // search, except for what the driver can find as well.
     EXPECT_EQ(Answers(RootTableMachine(true), RootTableGet), (Statuses{RyxErrorRootTable, buffer, buffer, RyxOk}));

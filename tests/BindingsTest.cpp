@@ -21,6 +21,17 @@ TEST(Bindings, ADriverThatIsLoadedIsNotLoadedAgain) {
     EXPECT_EQ(StandIn::Leftovers(), std::vector<std::string>()) << "one unload is enough";
 }
 
+// The driver file's path has to fit, with its folder's, into what the system takes.
+TEST(Bindings, TheProgramsFolderHasRoomForTheDriversName) {
+    for (const std::size_t length : {246U, 247U}) {
+        Machine machine;
+        machine.Program = "/" + std::string(length - 1, 'f') + "/Q.exe";
+        StartOver(machine);
+        EXPECT_EQ(DriverRequest(DriverLoad), length == 246 ? RyxOk : RyxErrorDriverLoad) << length;
+        EXPECT_EQ(DriverRequest(DriverUnload), RyxOk);
+    }
+}
+
 TEST(Bindings, ConsoleSize) {
     Machine machine;
     machine.Console = StandIn::ConsoleKind::Fixed;
