@@ -183,6 +183,12 @@ TEST(FirmwareChannel, OptionsSwitchTheMethod) {
     StartOver(MachineOf(FirmwareKind::Variables));
     ASSERT_EQ(Start(), RyxOk);
     RyxOptionSet(13, 7, 0);
+    // A switch to the method in use does nothing; the session stays open.
+    const std::uint64_t requests = Requests();
+    EXPECT_EQ(RyxOptionSet(27, 1, 0), RyxOk);
+    EXPECT_EQ(FlashMethodSwitch(FlashMethodVariables), RyxOk);
+    EXPECT_EQ(Option(13), 7);
+    EXPECT_EQ(Requests(), requests);
     EXPECT_EQ(RyxOptionSet(28, 1, 0), RyxErrorGeneral);
     EXPECT_EQ(Option(28), 0);
     EXPECT_EQ(FirmwareChannelStateGet().Method, 3) << "a failed switch leaves the method in use";
