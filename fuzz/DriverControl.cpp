@@ -61,7 +61,7 @@ struct Model {
         }
         return address + length <= AddressEnd &&
                std::none_of(Managed.begin(), Managed.end(), [&](const StandIn::MemoryRange& one) {
-                   return address < one.Address + one.Length && one.Address < address + length;
+                   return one.Length != 0 && address < one.Address + one.Length && one.Address < address + length;
                });
     }
 };
