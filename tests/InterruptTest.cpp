@@ -53,7 +53,8 @@ const std::vector<std::string> Clean{"registry key Software\\RyxTool"};
 // The program with a pipe behind its standard output. `prepare` runs in the new process.
 class Piped {
 public:
-    explicit Piped(const std::string& machine, const std::function<void()>& prepare = [] {}) {
+    explicit Piped(
+        const std::string& machine, const std::function<void()>& prepare = [] {}) {
         int output[2];
         int errors[2];
         if (pipe2(output, O_CLOEXEC) != 0 || pipe2(errors, O_CLOEXEC) != 0) {
@@ -206,8 +207,9 @@ TEST(Interrupted, InAPause) {
 }
 
 TEST(Interrupted, AStoppedPauseGoesOnWaiting) {
-    Terminal terminal({"-c", "set -m; \"$0\" /nologo /b /type 0; read line; fg >/dev/null; echo code $?", QUARRINET_PROGRAM},
-                      "sample", 10, true, "/bin/sh");
+    Terminal terminal(
+        {"-c", "set -m; \"$0\" /nologo /b /type 0; read line; fg >/dev/null; echo code $?", QUARRINET_PROGRAM},
+        "sample", 10, true, "/bin/sh");
     std::string whole = terminal.ShownUntil(Pause);
     terminal.Press("\x1A"); // Ctrl+Z
     for (int waited = 0; waited < 20000 && !terminal.Plain(); ++waited) {

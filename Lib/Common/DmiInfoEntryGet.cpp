@@ -123,6 +123,9 @@ RyxStatus DmiFirmwareTableRead(DmiTableCopy* copy) {
 }
 
 RyxStatus DmiTableCopyGet(DmiTableCopy* copy) {
+    if (copy == nullptr) {
+        return RyxErrorArgument;
+    }
     std::uint32_t address = 0;
     std::uint16_t length = 0;
     RyxStatus status = DmiInfoEntryGet(&address, &length);

@@ -31,7 +31,7 @@ RyxStatus SmbiosEntryPointPlatformLocate(std::array<std::uint8_t, EntryPointSize
 RyxStatus DmiFirmwareTableRead(DmiTableCopy* copy);
 
 // Copies the table anew, from physical memory or else from the firmware table service, and prints a message when it
-// can't. RyxErrorNotFound, RyxErrorBuffer, RyxErrorTableRead.
+// can't. RyxErrorArgument (no message), RyxErrorNotFound, RyxErrorBuffer, RyxErrorTableRead.
 RyxStatus DmiTableCopyGet(DmiTableCopy* copy);
 
 // Gives an entry point field as a new value that the caller owns; the results are those of RyxSmbiosEpsDataGet.

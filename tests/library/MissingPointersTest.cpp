@@ -72,6 +72,7 @@ TEST(MissingPointers, AreRefused) {
         {"DmiStructFieldGet", DmiStructFieldGet(structure, 14, nullptr)},
         {"DmiStructAreaGet", DmiStructAreaGet(structure, 0, nullptr)},
         {"DmiFirmwareTableRead", DmiFirmwareTableRead(nullptr)},
+        {"DmiTableCopyGet", DmiTableCopyGet(nullptr)},
         {"PhysicalMemoryRead", PhysicalMemoryRead(0, 1, nullptr)},
         {"PhysicalMemoryWrite", PhysicalMemoryWrite(0, 1, nullptr)},
         {"DriverVersionGet", DriverVersionGet(nullptr)},

@@ -128,6 +128,7 @@ void WINAPI Sleep(DWORD dwMilliseconds) {
         pause();
         return;
     }
-    const timespec time{static_cast<std::time_t>(dwMilliseconds / 1000), static_cast<long>(dwMilliseconds % 1000) * 1000000};
+    const timespec time{static_cast<std::time_t>(dwMilliseconds / 1000),
+                        static_cast<long>(dwMilliseconds % 1000) * 1000000};
     nanosleep(&time, nullptr);
 }

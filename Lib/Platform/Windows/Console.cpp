@@ -88,7 +88,8 @@ void ConsoleInterruptedEnd() {
     ExitProcess(STATUS_CONTROL_C_EXIT);
 }
 
-// The C runtime knows only one of the errors of a pipe without a reader.
+// Not every C runtime has an error number of its own for all ways in which the system says so.
 bool OutputReaderGone() {
-    return errno == EPIPE || GetLastError() == ERROR_NO_DATA;
+    const DWORD error = GetLastError();
+    return errno == EPIPE || error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA || error == ERROR_PIPE_NOT_CONNECTED;
 }
