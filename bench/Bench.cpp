@@ -1,7 +1,9 @@
 // Measures what field requests and listings cost, beside bare copies of the memory that they are obliged to copy.
 #include "Lib/API/RyxLib.h"
 #include "Lib/API/RyxSmbios.h"
-#include "Lib/Common/LibraryContext.h"
+#include "Lib/Common/Argument.h"
+#include "Lib/Common/ArgumentCommand.h"
+#include "Lib/Common/LibraryReset.h"
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/StandIn/SmbiosBuilder.h"
 #include "viewer/ViewerMain.h"
@@ -72,7 +74,7 @@ void Start(const Subject& subject, Road road) {
     StandIn::Machine machine = subject.Make(road, subject.Structures);
     machine.Console = StandIn::ConsoleKind::None;
     StandIn::MachineSet(std::move(machine));
-    LibraryContextReset();
+    LibraryReset();
     if (RyxLibInit(2, arguments) != RyxOk) {
         std::fprintf(stderr, "bench: the library does not start\n");
         std::exit(1);

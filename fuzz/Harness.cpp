@@ -3,6 +3,7 @@
 
 #include "Lib/API/RyxLib.h"
 #include "Lib/Common/LibraryContext.h"
+#include "Lib/Common/LibraryReset.h"
 #include "Lib/Platform/Driver.h"
 #include "viewer/ViewerMain.h"
 #include "viewer/ViewerState.h"
@@ -42,7 +43,7 @@ void StartOver(StandIn::Machine machine) {
     static const std::optional<StandIn::Operation> imageSize = StandIn::OperationFind("GetFileSize");
     machine.Faults.push_back({imageSize.value()});
     StandIn::MachineSet(std::move(machine));
-    LibraryContextReset();
+    LibraryReset();
     ViewerStateReset();
 }
 

@@ -2,6 +2,7 @@
 // Input: ways to the root table, as bits; the bytes at TablesBase.
 #include "Lib/Common/AcpiData.h"
 #include "Lib/Common/FirmwareChannel.h"
+#include "Lib/Platform/StandIn/AcpiBuilder.h"
 #include "fuzz/Harness.h"
 #include "fuzz/Places.h"
 
@@ -17,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         machine.AcpiTables["BATB"] = StandIn::Bytes(tables.begin(), tables.begin() + std::min<long>(70, tables.size()));
     }
     if ((ways & WaySegment) != 0) {
-        machine.Memory.push_back({RootPointerPlace, RootPointerMake()});
+        machine.Memory.push_back({RootPointerPlace, StandIn::AcpiRootPointer(TablesBase, 0)});
     }
     if ((ways & WayFadt) != 0) {
         machine.AcpiTables["FACP"] = tables;

@@ -1,9 +1,11 @@
 // Writes the inputs that the fuzz targets start from: `fuzz-seeds FOLDER` makes a folder for each target in FOLDER.
 #include "Lib/Common/DmiParser.h"
+#include "Lib/Platform/StandIn/AcpiBuilder.h"
 #include "Lib/Platform/StandIn/SmbiosBuilder.h"
 #include "fuzz/Places.h"
 
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
@@ -171,12 +173,9 @@ void RootTables() {
     Write("RootTable", "rsdt-registry", Joined({WayRegistry}, rsdt));
     Write("RootTable", "every-way", Joined({15}, rsdt));
     // The DSDT's neighbourhood has an RSDT; the driver's record names the place to search.
-    Bytes fadt(256);
-    std::memcpy(fadt.data(), "FACP", 4);
-    const std::uint32_t dsdt = TablesBase + 0x80;
-    std::memcpy(&fadt[40], &dsdt, sizeof dsdt);
-    std::memcpy(&fadt[0x80], rsdt.data(), 48);
-    Write("RootTable", "search", Joined({WayFadt}, fadt));
+    StandIn::AcpiBuilder fadt("FACP");
+    fadt.Put(40, TablesBase + 0x80).Put(0x80, std::string_view(reinterpret_cast<const char*>(rsdt.data()), 48));
+    Write("RootTable", "search", Joined({WayFadt}, fadt.Table()));
 }
 
 void FirmwareAnswers() {

@@ -53,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ViewerInstanceEnd = instanceEnd;
     ViewerFieldSelected = field < 128 ? 0 : field - 127;
     for (std::size_t type = 0; type < StructDecoderTable.size(); ++type) {
-        if (types[type] && StructDecoderTable[type] != nullptr && StructDecoderTable[type]() != RyxOk) {
+        if (types[type] && StructDecoderTable[type] != nullptr && (*StructDecoderTable[type])() != RyxOk) {
             Fault("a decoder failed");
         }
     }

@@ -4,6 +4,7 @@
 #include "Lib/Common/AcpiXsdtTableGet.h"
 #include "Lib/Common/Guid.h"
 #include "Lib/Platform/Driver.h"
+#include "Lib/Platform/StandIn/AcpiBuilder.h"
 #include "tests/Support.h"
 
 #include <cstring>
@@ -12,7 +13,11 @@
 
 namespace {
 
+using StandIn::AcpiBuilder;
+using StandIn::AcpiRootPointer;
+using StandIn::AcpiRootTable;
 using StandIn::Bytes;
+using StandIn::BytesPut;
 using StandIn::Machine;
 
 constexpr Guid BufferGuid = GuidFromText("d29563e8-cfe1-4d41-8e54-da4322fede5c");
@@ -20,54 +25,9 @@ constexpr Guid ListGuid = GuidFromText("0d9fb197-cefc-4e91-acb1-2535d9e5a844");
 constexpr Guid SmiGuid = GuidFromText("d8afdc58-6e22-42f8-9966-36ff788c9caf");
 constexpr Guid AreaGuid = GuidFromText("15e896be-0cdf-47e2-9b97-a28a398bc765");
 
-// Puts a little-endian value into bytes, which grow as needed.
-template <typename Value> void Put(Bytes& bytes, std::size_t offset, Value value) {
-    if (bytes.size() < offset + sizeof value) {
-        bytes.resize(offset + sizeof value);
-    }
-    std::memcpy(&bytes[offset], &value, sizeof value);
-}
-
-void PutText(Bytes& bytes, std::size_t offset, const std::string& text) {
-    if (bytes.size() < offset + text.size()) {
-        bytes.resize(offset + text.size());
-    }
-    std::copy(text.begin(), text.end(), bytes.begin() + static_cast<std::ptrdiff_t>(offset));
-}
-
-// A table of a total size; its header states that size.
-Bytes Table(const std::string& signature, std::uint32_t size) {
-    Bytes table(size);
-    PutText(table, 0, signature);
-    Put(table, 4, size);
-    return table;
-}
-
-template <typename Address> Bytes RootTable(const std::string& signature, const std::vector<Address>& addresses) {
-    Bytes table = Table(signature, static_cast<std::uint32_t>(36 + addresses.size() * sizeof(Address)));
-    for (std::size_t i = 0; i < addresses.size(); ++i) {
-        Put(table, 36 + i * sizeof(Address), addresses[i]);
-    }
-    return table;
-}
-
 // A root table that can be told from others by its length.
 Bytes Marked(const std::string& signature, std::uint32_t mark) {
-    return Table(signature, 100 + mark);
-}
-
-Bytes RootPointer(std::uint64_t xsdt, std::uint32_t rsdt) {
-    Bytes pointer(36);
-    PutText(pointer, 0, "RSD PTR ");
-    Put(pointer, 16, rsdt);
-    Put(pointer, 24, xsdt);
-    return pointer;
-}
-
-Bytes GuidTable(const std::string& signature, const Guid& guid, std::uint32_t size) {
-    Bytes table = Table(signature, size);
-    std::copy(guid.begin(), guid.end(), table.begin() + 36);
-    return table;
+    return AcpiBuilder(signature, 100 + mark).Table();
 }
 
 void Begin(Machine machine) {
@@ -93,15 +53,13 @@ void AddRegistry(Machine& machine) {
 }
 
 void AddMakerTable(Machine& machine) {
-    Bytes maker = Table("BATB", 70);
-    Put(maker, 62, std::uint64_t{0x7E000});
-    machine.AcpiTables["BATB"] = maker;
-    machine.Memory.push_back({0x7E000, RootPointer(0, 0x200000)});
+    machine.AcpiTables["BATB"] = AcpiBuilder("BATB", 70).Put(62, std::uint64_t{0x7E000}).Table();
+    machine.Memory.push_back({0x7E000, AcpiRootPointer(0, 0x200000)});
     machine.Memory.push_back({0x200000, Marked("RSDT", 2)});
 }
 
 void AddSegment(Machine& machine, std::uint64_t offset = 61408) {
-    machine.Memory.push_back({0xF0000 + offset, RootPointer(0x300000, 0x200000)});
+    machine.Memory.push_back({0xF0000 + offset, AcpiRootPointer(0x300000, 0x200000)});
     machine.Memory.push_back({0x300000, Marked("XSDT", 3)});
 }
 
@@ -109,12 +67,10 @@ constexpr std::uint32_t DsdtAddress = 0x4000000;
 
 // The system serves a FADT, and the driver finds a table by the record of the maker's firmware.
 void AddSystemTable(Machine& machine) {
-    Bytes fadt = Table("FACP", 244);
-    Put(fadt, 40, DsdtAddress);
-    machine.AcpiTables["FACP"] = fadt;
+    machine.AcpiTables["FACP"] = AcpiBuilder("FACP", 244).Put(40, DsdtAddress).Table();
     Bytes record(32);
-    PutText(record, 0, "IFE$");
-    Put(record, 20, std::uint32_t{0x6000000});
+    BytesPut(record, 0, "IFE$");
+    BytesPut(record, 20, std::uint32_t{0x6000000});
     machine.Memory.push_back({0xE0100, record});
     machine.Memory.push_back({0x6000000, Marked("RSDT", 4)});
 }
@@ -186,20 +142,20 @@ TEST(AcpiRootTable, AddressesAndLengthsAreChecked) {
     const std::pair<const char*, std::function<void(Machine&)>> cases[] = {
         {"root pointer into nothing",
          [](Machine& m) {
-             m.Memory = {{0xF0000, RootPointer(0x12345678, 0)}};
+             m.Memory = {{0xF0000, AcpiRootPointer(0x12345678, 0)}};
          }},
         {"root table past the address space",
          [](Machine& m) {
-             m.Memory = {{0xF0000, RootPointer(0xFFFFFFFFFFFFFFF0, 0xFFFFFFF0)}};
+             m.Memory = {{0xF0000, AcpiRootPointer(0xFFFFFFFFFFFFFFF0, 0xFFFFFFF0)}};
          }},
         {"no address",
          [](Machine& m) {
-             m.Memory = {{0xF0000, RootPointer(0, 0)}};
+             m.Memory = {{0xF0000, AcpiRootPointer(0, 0)}};
          }},
         {"length shorter than a header",
          [](Machine& m) {
-             m.Memory = {{0xF0000, RootPointer(0x1000, 0)}, {0x1000, Table("XSDT", 36)}};
-             Put(m.Memory[1].Data, 4, std::uint32_t{35});
+             m.Memory = {{0xF0000, AcpiRootPointer(0x1000, 0)}, {0x1000, AcpiBuilder("XSDT").Table()}};
+             BytesPut(m.Memory[1].Data, 4, std::uint32_t{35});
          }},
         {"maker's table too short",
          [](Machine& m) {
@@ -209,7 +165,7 @@ TEST(AcpiRootTable, AddressesAndLengthsAreChecked) {
         {"maker's table with a wild pointer",
          [](Machine& m) {
              AddMakerTable(m);
-             Put(m.AcpiTables["BATB"], 62, std::uint64_t{0xFFFFFFFFFFFFFFFF});
+             BytesPut(m.AcpiTables["BATB"], 62, std::uint64_t{0xFFFFFFFFFFFFFFFF});
          }},
         {"FADT too short for a DSDT address",
          [](Machine& m) {
@@ -226,9 +182,9 @@ TEST(AcpiRootTable, AddressesAndLengthsAreChecked) {
     }
     // An XSDT beyond reach leaves the RSDT; a table that states gigabytes is cut.
     Machine machine;
-    machine.Memory = {{0xF0000, RootPointer(0x100000000, 0x1000)}, {0x1000, Marked("RSDT", 7)}};
+    machine.Memory = {{0xF0000, AcpiRootPointer(0x100000000, 0x1000)}, {0x1000, Marked("RSDT", 7)}};
     EXPECT_EQ((Begin(machine), FoundMark()), 7U);
-    Put(machine.Memory[1].Data, 4, std::uint32_t{0xFFFFFFFF});
+    BytesPut(machine.Memory[1].Data, 4, std::uint32_t{0xFFFFFFFF});
     EXPECT_EQ((Begin(machine), FoundMark()), 0x10000U - 100);
 }
 
@@ -242,57 +198,45 @@ template <typename Address = std::uint64_t> Machine MachineOf(const std::vector<
         machine.Memory.push_back({at, table});
         at += 0x20000;
     }
-    machine.Memory.push_back({0x80000, RootTable(sizeof(Address) == 8 ? "XSDT" : "RSDT", addresses)});
-    machine.Memory.push_back({0xF0000, sizeof(Address) == 8 ? RootPointer(0x80000, 0) : RootPointer(0, 0x80000)});
+    machine.Memory.push_back({0x80000, AcpiRootTable(addresses)});
+    machine.Memory.push_back(
+        {0xF0000, sizeof(Address) == 8 ? AcpiRootPointer(0x80000, 0) : AcpiRootPointer(0, 0x80000)});
     return machine;
 }
 
-Bytes Fadt() {
-    Bytes fadt = Table("FACP", 244);
-    fadt[8] = 5;
-    Put(fadt, 40, std::uint32_t{0x500000});
-    Put(fadt, 48, std::uint32_t{0x123400B2});
-    Put(fadt, 64, std::uint32_t{0x404});
-    Put(fadt, 112, std::uint32_t{1U << 21U});
-    Put(fadt, 120, std::uint64_t{0xCF9});
-    fadt[128] = 6;
-    return fadt;
+AcpiBuilder Fadt() {
+    AcpiBuilder fadt("FACP", 244, 5);
+    fadt.Put(40, std::uint32_t{0x500000}).Put(48, std::uint32_t{0x123400B2}).Put(64, std::uint32_t{0x404});
+    return fadt.Put(112, std::uint32_t{1U << 21U}).Put(120, std::uint64_t{0xCF9}).Put(128, std::uint8_t{6});
 }
 
 Bytes Dsdt() {
-    Bytes dsdt = Table("DSDT", 400);
-    PutText(dsdt, 50, "_S3_....\x07");
-    PutText(dsdt, 200, "_S3_....\x05");
-    PutText(dsdt, 300, "_S5_....\x09");
-    PutText(dsdt, 396, "_S4_");
-    return dsdt;
+    AcpiBuilder dsdt("DSDT", 400);
+    dsdt.Put(50, "_S3_....\x07").Put(200, "_S3_....\x05").Put(300, "_S5_....\x09").Put(396, "_S4_");
+    return dsdt.Table();
 }
 
+// The communication buffer, as the maker's table gives it and as the other one does.
 Bytes MakerBuffer(std::uint32_t address) {
-    Bytes table = GuidTable("BATB", BufferGuid, 70);
-    Put(table, 54, address);
-    return table;
+    return AcpiBuilder("BATB", 70).Put(36, BufferGuid).Put(54, address).Table();
+}
+
+Bytes SpareBuffer(std::uint32_t address) {
+    return AcpiBuilder("UEFI").Put(36, BufferGuid).Put(54, address).Table();
 }
 
 Bytes ValueList(std::uint32_t count) {
-    Bytes table = GuidTable("UEFI", ListGuid, 58 + 3 * 20);
-    Put(table, 54, count);
-    Put(table, 58, std::uint32_t{0x11});
-    Put(table, 62, std::uint32_t{0x1EF});
-    Put(table, 66, std::uint32_t{0x33});
-    std::copy(SmiGuid.begin(), SmiGuid.end(), table.begin() + 70 + 16);
-    return table;
+    AcpiBuilder table("UEFI", 58 + 3 * 20);
+    table.Put(36, ListGuid).Put(54, count).Put(58, std::uint32_t{0x11}).Put(62, std::uint32_t{0x1EF});
+    return table.Put(66, std::uint32_t{0x33}).Put(70 + 16, SmiGuid).Table();
 }
 
 TEST(AcpiData, TakesEveryValueFromEitherRootTable) {
-    Bytes area = GuidTable("UEFI", AreaGuid, 66);
-    Put(area, 54, std::uint32_t{0x8000});
-    Put(area, 58, std::uint64_t{0x123456789A});
-    Bytes spare = GuidTable("UEFI", BufferGuid, 58);
-    Put(spare, 54, std::uint32_t{0x77000});
-    Bytes code = Table("SSDT", 100);
-    PutText(code, 60, "PNVS");
-    const std::vector<Bytes> tables{Fadt(), MakerBuffer(0x66000), ValueList(3), area, spare, code};
+    AcpiBuilder area("UEFI");
+    area.Put(36, AreaGuid).Put(54, std::uint32_t{0x8000}).Put(58, std::uint64_t{0x123456789A});
+    const Bytes code = AcpiBuilder("SSDT", 100).Put(60, "PNVS").Table();
+    const std::vector<Bytes> tables{Fadt().Table(), MakerBuffer(0x66000), ValueList(3),
+                                    area.Table(),   SpareBuffer(0x77000), code};
     for (Machine machine : {MachineOf(tables), MachineOf<std::uint32_t>(tables)}) {
         machine.Memory.push_back({0x500000, Dsdt()});
         Begin(machine);
@@ -331,29 +275,25 @@ TEST(AcpiData, ResultsAndDefaults) {
     Begin(Machine());
     EXPECT_EQ(AcpiDataCollect(), RyxErrorRootTable);
 
-    Bytes old = Fadt();
-    old[8] = 6;
-    Begin(MachineOf({old}));
+    Begin(MachineOf({Fadt().Put(8, std::uint8_t{6}).Table()}));
     EXPECT_EQ(AcpiDataCollect(), RyxErrorNoCommunication);
     EXPECT_EQ(AcpiStateGet().SmiValue, 0xE9U);
     EXPECT_EQ(AcpiStateGet().SmiPort, 0xB2);
     EXPECT_FALSE(AcpiStateGet().LowPowerIdle) << "only revision 5 tells";
 
     // Length 52 in an XSDT is two entries, whatever follows.
-    Machine machine = MachineOf({Fadt(), MakerBuffer(0x66000), ValueList(3)});
-    Put(machine.Memory[3].Data, 4, std::uint32_t{52});
+    Machine machine = MachineOf({Fadt().Table(), MakerBuffer(0x66000), ValueList(3)});
+    BytesPut(machine.Memory[3].Data, 4, std::uint32_t{52});
     Begin(machine);
     EXPECT_EQ(AcpiDataCollect(), RyxOk);
     EXPECT_EQ(AcpiStateGet().TableCount, 2U);
     EXPECT_EQ(AcpiStateGet().SmiValue, 0xE9U);
 
     // The other table gives the buffer only when the first gives none, in whichever order they come.
-    Bytes spare = GuidTable("UEFI", BufferGuid, 58);
-    Put(spare, 54, std::uint32_t{0x77000});
-    Begin(MachineOf({spare, MakerBuffer(0x66000)}));
+    Begin(MachineOf({SpareBuffer(0x77000), MakerBuffer(0x66000)}));
     EXPECT_EQ(AcpiDataCollect(), RyxOk);
     EXPECT_EQ(AcpiStateGet().CommunicationBuffer, 0x66000U);
-    Begin(MachineOf({MakerBuffer(0), spare}));
+    Begin(MachineOf({MakerBuffer(0), SpareBuffer(0x77000)}));
     EXPECT_EQ(AcpiDataCollect(), RyxOk);
     EXPECT_EQ(AcpiStateGet().CommunicationBuffer, 0x77000U);
 }
@@ -361,18 +301,17 @@ TEST(AcpiData, ResultsAndDefaults) {
 TEST(AcpiData, TablesThatClaimTooMuchAreLeftAlone) {
     // A root table that states more entries than it holds: what is behind it in memory is FFh.
     Machine machine = MachineOf({MakerBuffer(0x66000)});
-    Put(machine.Memory[1].Data, 4, std::uint32_t{0xFFFFFFF0});
+    BytesPut(machine.Memory[1].Data, 4, std::uint32_t{0xFFFFFFF0});
     Begin(machine);
     EXPECT_EQ(AcpiDataCollect(), RyxOk);
     EXPECT_EQ(AcpiStateGet().TableCount, 1U);
 
     Bytes huge = MakerBuffer(0x66000);
-    Put(huge, 4, std::uint32_t{0x10001});
+    BytesPut(huge, 4, std::uint32_t{0x10001});
     Bytes largest = MakerBuffer(0x66000);
-    Put(largest, 4, std::uint32_t{0x10000});
+    BytesPut(largest, 4, std::uint32_t{0x10000});
     Bytes tiny = MakerBuffer(0x66000);
-    Put(tiny, 4, std::uint32_t{57});
-    Bytes list = GuidTable("UEFI", ListGuid, 58);
+    BytesPut(tiny, 4, std::uint32_t{57});
     const std::pair<Bytes, RyxStatus> cases[] = {
         {huge, RyxErrorNoCommunication},
         {largest, RyxOk},
@@ -389,13 +328,13 @@ TEST(AcpiData, TablesThatClaimTooMuchAreLeftAlone) {
         EXPECT_EQ(AcpiStateGet().SmiValue, 0xE9U) << count;
     }
     // A FADT cut short keeps what it holds; a DSDT that states too much or stands nowhere is not searched.
-    Bytes cut = Fadt();
+    Bytes cut = Fadt().Table();
     cut.resize(66);
-    Put(cut, 4, std::uint32_t{66});
+    BytesPut(cut, 4, std::uint32_t{66});
     for (const std::uint32_t length : {0xFFFFFFFFU, 35U, 400U}) {
         machine = MachineOf({cut});
         machine.Memory.push_back({0x500000, Dsdt()});
-        Put(machine.Memory.back().Data, 4, length);
+        BytesPut(machine.Memory.back().Data, 4, length);
         Begin(machine);
         AcpiDataCollect();
         EXPECT_EQ(AcpiStateGet().SmiPort, 0xB2);
@@ -404,17 +343,17 @@ TEST(AcpiData, TablesThatClaimTooMuchAreLeftAlone) {
     }
     // Entries into nothing, past the address space, of 0, and twice the same.
     machine = Machine();
-    machine.Memory = {{0x80000, RootTable<std::uint64_t>("XSDT", {0, 0x9000000, 0xFFFFFFFC, 0x100000100000,
-                                                                  0xFFFFFFFFFFFFFFFF, 0x80000, 0x100000, 0x100000})},
+    machine.Memory = {{0x80000, AcpiRootTable<std::uint64_t>({0, 0x9000000, 0xFFFFFFFC, 0x100000100000,
+                                                              0xFFFFFFFFFFFFFFFF, 0x80000, 0x100000, 0x100000})},
                       {0x100000, MakerBuffer(0x66000)},
-                      {0xF0000, RootPointer(0x80000, 0)}};
+                      {0xF0000, AcpiRootPointer(0x80000, 0)}};
     Begin(machine);
     EXPECT_EQ(AcpiDataCollect(), RyxOk);
     EXPECT_EQ(AcpiStateGet().TableCount, 4U);
 }
 
 TEST(AcpiData, UnreadableTablesAreNotFollowed) {
-    Machine machine = MachineOf({Fadt(), MakerBuffer(0x66000)});
+    Machine machine = MachineOf({Fadt().Table(), MakerBuffer(0x66000)});
     // The reads: the segment; the root table's header, and all of it; head and rest of the FADT, the head of a DSDT
     // that is not there; head and rest of the maker's table.
     for (std::uint64_t read = 1; read <= 8; ++read) {

@@ -62,8 +62,6 @@ Bytes Dump(bool legacy, std::uint64_t offset, std::uint32_t statedLength, const 
 
 const Bytes SmallTable{127, 4, 0x34, 0x12, 0, 0};
 
-} // namespace
-
 TEST(MachineFile, EveryKeyIsUnderstood) {
     const TemporaryFolder folder;
     folder.Write("two.bin", "\x12\x34");
@@ -108,7 +106,7 @@ TEST(MachineFile, EveryKeyIsUnderstood) {
         EXPECT_FALSE(machine.Administrator);
         EXPECT_EQ(machine.Processors, 12U);
         EXPECT_EQ(machine.WindowsMajor * 100 + machine.WindowsMinor, 601U);
-        EXPECT_EQ(machine.Bits, Wow64::Unknown);
+        EXPECT_EQ(machine.UnderWow64, Wow64::Unknown);
         EXPECT_EQ(machine.Console, ConsoleKind::Fixed);
         EXPECT_EQ(machine.ConsoleColumns, 132);
         EXPECT_EQ(machine.ConsoleRows, 50);
@@ -161,6 +159,8 @@ TEST(MachineFile, ErrorsNameTheFileAndTheLine) {
         {"firmware-table ACPI/FAC = two.bin",
          "1: firmware-table ACPI/FAC: the table is none of RSMB, ACPI/ with four characters, and missing"},
         {"fail = deviceiocontrol", "1: fail: no Windows operation is named \"deviceiocontrol\""},
+        {"fail = GetLastError", "1: fail: no Windows operation is named \"GetLastError\""},
+        {"fail = _getch@1", "1: fail: no Windows operation is named \"_getch\""},
         {"fail = @3", "1: fail: no Windows operation is named \"\""},
         {"fail = DeviceIoControl@0", "1: fail: the call after @ is no number from 1 on"},
         {"fail = DeviceIoControl@x", "1: fail: the call after @ is no number from 1 on"},
@@ -328,3 +328,5 @@ TEST(SampleMachine, HoldsEveryTypeInFullLength) {
     EXPECT_EQ(static_cast<std::size_t>(entry[22] | entry[23] << 8), answer.size() - 8);
     EXPECT_EQ((Bytes{entry[6], entry[7]}), (Bytes{2, 8}));
 }
+
+} // namespace

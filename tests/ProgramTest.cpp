@@ -125,14 +125,7 @@ public:
         Process = forkpty(&Master, nullptr, nullptr, &size);
         if (Process == 0) {
             setenv("QUARRINET_MACHINE", machine.c_str(), 1);
-            std::vector<std::string> words{QUARRINET_PROGRAM};
-            words.insert(words.end(), arguments.begin(), arguments.end());
-            std::vector<char*> argv;
-            for (std::string& word : words) {
-                argv.push_back(word.data());
-            }
-            argv.push_back(nullptr);
-            execv(QUARRINET_PROGRAM, argv.data());
+            execv(QUARRINET_PROGRAM, ArgumentVector(Behind(QUARRINET_PROGRAM, arguments)).Data());
             _exit(127);
         }
     }

@@ -2,8 +2,10 @@
 #include "Lib/API/RyxLib.h"
 #include "Lib/Common/Instance.h"
 #include "Lib/Common/LibraryContext.h"
+#include "Lib/Common/PowerRequest.h"
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/Registry.h"
+#include "Lib/Platform/StandIn/Handles.h"
 #include "Lib/Platform/StandIn/State.h"
 #include "tests/Support.h"
 #include "tests/ToolRun.h"
@@ -256,7 +258,7 @@ TEST(DriverLoading, FileGoesBesideTheExecutableAndIsTheSystemsOwn) {
                                                               {StandIn::Wow64::Unknown, "\\RyxLib.sys"}};
     for (const auto& [bits, name] : systems) {
         Machine machine;
-        machine.Bits = bits;
+        machine.UnderWow64 = bits;
         StartOver(machine);
         ASSERT_EQ(DriverRequest(DriverLoad), RyxOk);
         const std::string temporary = DriverFile();
@@ -270,6 +272,18 @@ TEST(DriverLoading, FileGoesBesideTheExecutableAndIsTheSystemsOwn) {
         EXPECT_NE(beside, temporary);
         DriverRequest(DriverUnload);
         EXPECT_EQ(DriverFile(), "");
+    }
+}
+
+TEST(DriverLoading, OpensTheDeviceByTheNameOfTheVersion) {
+    for (const std::uint32_t major : {4U, 5U, 10U}) {
+        Machine machine;
+        machine.WindowsMajor = major;
+        StartOver(machine);
+        ASSERT_EQ(DriverRequest(DriverLoad), RyxOk);
+        EXPECT_EQ(StandIn::HandleOpenFor(StandIn::HandleKind::Device, "RYXLIB"), major < 5);
+        EXPECT_EQ(StandIn::HandleOpenFor(StandIn::HandleKind::Device, "Global\\RYXLIB"), major >= 5);
+        DriverRequest(DriverUnload);
     }
 }
 
@@ -292,8 +306,6 @@ TEST(DriverRequests, CheckTheirArguments) {
     ASSERT_EQ(DriverRequest(DriverLoad), RyxOk);
     EXPECT_EQ(PhysicalMemoryRead(0, 1, &byte), RyxOk);
     EXPECT_EQ(PhysicalMemoryRead(0, 0, &byte), RyxErrorArgument);
-    EXPECT_EQ(PhysicalMemoryWrite(0, 1, nullptr), RyxErrorArgument);
-    EXPECT_EQ(DriverVersionGet(nullptr), RyxErrorArgument);
     EXPECT_EQ(DriverRequest(DriverControl, 0x222100), RyxErrorDriverRequest);
     DriverRequest(DriverUnload);
 }
@@ -356,10 +368,10 @@ TEST(Power, AsksByVersion) {
         StartOver(machine);
         EXPECT_EQ(PowerRequest(6), RyxOk);
         EXPECT_EQ(StandIn::Process().ExecutionState, state);
-        EXPECT_EQ(InstanceStateGet().ExecutionState, major >= 5 ? 1U : 0U);
+        EXPECT_EQ(PowerExecutionState(), major >= 5 ? 1U : 0U);
         EXPECT_EQ(PowerRequest(7), RyxOk);
         EXPECT_EQ(StandIn::Process().ExecutionState, 0x80000000U);
-        EXPECT_EQ(InstanceStateGet().ExecutionState, 0U);
+        EXPECT_EQ(PowerExecutionState(), 0U);
     }
     EXPECT_EQ(PowerRequest(0), RyxErrorUnsupported);
     EXPECT_EQ(PowerRequest(10), RyxErrorUnsupported);

@@ -3,6 +3,7 @@
 
 #include "Lib/API/RyxOption.h"
 #include "Lib/Common/LibraryContext.h"
+#include "Lib/Common/LibraryReset.h"
 #include "Lib/Platform/Driver.h"
 #include "viewer/StructDispatch.h"
 #include "viewer/ViewerMain.h"
@@ -34,35 +35,32 @@ std::string ContentOf(int file) {
 void StartOver(StandIn::Machine machine) {
     DriverRequest(DriverUnload);
     StandIn::MachineSet(std::move(machine));
-    LibraryContextReset();
+    LibraryReset();
     ViewerStateReset();
 }
 
 std::string Decoded(std::uint8_t type, const StandIn::SmbiosBuilder& table, std::uint8_t version,
                     const Selection& selection) {
-    StartOver(StandIn::MachineWithTable(table, version / 10, version % 10));
-    if (DriverRequest(DriverLoad) != RyxOk) {
-        return "(the driver could not be loaded)";
+    std::string shown[2];
+    for (const bool legacy : {false, true}) {
+        StartOver(StandIn::MachineWithTable(table, version / 10, version % 10, legacy));
+        EXPECT_EQ(DriverRequest(DriverLoad), RyxOk);
+        ViewerFieldSelected = selection.Field;
+        ViewerInstanceFirst = selection.InstanceFirst;
+        ViewerInstanceEnd = selection.InstanceEnd;
+        shown[legacy ? 1 : 0] = Captured([type] { EXPECT_EQ((*StructDecoderTable[type])(), RyxOk); });
+        ViewerBinsRelease();
+        DriverRequest(DriverUnload);
     }
-    ViewerFieldSelected = selection.Field;
-    ViewerInstanceFirst = selection.InstanceFirst;
-    ViewerInstanceEnd = selection.InstanceEnd;
-    std::string output = Captured([type] { EXPECT_EQ(StructDecoderTable[type](), RyxOk); });
-    ViewerBinsRelease();
-    DriverRequest(DriverUnload);
-    return output;
+    EXPECT_EQ(shown[0], shown[1]) << "type " << int(type) << " on the firmware road and on the legacy road";
+    return shown[1];
 }
 
 Viewed View(const std::vector<std::string>& arguments, StandIn::Machine machine) {
     StartOver(std::move(machine));
     EXPECT_EQ(DriverRequest(DriverLoad), RyxOk);
-    std::vector<std::string> words{"Quarrinet"};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) {
-        argv.push_back(word.data());
-    }
-    RyxArgsSet(static_cast<std::uint32_t>(argv.size()), argv.data());
+    ArgumentVector argv(Behind("Quarrinet", arguments));
+    RyxArgsSet(argv.Count(), argv.Data());
     Viewed viewed{};
     viewed.Output = Captured([&viewed] { viewed.Error = ViewerMain(); });
     LibraryContextGet().Arguments = nullptr;
@@ -73,24 +71,14 @@ Viewed View(const std::vector<std::string>& arguments, StandIn::Machine machine)
 Ran RunProgram(const std::vector<std::string>& arguments, const std::string& machine, const std::string& folder) {
     const int output = memfd_create("output", 0);
     const int errors = memfd_create("errors", 0);
-    std::vector<std::string> words{QUARRINET_PROGRAM};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) {
-        argv.push_back(word.data());
-    }
-    argv.push_back(nullptr);
+    ArgumentVector argv(Behind(QUARRINET_PROGRAM, arguments));
     std::vector<std::string> settings{"QUARRINET_MACHINE=" + machine};
     for (char** setting = environ; *setting != nullptr; ++setting) {
         if (std::string(*setting).rfind("QUARRINET_MACHINE=", 0) != 0) {
             settings.emplace_back(*setting);
         }
     }
-    std::vector<char*> envp;
-    for (std::string& setting : settings) {
-        envp.push_back(setting.data());
-    }
-    envp.push_back(nullptr);
+    ArgumentVector envp(settings);
 
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
@@ -103,7 +91,7 @@ Ran RunProgram(const std::vector<std::string>& arguments, const std::string& mac
     pid_t process = 0;
     int state = 0;
     Ran ran{-1, "", ""};
-    if (posix_spawn(&process, QUARRINET_PROGRAM, &actions, nullptr, argv.data(), envp.data()) == 0 &&
+    if (posix_spawn(&process, QUARRINET_PROGRAM, &actions, nullptr, argv.Data(), envp.Data()) == 0 &&
         waitpid(process, &state, 0) == process && WIFEXITED(state)) {
         ran.ExitCode = WEXITSTATUS(state);
     }

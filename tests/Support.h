@@ -19,8 +19,8 @@ struct Selection {
     std::uint8_t InstanceEnd = 128;
 };
 
-// Runs the decoder of a type on a table of an SMBIOS version (major x 10 + minor) and gives what it printed. The field
-// counter and the decoder-ran flag are as the decoder left them.
+// Runs the decoder of a type on a table of an SMBIOS version (major x 10 + minor) and gives what it printed, the same
+// on the legacy road and the firmware road. The field counter and the decoder-ran flag are as the decoder left them.
 std::string Decoded(std::uint8_t type, const StandIn::SmbiosBuilder& table, std::uint8_t version = 28,
                     const Selection& selection = {});
 

@@ -8,6 +8,7 @@
 #include <csignal>
 #include <functional>
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -21,17 +22,9 @@ inline RyxStatus Start(const std::vector<std::string>& arguments = {}) {
     if (StandIn::MachineGet().Program.empty()) {
         StandIn::MachineGet().Program = program;
     }
-    static std::vector<std::string> words;
-    static std::vector<char*> argv;
-    words = {"Quarrinet"};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    argv.clear();
-    for (std::string& word : words) {
-        argv.push_back(word.data());
-    }
-    const auto count = static_cast<std::uint32_t>(argv.size());
-    argv.push_back(nullptr);
-    return RyxLibInit(count, argv.data());
+    static std::optional<ArgumentVector> argv; // the library keeps it
+    argv.emplace(Behind("Quarrinet", arguments));
+    return RyxLibInit(argv->Count(), argv->Data());
 }
 
 // A process that does something, tells that it has, and waits until it is let go on or killed.

@@ -1,8 +1,7 @@
 // The viewer's command flow, its selection and frame, and the entry point display.
 #include "Lib/Platform/Driver.h"
 #include "tests/Support.h"
-#include "viewer/DecoderFrame.h"
-#include "viewer/StructRead.h"
+#include "viewer/Decoders.h"
 #include "viewer/ViewerState.h"
 
 #include <gtest/gtest.h>
@@ -78,6 +77,7 @@ TEST(Viewer, DoesWhatTheCommandLineSays) {
         {{"/type", "1", "0", "-1"}, shown + Unsupported("Type 1, field ID [-1]"), 153},
         {{"/type", "43"}, shown + Unsupported("Type 43"), 153},
         {{"/type", "3"}, shown + Unsupported("Type 3"), 153},
+        {{"/type", "1", "9223372036854775807"}, shown + Unsupported("Type 1, handle ID [255]"), 153},
         {{"/type", "1", "256"}, shown + Unsupported("Type 1, handle ID [0]"), 153},
         {{"/type", "9223372036854775807"}, shown + Unsupported("Type 9223372036854775807"), 153},
         {{"/type", "+1", "0", "2"}, shown + "\nLength : 0x08 (08)\n", 0},
@@ -153,17 +153,33 @@ TEST(EntryPoint, PrintsEveryField) {
 }
 
 TEST(EntryPoint, ShowsWhatTheServiceDoesNotSupply) {
+    const SmbiosBuilder table = SmallTable().SetString(std::string(455, 'x')); // the longest string of a whole table
     const Viewed viewed =
-        View({"/nologo", "/eps", "/type", "1", "0", "1"}, StandIn::MachineWithTable(SmallTable(), 3, 1, false));
+        View({"/nologo", "/eps", "/type", "1", "0", "1"}, StandIn::MachineWithTable(table, 3, 0, false));
     EXPECT_EQ(viewed.Error, 0U);
     EXPECT_EQ(viewed.Output, "\nEntry Point Structure(EPS)\nAnchor String : N/S\n"
-                             "Entry Point Structure Checksum : N/S\nEntry Point Length : N/S\nVersion : 3.1\n"
+                             "Entry Point Structure Checksum : N/S\nEntry Point Length : N/S\nVersion : 3.0\n"
                              "Max Structure Size : N/S\nEntry Point Revision : 0x01 (1)\n"
                              "Formatted Area : 0x00 0x00 0x00 0x00 0x00 \nIntermediate Anchor String : N/S\n"
-                             "Intermediate Checksum : N/S\nStructure Table Length : 0x003C \n"
+                             "Intermediate Checksum : N/S\nStructure Table Length : 0x0203 \n"
                              "Structure Table Address : N/S\nNumber Of SMBIOS Structures : N/S\n"
                              "SMBIOS BCD Revision : N/S\n"
                              "\nType : System (Type 01)\n");
+}
+
+// Of all structures of a type, the first 127 are shown; the 128th has to be asked for.
+TEST(Viewer, EveryInstanceEndsAt127) {
+    SmbiosBuilder table;
+    for (int i = 0; i < 128; ++i) {
+        table.Begin(14, static_cast<std::uint16_t>(i)).Byte(0);
+    }
+    const Machine machine = StandIn::MachineWithTable(table, 2, 8);
+    for (const char* instance : {"0", "128"}) {
+        const std::string shown = View({"/nologo", "/type", "14", instance}, machine).Output;
+        EXPECT_EQ(shown.find("Handle : 0x0000 (00)") != std::string::npos, *instance == '0');
+        EXPECT_EQ(shown.find("Handle : 0x007E (126)") != std::string::npos, *instance == '0');
+        EXPECT_EQ(shown.find("Handle : 0x007F (127)") != std::string::npos, *instance != '0');
+    }
 }
 
 TEST(Selection, IsChecked) {
@@ -196,30 +212,31 @@ TEST(BitList, EndsWithItsNames) {
     EXPECT_EQ(Captured([&] { BitListPrint(0x5, names + 3); }), "");
 }
 
-// A made-up decoder of type 14, to see the frame at work in its instance-loop form.
-constexpr DecoderField Fields[] = {NumberField(4, "Item : %d\n"), CountedField(3), NumberField(4, "Again : %d\n")};
+// A made-up decoder of type 25, to see the frame at work in its instance-loop form.
+constexpr DecoderField Fields[] = {NumberField(3, "Item : %d\n"), CountedField(4), NumberField(5, "Again : %d\n")};
+constexpr StructDecoder Decoder(25, "", DecoderForm::Loop, Fields);
 
 std::string Looped(const Selection& selection) {
     SmbiosBuilder table;
-    table.Begin(14).Byte(0).Byte(7).Begin(14).Byte(0).Byte(8).Begin(14).Byte(0);
+    table.Begin(25).Byte(7).Byte(0).Byte(7).Begin(25).Byte(8).Byte(0).Byte(8).Begin(25);
     StartOver(StandIn::MachineWithTable(table, 2, 8));
     EXPECT_EQ(DriverRequest(DriverLoad), RyxOk);
     ViewerFieldSelected = selection.Field;
     ViewerInstanceFirst = selection.InstanceFirst;
     ViewerInstanceEnd = selection.InstanceEnd;
-    return Captured([] { EXPECT_EQ(InstanceLoopDecode(14, Fields), RyxOk); });
+    return Captured([] { EXPECT_EQ(Decoder(), RyxOk); });
 }
 
 std::string Head(int length, int handle) {
-    return "\nType : Group Association (Type 14)\nLength : 0x0" + std::to_string(length) + " (0" +
+    return "\nType : SYS Power Control (Type 25)\nLength : 0x0" + std::to_string(length) + " (0" +
            std::to_string(length) + ")\nHandle : 0x000" + std::to_string(handle) + " (0" + std::to_string(handle) +
            ")\n";
 }
 
 TEST(Frame, ShowsTheInstancesOfTheRange) {
-    EXPECT_EQ(Looped({}), Head(6, 0) + "Item : 7\nAgain : 7\n" + Head(6, 1) + "Item : 8\nAgain : 8\n" + Head(5, 2));
+    EXPECT_EQ(Looped({}), Head(7, 0) + "Item : 7\nAgain : 7\n" + Head(7, 1) + "Item : 8\nAgain : 8\n" + Head(4, 2));
     EXPECT_EQ(ViewerFieldCounter, 4);
-    EXPECT_EQ(Looped({0, 2, 3}), Head(6, 1) + "Item : 8\nAgain : 8\n");
+    EXPECT_EQ(Looped({0, 2, 3}), Head(7, 1) + "Item : 8\nAgain : 8\n");
     EXPECT_EQ(Looped({4, 1, 128}), "\nItem : 7\n") << "the selected field ends the decoder";
     EXPECT_EQ(Looped({4, 3, 128}), "\n") << "unless it can't be read";
     EXPECT_EQ(Looped({5, 1, 128}), "\n\n\n") << "or has nothing to show";

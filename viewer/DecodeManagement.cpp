@@ -1,113 +1,10 @@
-// Decoders of remote access, boot, 64-bit memory error and management device structures (types 30 to 36).
+// Decoders of management devices, IPMI and management controller host interfaces (types 34 to 36, 38 and 42).
 #include "Lib/API/RyxPrint.h"
-#include "viewer/DecoderFrame.h"
 #include "viewer/Decoders.h"
-#include "viewer/MemoryErrorTexts.h"
 
 namespace {
 
-// Type 30, out-of-band remote access.
-
-constexpr const char* RemoteAccessConnectionNames[] = {
-    "Outbound Connection Enabled",
-    "Inbound Connection Enabled",
-    nullptr,
-};
-
-constexpr DecoderField Type30Fields[] = {
-    StringField(3, "Manufacturer Name : %s\n"),
-    BitsField(4, "Connections : 0x%02X\n", RemoteAccessConnectionNames),
-};
-
-// Type 31, boot integrity services entry point.
-
-// The row is a dword; the line shows the word at its start.
-FieldOutcome BisEntry16Show(const DecoderField& field, const StructPlace& place) {
-    std::uint64_t entry = 0;
-    if (!FieldNumber(place, field.Row, &entry)) {
-        return FieldOutcome::Unreadable;
-    }
-    RyxPrintf(field.Format, static_cast<unsigned>(entry & 0xFFFF));
-    return FieldOutcome::Printed;
-}
-
-constexpr DecoderField Type31Fields[] = {
-    NumberField(3, "Checksum : 0x%02X (%02d)\n"), NumberField(4, "Reserved1 : 0x%02X\n"),
-    NumberField(5, "Reserved2 : 0x%04X\n"),       OwnField(6, BisEntry16Show, "BisEntry16 : 0x%04X\n"),
-    NumberField(7, "BisEntry32 : 0x%08X\n"),      NumberField(8, "Reserved3 : 0x%llX\n"),
-    NumberField(9, "Reserved4 : 0x%08X\n"),
-};
-
-// Type 32, system boot information.
-
-constexpr const char* BootStatusCodes[] = {
-    "No errors detected",
-    "No bootable media",
-    "Failed to load",
-    "Firmware-detected hardware failure",
-    "OS-detected hardware failure",
-    "User-requested boot",
-    "System security violation",
-    "Previously-requested image",
-    "System to reboot",
-};
-
-constexpr TextRange BootStatusRanges[] = {
-    {9, 127, "Reserved"},
-    {128, 191, "Vendor/OEM-specific implementations"},
-    {192, 255, "Product-specific implementations"},
-};
-
-constexpr TextTable BootStatusTexts{BootStatusCodes, BootStatusRanges};
-
-FieldOutcome BootReservedShow(const DecoderField& field, const StructPlace& place) {
-    std::span<const std::uint8_t> bytes;
-    if (!FieldBytes(place, field.Row, &bytes)) {
-        return FieldOutcome::Unreadable;
-    }
-    RyxPrintf("Reserved : ");
-    for (const std::uint8_t byte : bytes) {
-        RyxPrintf("0x%02X ", byte);
-    }
-    RyxPrintf("\n");
-    return FieldOutcome::Printed;
-}
-
-// The status code, and whatever bytes the firmware put behind it, each read as a status of its own.
-FieldOutcome BootStatusShow(const DecoderField& field, const StructPlace& place) {
-    std::span<const std::uint8_t> bytes;
-    if (!FieldBytes(place, field.Row, &bytes)) {
-        return FieldOutcome::Unreadable;
-    }
-    RyxPrintf("Boot Status : ");
-    for (const std::uint8_t status : bytes) {
-        RyxPrintf("0x%02x - ", status);
-        RyxPrintf("%s\n", TextFind(BootStatusTexts, status));
-    }
-    return FieldOutcome::Printed;
-}
-
-constexpr DecoderField Type32Fields[] = {
-    OwnField(3, BootReservedShow),
-    OwnField(4, BootStatusShow),
-};
-
-// Type 33, 64-bit memory error information.
-
-constexpr std::uint64_t ErrorAddressUnknown = 0x8000000000000000;
-constexpr std::uint64_t ErrorResolutionUnknown = 0x80000000;
-
-constexpr DecoderField Type33Fields[] = {
-    TextField(3, "Error Type : 0x%02X - %s\n", MemoryErrorTypeTexts),
-    TextField(4, "Error Granularity : 0x%02X - %s\n", MemoryErrorGranularityTexts),
-    TextField(5, "Error Operation : 0x%02X - %s \n", MemoryErrorOperationTexts),
-    MarkField(6, "Vendor Syndrome : 0x%08X ", 0, "- Unknown\n"),
-    MarkField(7, "Memory Array Error Address : 0x%llX ", ErrorAddressUnknown, "- Unknown\n"),
-    MarkField(8, "Device Error Address : 0x%llX ", ErrorAddressUnknown, "- Unknown\n"),
-    MarkField(9, "Error Resolution : 0x%08X ", ErrorResolutionUnknown, "- Unknown\n"),
-};
-
-// Type 34, management device.
+// Type 34, Management Device.
 
 constexpr const char* ManagementDeviceTypeTexts[] = {
     "",
@@ -135,7 +32,7 @@ constexpr DecoderField Type34Fields[] = {
     TextField(6, "Address Type : 0x%02X - %s\n", ManagementDeviceAddressTypeTexts),
 };
 
-// Type 35, management device component.
+// Type 35, Management Device Component.
 
 constexpr DecoderField Type35Fields[] = {
     StringField(3, "Description : %s\n"),
@@ -144,7 +41,7 @@ constexpr DecoderField Type35Fields[] = {
     NumberField(6, "Threshold Handle : 0x%04X (%d)\n"),
 };
 
-// Type 36, management device threshold data.
+// Type 36, Management Device Threshold Data.
 
 constexpr DecoderField Type36Fields[] = {
     NumberField(3, "Lower Threshold-on-critical : 0x%04X (%d)\n"),
@@ -155,32 +52,104 @@ constexpr DecoderField Type36Fields[] = {
     NumberField(8, "Upper Threshold-Non-recoverable : 0x%04X (%d)\n"),
 };
 
+// Type 38, IPMI Device Information.
+
+constexpr const char* IpmiInterfaceTypeTexts[] = {
+    "Unknown",
+    "KCS:Keyboard Controller Style",
+    "SMIC:Server Management Interface Chip",
+    "BT:Block Transfer",
+};
+
+constexpr const char* IpmiRegisterSpacingTexts[] = {
+    "On successive byte boundaries",
+    "On 32-bit boundaries",
+    "On 16-byte boundaries",
+    "Reserved",
+};
+
+constexpr const char* IpmiLsBitTexts[] = {"Bit 0", "Bit 1"};
+
+constexpr const char* IpmiInterruptInfoTexts[] = {"Not specified", "Specified"};
+
+constexpr const char* IpmiInterruptPolarityTexts[] = {"Active low", "Active high"};
+
+constexpr const char* IpmiInterruptTriggerTexts[] = {"edge", "level"};
+
+constexpr BitGroup IpmiModifierGroups[] = {
+    {" Register spacing : %s\n", 6, 0x3, IpmiRegisterSpacingTexts},
+    {" LS-bit for addresses : %s\n", 4, 0x1, IpmiLsBitTexts},
+    {" Interrupt Info : %s\n", 3, 0x1, IpmiInterruptInfoTexts},
+    {" Interrupt Polarity : %s\n", 1, 0x1, IpmiInterruptPolarityTexts},
+    {" Interrupt Trigger Mode : %s\n", 0, 0x1, IpmiInterruptTriggerTexts},
+};
+
+// The NV storage mark stands on a line of its own: the value's line is ended before it.
+constexpr DecoderField Type38Fields[] = {
+    TextField(3, "Interface Type : 0x%02X - %s\n", IpmiInterfaceTypeTexts),
+    NumberField(4, "IPMI Specification Revision : 0x%02X\n"),
+    NumberField(5, "I2C Slave Address : 0x%02X\n"),
+    MarkField(6, "NV Storage Device Address : 0x%02X\n", 0xFF, "- No storage device exists\n"),
+    NumberField(7, "Base Address : 0x%llX\n"),
+    GroupsField(8, "Base Address Modifier / Interrupt Info : 0x%02X\n", IpmiModifierGroups),
+    MarkField(9, "Interrupt Number : 0x%02X ", 0, "- Unspecified/Unsupported\n"),
+};
+
+// Type 42, Management Controller Host Interface.
+
+constexpr std::uint8_t InterfaceTypeRow = 3;
+constexpr std::uint8_t InterfaceTypeOem = 0xF0;
+
+constexpr const char* HostInterfaceTypeLowTexts[] = {
+    "Reserved",
+    "Reserved",
+    "KCS: Keyboard Controller Style",
+    "8250 UART Register Compatible",
+    "16450 UART Register Compatible",
+    "16550/16550A UART Register Compatible",
+    "16650/16650A UART Register Compatible",
+    "16750/16750A UART Register Compatible",
+    "16850/16850A UART Register Compatible",
+};
+
+constexpr TextRange HostInterfaceTypeRanges[] = {
+    {0x09, InterfaceTypeOem - 1, "Reserved"},
+    {InterfaceTypeOem, InterfaceTypeOem, "OEM"},
+    {InterfaceTypeOem + 1, 0xFF, "Reserved"},
+};
+
+constexpr TextTable HostInterfaceTypeTexts{HostInterfaceTypeLowTexts, HostInterfaceTypeRanges};
+
+// Only an OEM interface's data has a known beginning: the vendor's number.
+FieldOutcome HostInterfaceDataShow(const DecoderField& field, const StructPlace& place) {
+    FieldValue vendor;
+    FieldValue type;
+    if (!FieldRead(place, field.Row, &vendor) || !FieldRead(place, InterfaceTypeRow, &type)) {
+        return FieldOutcome::Unreadable;
+    }
+    if (type.Number != InterfaceTypeOem) {
+        return FieldOutcome::Skipped;
+    }
+    RyxPrintf(" Vendor ID : 0x");
+    for (const std::uint8_t byte : vendor.Bytes) {
+        RyxPrintf("%02x", byte);
+    }
+    RyxPrintf("\n");
+    return FieldOutcome::Printed;
+}
+
+constexpr DecoderField Type42Fields[] = {
+    TextLineField(InterfaceTypeRow, "Interface Type : 0x%02X ", HostInterfaceTypeTexts, "- %s\n"),
+    OwnField(4, HostInterfaceDataShow),
+};
+
 } // namespace
 
-RyxStatus StructDecodeType30() {
-    return InstanceLoopDecode(30, Type30Fields);
-}
-
-RyxStatus StructDecodeType31() {
-    return InstanceLoopDecode(31, Type31Fields);
-}
-
-RyxStatus StructDecodeType32() {
-    return SingleInstanceDecode(32, Type32Fields);
-}
-
-RyxStatus StructDecodeType33() {
-    return InstanceLoopDecode(33, Type33Fields);
-}
-
-RyxStatus StructDecodeType34() {
-    return InstanceLoopDecode(34, Type34Fields);
-}
-
-RyxStatus StructDecodeType35() {
-    return InstanceLoopDecode(35, Type35Fields);
-}
-
-RyxStatus StructDecodeType36() {
-    return InstanceLoopDecode(36, Type36Fields);
-}
+constinit const StructDecoder StructDecodeType34(34, "Manage Device (Type 34)", DecoderForm::Loop, Type34Fields);
+constinit const StructDecoder StructDecodeType35(35, "Manage Device Component (Type 35)", DecoderForm::Loop,
+                                                 Type35Fields);
+constinit const StructDecoder StructDecodeType36(36, "Manage Device Threshold Data (Type 36)", DecoderForm::Loop,
+                                                 Type36Fields);
+constinit const StructDecoder StructDecodeType38(38, "IPMI Device Info (Type 38)", DecoderForm::Single, Type38Fields);
+constinit const StructDecoder StructDecodeType42(42, "Manage Controller Host Interface (Type 42)", DecoderForm::Loop,
+                                                 Type42Fields);

@@ -1,14 +1,14 @@
-// The decoders of port, slot, on-board device, string list, language and group structures (types 8 to 14) and their
-// text tables. Of a list they show what the field rows name: its count or its first item.
-#include "Lib/API/RyxPrint.h"
-#include "viewer/DecoderFrame.h"
+// Decoders of port, slot, on-board device and pointing device structures (types 8 to 10 and 21).
 #include "viewer/Decoders.h"
-
-#include <cstdint>
 
 namespace {
 
-constexpr const char* const ConnectorTypeLowTexts[] = {
+// Type 8, Port Connector Information.
+
+// The code for a connector or port that the standard does not list.
+constexpr TextRange OtherPortRanges[] = {{0xFF, 0xFF, "Other"}};
+
+constexpr const char* ConnectorTypeLowTexts[] = {
     "None",
     "Centronics",
     "Mini Centronics",
@@ -45,10 +45,12 @@ constexpr const char* const ConnectorTypeLowTexts[] = {
     "1394",
     "SAS/SATA Plug Receptacle",
 };
-constexpr const char* const ConnectorTypeHighTexts[] = {"PC-98", "PC-98Hireso", "PC-H98", "PC-98Note", "PC-98Full"};
-constexpr TextTable ConnectorTypeTexts(ConnectorTypeLowTexts, ConnectorTypeHighTexts);
 
-constexpr const char* const PortTypeLowTexts[] = {
+constexpr const char* ConnectorTypeHighTexts[] = {"PC-98", "PC-98Hireso", "PC-H98", "PC-98Note", "PC-98Full"};
+
+constexpr TextTable ConnectorTypeTexts(ConnectorTypeLowTexts, ConnectorTypeHighTexts, OtherPortRanges);
+
+constexpr const char* PortTypeLowTexts[] = {
     "None",
     "Parallel Port XT/AT Compatible",
     "Parallel Port PS/2",
@@ -84,39 +86,22 @@ constexpr const char* const PortTypeLowTexts[] = {
     "SATA",
     "SAS",
 };
-constexpr const char* const PortTypeHighTexts[] = {"8251 Compatible", "8251 FIFO Compatible"};
-constexpr TextTable PortTypeTexts(PortTypeLowTexts, PortTypeHighTexts);
 
-// The code for a connector or port that the standard does not list.
-constexpr std::uint64_t OtherPort = 0xFF;
+constexpr const char* PortTypeHighTexts[] = {"8251 Compatible", "8251 FIFO Compatible"};
 
-FieldOutcome PortTextShow(const DecoderField& field, const StructPlace& place) {
-    std::uint64_t code = 0;
-    if (!FieldNumber(place, field.Row, &code)) {
-        return FieldOutcome::Unreadable;
-    }
-    RyxPrintf(field.Format, static_cast<unsigned>(code));
-    if (code == OtherPort) {
-        RyxPrintf("Other\n");
-    } else {
-        RyxPrintf("%s\n", TextFind(field.Texts, code));
-    }
-    return FieldOutcome::Printed;
-}
-
-constexpr DecoderField PortTextField(std::uint8_t row, const char* format, TextTable texts) {
-    return {.Row = row, .Show = PortTextShow, .Format = format, .Texts = texts};
-}
+constexpr TextTable PortTypeTexts(PortTypeLowTexts, PortTypeHighTexts, OtherPortRanges);
 
 constexpr DecoderField Type8Fields[] = {
     StringField(3, "Internal Reference Designator : %s\n"),
-    PortTextField(4, "Internal Type : 0x%02X - ", ConnectorTypeTexts),
+    TextLineField(4, "Internal Type : 0x%02X - ", ConnectorTypeTexts),
     StringField(5, "External Reference Designator : %s\n"),
-    PortTextField(6, "External Type : 0x%02X - ", ConnectorTypeTexts),
-    PortTextField(7, "Port Type : 0x%02X - ", PortTypeTexts),
+    TextLineField(6, "External Type : 0x%02X - ", ConnectorTypeTexts),
+    TextLineField(7, "Port Type : 0x%02X - ", PortTypeTexts),
 };
 
-constexpr const char* const SlotTypeLowTexts[] = {
+// Type 9, System Slots.
+
+constexpr const char* SlotTypeLowTexts[] = {
     "",
     "Other",
     "Unknown",
@@ -138,7 +123,8 @@ constexpr const char* const SlotTypeLowTexts[] = {
     "PCI-X",
     "AGP 8X",
 };
-constexpr const char* const SlotTypeHighTexts[] = {
+
+constexpr const char* SlotTypeHighTexts[] = {
     "PC-98/C20",
     "PC-98/C24",
     "PC-98/E",
@@ -163,17 +149,18 @@ constexpr const char* const SlotTypeHighTexts[] = {
     "PCI Express Gen 3 x8",
     "PCI Express Gen 3 x16",
 };
+
 constexpr TextTable SlotTypeTexts(SlotTypeLowTexts, SlotTypeHighTexts);
 
-constexpr const char* const SlotBusWidthTexts[] = {"",         "Other",    "Unknown",    "8 bit",      "16 bit",
-                                                   "32 bit",   "64 bit",   "128 bit",    "1x or x1",   "2x or x2",
-                                                   "4x or x4", "8x or x8", "12x or x12", "16x or x16", "32x or x32"};
+constexpr const char* SlotBusWidthTexts[] = {"",         "Other",    "Unknown",    "8 bit",      "16 bit",
+                                             "32 bit",   "64 bit",   "128 bit",    "1x or x1",   "2x or x2",
+                                             "4x or x4", "8x or x8", "12x or x12", "16x or x16", "32x or x32"};
 
-constexpr const char* const SlotUsageTexts[] = {"", "Other", "Unknown", "Available", "In use"};
+constexpr const char* SlotUsageTexts[] = {"", "Other", "Unknown", "Available", "In use"};
 
-constexpr const char* const SlotLengthTexts[] = {"", "Other", "Unknown", "Short Length", "Long Length"};
+constexpr const char* SlotLengthTexts[] = {"", "Other", "Unknown", "Short Length", "Long Length"};
 
-constexpr const char* const SlotCharacteristic1Names[] = {
+constexpr const char* SlotCharacteristic1Names[] = {
     "Characteristics Unknown",
     "Provides 5.0 Vlots",
     "Provides 3.3 Vlots",
@@ -185,10 +172,10 @@ constexpr const char* const SlotCharacteristic1Names[] = {
     nullptr,
 };
 
-constexpr const char* const SlotCharacteristic2Names[] = {
-    "PCI Power Management Enable", "Slot Support hot-plug devices", "PCI slot supports SMBus signal", nullptr};
+constexpr const char* SlotCharacteristic2Names[] = {"PCI Power Management Enable", "Slot Support hot-plug devices",
+                                                    "PCI slot supports SMBus signal", nullptr};
 
-constexpr const char* const DeviceFunctionNames[] = {
+constexpr const char* DeviceFunctionNames[] = {
     "Function number bit 0", "Function number bit 1", "Function number bit 2",
     "Device number bit 0",   "Device number bit 1",   "Device number bit 2",
     "Device number bit 3",   "Device number bit 4",   nullptr,
@@ -208,11 +195,13 @@ constexpr DecoderField Type9Fields[] = {
     BitsField(13, "Device/Function Number : 0x%02X\n", DeviceFunctionNames),
 };
 
-constexpr const char* const OnboardDeviceTypeTexts[] = {
+// Type 10, On Board Devices Information.
+
+constexpr const char* OnboardDeviceTypeTexts[] = {
     "",          "Other", "Unknown",        "Video",          "SCSI",         "Ethernet",
     "TokenRing", "Sound", "PATAController", "SATAController", "SASController"};
 
-constexpr const char* const OnboardDeviceStatusTexts[] = {"Device Disabled", "Device Enabled"};
+constexpr const char* OnboardDeviceStatusTexts[] = {"Device Disabled", "Device Enabled"};
 
 constexpr BitGroup OnboardDeviceGroups[] = {
     {" Status : %s\n", 7, 0x01, OnboardDeviceStatusTexts},
@@ -224,52 +213,30 @@ constexpr DecoderField Type10Fields[] = {
     StringField(4, "Description String : %s\n"),
 };
 
-// OEM strings and configuration options have the same layout.
-constexpr DecoderField StringCountFields[] = {
-    NumberField(3, "Count : 0x%02X (%02d)\n"),
+// Type 21, Built-in Pointing Device.
+
+constexpr const char* PointingDeviceTypeTexts[] = {
+    "",          "Other",        "Unknown",        "Mouse", "Track Ball", "Track Point", "Glide Point",
+    "Touch Pad", "Touch Screen", "Optical Sensor",
 };
 
-constexpr const char* const LanguageFormatTexts[] = {"Long format", "Abbreviated format"};
-
-constexpr DecoderField Type13Fields[] = {
-    NumberField(3, "Installable Languages : 0x%02X (%02d)\n"),
-    TextField(4, "Flags : 0x%02X - %s\n", LanguageFormatTexts, 0x01),
-    CountedField(5),
-    StringField(6, "Current Languages : %s\n"),
+constexpr const char* PointingInterfaceLow[] = {
+    "", "Other", "Unknown", "Serial", "PS/2", "Infrared", "HP-HIL", "Bus mouse", "ADB(Apple Destkop Bus)",
 };
 
-constexpr DecoderField Type14Fields[] = {
-    StringField(3, "Group Name : %s\n"),
-    NumberField(4, "Item Type : 0x%02X (%02d)\n"),
-    NumberField(5, "Item Handle : 0x%04X (%02d)\n"),
+constexpr const char* PointingInterfaceHigh[] = {"Bus mouse DB-9", "Bus mouse micro-DIN", "USB"};
+
+constexpr TextTable PointingInterfaceTexts{PointingInterfaceLow, PointingInterfaceHigh};
+
+constexpr DecoderField Type21Fields[] = {
+    TextField(3, "Type : 0x%02X - %s\n", PointingDeviceTypeTexts),
+    TextLineField(4, "Interface : 0x%02X - ", PointingInterfaceTexts),
+    NumberField(5, "Number of Buttons : 0x%02X (%d)\n"),
 };
 
 } // namespace
 
-RyxStatus StructDecodeType8() {
-    return InstanceLoopDecode(8, Type8Fields);
-}
-
-RyxStatus StructDecodeType9() {
-    return InstanceLoopDecode(9, Type9Fields);
-}
-
-RyxStatus StructDecodeType10() {
-    return InstanceLoopDecode(10, Type10Fields);
-}
-
-RyxStatus StructDecodeType11() {
-    return SingleInstanceDecode(11, StringCountFields);
-}
-
-RyxStatus StructDecodeType12() {
-    return SingleInstanceDecode(12, StringCountFields);
-}
-
-RyxStatus StructDecodeType13() {
-    return InstanceLoopDecode(13, Type13Fields);
-}
-
-RyxStatus StructDecodeType14() {
-    return InstanceLoopDecode(14, Type14Fields);
-}
+constinit const StructDecoder StructDecodeType8(8, "Port Connector (Type 08)", DecoderForm::Loop, Type8Fields);
+constinit const StructDecoder StructDecodeType9(9, "System Slots (Type 09)", DecoderForm::Loop, Type9Fields);
+constinit const StructDecoder StructDecodeType10(10, "On Board Devices (Type 10)", DecoderForm::Loop, Type10Fields);
+constinit const StructDecoder StructDecodeType21(21, "Built-in Pointing (Type 21)", DecoderForm::Loop, Type21Fields);

@@ -1,27 +1,22 @@
-// The decoder of processor structures (type 4) and its text tables.
+// The decoder of processor structures (type 4).
 #include "Lib/API/RyxPrint.h"
-#include "viewer/DecoderFrame.h"
 #include "viewer/Decoders.h"
-#include "viewer/StructRead.h"
+#include "viewer/VoltageNames.h"
 
-#include <array>
-#include <cstddef>
-#include <cstdint>
+#include <algorithm>
+#include <cstdio>
+#include <functional>
 #include <iterator>
-#include <string_view>
 
 namespace {
 
-constexpr const char* const ProcessorTypeTexts[] = {
-    "None", "Other", "Unknown", "Central Processor", "Math Processor", "DSP Processor", "Video Processor"};
+// Type 4, Processor Information.
 
-// The family enumeration is sparse: only the codes that have a name are written down, in ascending order.
-struct FamilyName {
-    std::uint16_t Code;
-    const char* Name;
-};
+constexpr const char* ProcessorTypeTexts[] = {"None",           "Other",         "Unknown",        "Central Processor",
+                                              "Math Processor", "DSP Processor", "Video Processor"};
 
-constexpr FamilyName FamilyNames[] = {
+// The texts of both forms of the family, the byte and the word. A code below the end that has no name is reserved.
+constexpr TextCode ProcessorFamilyTexts[] = {
     {0x000, "None"},
     {0x001, "Other"},
     {0x002, "Unknown"},
@@ -224,93 +219,37 @@ constexpr FamilyName FamilyNames[] = {
     {0x1F4, "Video Processor"},
 };
 
-constexpr std::size_t FamilyCount = 0x200;
-using ReservedText = std::array<char, sizeof("Reserved [1FF]")>;
+constexpr std::uint64_t FamilyEnd = 0x200;
 
-// "Reserved [n]", n being the code in hexadecimal without leading zeros.
-constexpr ReservedText ReservedTextMake(std::size_t code) {
-    ReservedText text{};
-    std::size_t at = 0;
-    for (const char letter : std::string_view("Reserved [")) {
-        text[at++] = letter;
+static_assert(std::ranges::adjacent_find(ProcessorFamilyTexts, std::ranges::greater_equal(), &TextCode::Code) ==
+                  std::end(ProcessorFamilyTexts),
+              "a family code stands twice or out of order");
+
+void FamilyPrint(const DecoderField& field, const FieldValue& value) {
+    const auto code = static_cast<unsigned int>(value.Number);
+    char reserved[sizeof "Reserved [1FF]"];
+    const char* text = TextFind(ProcessorFamilyTexts, code);
+    if (text == nullptr && code < FamilyEnd) {
+        std::snprintf(reserved, sizeof reserved, "Reserved [%X]", code);
+        text = reserved;
     }
-    for (unsigned shift = code > 0xFF ? 8 : code > 0xF ? 4 : 0;; shift -= 4) {
-        text[at++] = "0123456789ABCDEF"[(code >> shift) & 0xF];
-        if (shift == 0) {
-            break;
-        }
-    }
-    text[at] = ']';
-    return text;
+    RyxPrintf(field.Format, code, text != nullptr ? text : UnrecognizedText);
 }
-
-constexpr std::array<ReservedText, FamilyCount> ReservedTextsMake() {
-    std::array<ReservedText, FamilyCount> texts{};
-    for (std::size_t code = 0; code < FamilyCount; ++code) {
-        texts[code] = ReservedTextMake(code);
-    }
-    return texts;
-}
-
-constexpr std::array<ReservedText, FamilyCount> ReservedTexts = ReservedTextsMake();
-
-constexpr std::array<const char*, FamilyCount> FamilyTextsMake() {
-    std::array<const char*, FamilyCount> texts{};
-    for (std::size_t code = 0; code < FamilyCount; ++code) {
-        texts[code] = ReservedTexts[code].data();
-    }
-    for (const FamilyName& family : FamilyNames) {
-        texts[family.Code] = family.Name;
-    }
-    return texts;
-}
-
-// The texts of both forms of the family, the byte and the word.
-constexpr std::array<const char*, FamilyCount> ProcessorFamilyTexts = FamilyTextsMake();
-
-constexpr bool FamilyTextsComplete() {
-    for (const char* text : ProcessorFamilyTexts) {
-        if (text == nullptr || *text == '\0') {
-            return false;
-        }
-    }
-    return true;
-}
-
-constexpr bool FamilyNamesAscend() {
-    for (std::size_t i = 1; i < std::size(FamilyNames); ++i) {
-        if (FamilyNames[i].Code <= FamilyNames[i - 1].Code) {
-            return false;
-        }
-    }
-    return true;
-}
-
-static_assert(FamilyTextsComplete(), "every family code needs a text");
-static_assert(FamilyNamesAscend(), "a family code stands twice or out of order");
-
-constexpr TextTable FamilyTable() {
-    TextTable table;
-    table.Low = ProcessorFamilyTexts;
-    return table;
-}
-
-constexpr const char* const ProcessorVoltageNames[] = {"5V   Supported", "3.3V Supported", "2.9V Supported", nullptr};
 
 // The voltage in tenths of a volt.
-constexpr const char* const ProcessorVoltageTexts[] = {
+constexpr const char* ProcessorVoltageTexts[] = {
     "Unknown", "0.1 V", "0.2 V", "0.3 V", "0.4 V", "0.5 V", "0.6 V", "0.7 V", "0.8 V", "0.9 V", "1.0 V",
     "1.1 V",   "1.2 V", "1.3 V", "1.4 V", "1.5 V", "1.6 V", "1.7 V", "1.8 V", "1.9 V", "2.0 V", "2.1 V",
     "2.2 V",   "2.3 V", "2.4 V", "2.5 V", "2.6 V", "2.7 V", "2.8 V", "2.9 V", "3.0 V", "3.1 V", "3.2 V",
     "3.3 V",   "3.4 V", "3.5 V", "3.6 V", "3.7 V", "3.8 V", "3.9 V", "4.0 V", "4.1 V", "4.2 V", "4.3 V",
     "4.4 V",   "4.5 V", "4.6 V", "4.7 V", "4.8 V", "4.9 V", "5.0 V"};
 
-constexpr const char* const ProcessorStatusTexts[] = {
+constexpr const char* ProcessorStatusTexts[] = {
     "Unknown",  "CPU Enabled", "CPU Disabled by User", "CPU Disabled by System BIOS", "CPU is Idle", "Reserved",
     "Reserved", "Other",
 };
 
-constexpr const char* const ProcessorUpgradeTexts[] = {
+constexpr const char* ProcessorUpgradeTexts[] = {
     "",
     "Other",
     "Unknown",
@@ -358,7 +297,7 @@ constexpr const char* const ProcessorUpgradeTexts[] = {
     "Socket LGA1356-3",
 };
 
-constexpr const char* const ProcessorCharacteristicNames[] = {
+constexpr const char* ProcessorCharacteristicNames[] = {
     "Reserved",
     "Unknown",
     "64-bit Capable",
@@ -373,29 +312,24 @@ constexpr const char* const ProcessorCharacteristicNames[] = {
 constexpr std::uint64_t VoltageFormBit = 0x80;
 
 // With the voltage form bit set the byte is the voltage itself, else a set of supported voltages.
-FieldOutcome VoltageShow(const DecoderField& field, const StructPlace& place) {
-    std::uint64_t voltage = 0;
-    if (!FieldNumber(place, field.Row, &voltage)) {
-        return FieldOutcome::Unreadable;
-    }
-    RyxPrintf("Voltage : 0x%02X", static_cast<unsigned>(voltage));
-    if ((voltage & VoltageFormBit) == 0) {
+void VoltagePrint(const DecoderField& field, const FieldValue& value) {
+    NumberPrint(field, value);
+    if ((value.Number & VoltageFormBit) == 0) {
         RyxPrintf("\n");
-        BitListPrint(voltage, ProcessorVoltageNames);
+        BitListPrint(value.Number, ProcessorVoltageNames);
     } else {
-        RyxPrintf(" - %s\n", TextFind(ProcessorVoltageTexts, voltage - VoltageFormBit));
+        RyxPrintf(" - %s\n", TextFind(ProcessorVoltageTexts, value.Number - VoltageFormBit));
     }
-    return FieldOutcome::Printed;
 }
 
 constexpr DecoderField Type4Fields[] = {
     StringField(3, "Socket Designation : %s\n"),
     TextField(4, "Processor Type : 0x%02X - %s\n", ProcessorTypeTexts),
-    TextField(5, "Processor Family : 0x%02X - %s\n", FamilyTable()),
+    OwnField(5, FamilyPrint, "Processor Family : 0x%02X - %s\n"),
     StringField(6, "Processor Manufacturer : %s\n"),
     NumberField(7, "Processor ID : 0x%llX\n"),
     StringField(8, "Processor Version : %s\n"),
-    OwnField(9, VoltageShow),
+    OwnField(9, VoltagePrint, "Voltage : 0x%02X"),
     NumberField(10, "External Clock : 0x%04X (%d)MHz\n"),
     NumberField(11, "Max Speed : 0x%04X (%d)MHz\n"),
     NumberField(12, "Current Speed : 0x%04X (%d)MHz\n"),
@@ -411,11 +345,9 @@ constexpr DecoderField Type4Fields[] = {
     NumberField(22, "Core Enabled : 0x%02X (%d)\n"),
     NumberField(23, "Thread Count : 0x%02X (%d)\n"),
     BitsField(24, "Processor Characteristics : 0x%04X\n", ProcessorCharacteristicNames),
-    TextField(25, "Processor Family2 : 0x%04X - %s\n", FamilyTable()),
+    OwnField(25, FamilyPrint, "Processor Family2 : 0x%04X - %s\n"),
 };
 
 } // namespace
 
-RyxStatus StructDecodeType4() {
-    return SingleInstanceDecode(4, Type4Fields);
-}
+constinit const StructDecoder StructDecodeType4(4, "Processor (Type 04)", DecoderForm::Single, Type4Fields);

@@ -1,8 +1,6 @@
 // Decoders of BIOS, system, base board and chassis structures (types 0 to 3).
 #include "Lib/API/RyxPrint.h"
-#include "viewer/DecoderFrame.h"
 #include "viewer/Decoders.h"
-#include "viewer/StructRead.h"
 
 #include <algorithm>
 
@@ -53,26 +51,18 @@ constexpr const char* BiosCharacteristicExt2Names[] = {
     "BIOS Boot Specification Supported", "Function Key Initiated NSB Supported", "Enable Targeted Content Distribution",
     "UEFI Specification is supported",   "Describes a virtual machine",          nullptr};
 
-FieldOutcome RomSizeShow(const DecoderField& field, const StructPlace& place) {
-    std::uint64_t size = 0;
-    if (!FieldNumber(place, field.Row, &size)) {
-        return FieldOutcome::Unreadable;
-    }
-    const auto units = static_cast<unsigned int>(size);
-    RyxPrintf("BIOS ROM Size : 0x%02X (%d KB)\n", units, (units + 1) * 64);
-    return FieldOutcome::Printed;
+void RomSizePrint(const DecoderField& field, const FieldValue& value) {
+    const auto units = static_cast<unsigned int>(value.Number);
+    RyxPrintf(field.Format, units, (units + 1) * 64);
 }
 
-FieldOutcome ExtensionShow(const DecoderField& field, const StructPlace& place) {
-    std::span<const std::uint8_t> bytes;
-    if (!FieldBytes(place, field.Row, &bytes) || bytes.size() < 2) {
-        return FieldOutcome::Unreadable;
-    }
-    RyxPrintf("BIOS Characteristics Extension1 : 0x%02X\n", bytes[0]);
-    BitListPrint(bytes[0], BiosCharacteristicExt1Names);
-    RyxPrintf("BIOS Characteristics Extension2 : 0x%02X\n", bytes[1]);
-    BitListPrint(bytes[1], BiosCharacteristicExt2Names);
-    return FieldOutcome::Printed;
+void ExtensionPrint(const DecoderField&, const FieldValue& value) {
+    const std::uint64_t first = value.Number & 0xFF;
+    const std::uint64_t second = value.Number >> 8;
+    RyxPrintf("BIOS Characteristics Extension1 : 0x%02X\n", static_cast<unsigned int>(first));
+    BitListPrint(first, BiosCharacteristicExt1Names);
+    RyxPrintf("BIOS Characteristics Extension2 : 0x%02X\n", static_cast<unsigned int>(second));
+    BitListPrint(second, BiosCharacteristicExt2Names);
 }
 
 constexpr DecoderField Type0Fields[] = {
@@ -80,40 +70,26 @@ constexpr DecoderField Type0Fields[] = {
     StringField(4, "BIOS Version : %s\n"),
     NumberField(5, "BIOS Starting Address Segment : 0x%04X\n"),
     StringField(6, "BIOS Release Date : %s\n"),
-    OwnField(7, RomSizeShow),
+    OwnField(7, RomSizePrint, "BIOS ROM Size : 0x%02X (%d KB)\n"),
     BitsField(8, "BIOS Characteristics : 0x%llX\n", BiosCharacteristicNames),
-    OwnField(9, ExtensionShow),
+    OwnField(9, ExtensionPrint),
     NumberField(10, "System BIOS Major Release : %02X\n"),
     NumberField(11, "System BIOS Minor Release : %02X\n"),
     NumberField(12, "EC Major Release : %02X\n"),
     NumberField(13, "EC Minor Release : %02X\n"),
 };
 
-// Type 1, System Information.
+// Type 1, System Information. The UUID is shown as it is stored, whatever byte order its fields have.
 
 constexpr const char* WakeUpTypeTexts[] = {"",           "Other",        "Unknown",  "APM Timer",        "Modem Ring",
                                            "LAN Remote", "Power Switch", "PCI PME#", "AC Power Restored"};
-
-// The UUID is shown as it is stored, whatever byte order its fields have.
-FieldOutcome UuidShow(const DecoderField& field, const StructPlace& place) {
-    std::span<const std::uint8_t> bytes;
-    if (!FieldBytes(place, field.Row, &bytes)) {
-        return FieldOutcome::Unreadable;
-    }
-    RyxPrintf("UUID : ");
-    for (const std::uint8_t byte : bytes) {
-        RyxPrintf("0x%02X ", byte);
-    }
-    RyxPrintf("\n");
-    return FieldOutcome::Printed;
-}
 
 constexpr DecoderField Type1Fields[] = {
     StringField(3, "Manufacturer : %s\n"),
     StringField(4, "Product Name : %s\n"),
     StringField(5, "Version : %s\n"),
     StringField(6, "Serial Number : %s\n"),
-    OwnField(7, UuidShow),
+    BytesField(7, "UUID : "),
     TextField(8, "Wake-up Type : 0x%02X - %s\n", WakeUpTypeTexts),
     StringField(9, "SKU Number : %s\n"),
     StringField(10, "Family : %s\n"),
@@ -139,17 +115,17 @@ constexpr const char* BoardTypeTexts[] = {"",
                                           "Processor/IO Module",
                                           "Interconnect Board"};
 
-constexpr std::uint8_t RowContainedCount = 12;
+constexpr std::uint8_t ContainedCountRow = 12;
 
 FieldOutcome ContainedHandlesShow(const DecoderField& field, const StructPlace& place) {
-    std::uint64_t count = 0;
-    std::span<const std::uint8_t> bytes;
-    if (!FieldNumber(place, RowContainedCount, &count) || !FieldBytes(place, field.Row, &bytes)) {
+    FieldValue list;
+    FieldValue count;
+    if (!FieldRead(place, field.Row, &list) || !FieldRead(place, ContainedCountRow, &count)) {
         return FieldOutcome::Unreadable;
     }
     RyxPrintf("Contained Object Handles : ");
-    for (std::size_t i = 0; i < std::min<std::size_t>(count, bytes.size() / 2); ++i) {
-        const auto handle = static_cast<unsigned int>(ValueOf(&bytes[2 * i], 2));
+    for (std::size_t i = 0; i < std::min<std::size_t>(count.Number, list.Bytes.size() / 2); ++i) {
+        const unsigned handle = list.Bytes[2 * i] | list.Bytes[2 * i + 1] << 8;
         RyxPrintf("0x%02x (%d)\n", handle, handle);
     }
     return FieldOutcome::Printed;
@@ -165,7 +141,7 @@ constexpr DecoderField Type2Fields[] = {
     StringField(9, "Location in Chassis : %s\n"),
     NumberField(10, "Chassis Handle : 0x%04X\n"),
     TextField(11, "Board Type : 0x%02X - %s\n", BoardTypeTexts),
-    NumberField(RowContainedCount, "Number of Contained Object Handles : 0x%02X (%d)\n"),
+    NumberField(ContainedCountRow, "Number of Contained Object Handles : 0x%02X (%d)\n"),
     OwnField(13, ContainedHandlesShow),
 };
 
@@ -210,19 +186,14 @@ constexpr const char* ChassisSecurityTexts[] = {
 
 constexpr std::uint32_t ChassisTypeMask = 0x7F; // bit 7 tells of a lock
 
-FieldOutcome ContainedElementsShow(const DecoderField& field, const StructPlace& place) {
-    std::span<const std::uint8_t> bytes;
-    if (!FieldBytes(place, field.Row, &bytes)) {
-        return FieldOutcome::Unreadable;
-    }
+void ContainedElementsPrint(const DecoderField&, const FieldValue& value) {
     RyxPrintf("Contained Elements : ");
-    if (bytes.empty()) {
+    if (value.Bytes.empty()) {
         RyxPrintf("0x00 (0)\n");
     }
-    for (const std::uint8_t byte : bytes) {
+    for (const std::uint8_t byte : value.Bytes) {
         RyxPrintf("0x%02x\n", byte);
     }
-    return FieldOutcome::Printed;
 }
 
 constexpr DecoderField Type3Fields[] = {
@@ -240,24 +211,13 @@ constexpr DecoderField Type3Fields[] = {
     NumberField(14, "Number of Power Cords : 0x%02X (%d)\n"),
     NumberField(15, "Contained Element Count : 0x%02X (%d)\n"),
     NumberField(16, "Contained Element Record Length : 0x%02X (%d)\n"),
-    OwnField(17, ContainedElementsShow),
+    OwnField(17, ContainedElementsPrint),
     StringField(18, "SKU Number : %s\n"),
 };
 
 } // namespace
 
-RyxStatus StructDecodeType0() {
-    return SingleInstanceDecode(0, Type0Fields);
-}
-
-RyxStatus StructDecodeType1() {
-    return SingleInstanceDecode(1, Type1Fields);
-}
-
-RyxStatus StructDecodeType2() {
-    return SingleInstanceDecode(2, Type2Fields);
-}
-
-RyxStatus StructDecodeType3() {
-    return SingleInstanceDecode(3, Type3Fields);
-}
+constinit const StructDecoder StructDecodeType0(0, "BIOS (Type 00)", DecoderForm::Single, Type0Fields);
+constinit const StructDecoder StructDecodeType1(1, "System (Type 01)", DecoderForm::Single, Type1Fields);
+constinit const StructDecoder StructDecodeType2(2, "Base Board (Type 02)", DecoderForm::Single, Type2Fields);
+constinit const StructDecoder StructDecodeType3(3, "Enclosure/Chassis (Type 03)", DecoderForm::Single, Type3Fields);

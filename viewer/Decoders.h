@@ -1,51 +1,44 @@
-// The decoders, one per structure type. Each shows the selected fields of the structures of its type and returns RyxOk;
-// a field that can't be read ends a structure's output silently.
+// The decoders, one per structure type.
 #pragma once
 
-#include "Lib/RyxStatus.h"
+#include "viewer/DecoderField.h"
 
-RyxStatus StructDecodeType0();
-RyxStatus StructDecodeType1();
-RyxStatus StructDecodeType2();
-RyxStatus StructDecodeType3();
-RyxStatus StructDecodeType4();
-RyxStatus StructDecodeType5();
-RyxStatus StructDecodeType6();
-RyxStatus StructDecodeType7();
-RyxStatus StructDecodeType8();
-RyxStatus StructDecodeType9();
-RyxStatus StructDecodeType10();
-RyxStatus StructDecodeType11();
-RyxStatus StructDecodeType12();
-RyxStatus StructDecodeType13();
-RyxStatus StructDecodeType14();
-RyxStatus StructDecodeType15();
-RyxStatus StructDecodeType16();
-RyxStatus StructDecodeType17();
-RyxStatus StructDecodeType18();
-RyxStatus StructDecodeType19();
-RyxStatus StructDecodeType20();
-RyxStatus StructDecodeType21();
-RyxStatus StructDecodeType22();
-RyxStatus StructDecodeType23();
-RyxStatus StructDecodeType24();
-RyxStatus StructDecodeType25();
-RyxStatus StructDecodeType26();
-RyxStatus StructDecodeType27();
-RyxStatus StructDecodeType28();
-RyxStatus StructDecodeType29();
-RyxStatus StructDecodeType30();
-RyxStatus StructDecodeType31();
-RyxStatus StructDecodeType32();
-RyxStatus StructDecodeType33();
-RyxStatus StructDecodeType34();
-RyxStatus StructDecodeType35();
-RyxStatus StructDecodeType36();
-RyxStatus StructDecodeType37();
-RyxStatus StructDecodeType38();
-RyxStatus StructDecodeType39();
-RyxStatus StructDecodeType40();
-RyxStatus StructDecodeType41();
-RyxStatus StructDecodeType42();
-RyxStatus StructDecodeType126();
-RyxStatus StructDecodeType127();
+#include <algorithm>
+#include <cstddef>
+
+// Which structures of its type a decoder shows: the first one only, or those in the viewer's instance range.
+enum class DecoderForm : std::uint8_t { Single, Loop };
+
+// A decoder: the display name of its type, and its fields from number 4 on, whose rows ascend; else it does not
+// compile. The name's characters stand in the record itself: so it has an address that other constant tables can hold.
+struct StructDecoder {
+    char Name[44]{};
+    std::uint8_t Type;
+    DecoderForm Form;
+    std::span<const DecoderField> Fields;
+
+    template <std::size_t N>
+    consteval StructDecoder(std::uint8_t type, const char (&name)[N], DecoderForm form,
+                            std::span<const DecoderField> fields)
+        : Type(type), Form(form), Fields(fields) {
+        std::copy(name, name + N, Name);
+        std::uint8_t last = 2; // the rows of the three fields that every type has
+        for (const DecoderField& field : fields) {
+            last = field.Row > last ? field.Row : throw "the rows of a decoder ascend";
+        }
+    }
+
+    // Shows the selected fields of the structures; a field that can't be read ends a structure's output silently.
+    // Always RyxOk.
+    RyxStatus operator()() const;
+};
+
+extern const StructDecoder StructDecodeType0, StructDecodeType1, StructDecodeType2, StructDecodeType3,
+    StructDecodeType4, StructDecodeType5, StructDecodeType6, StructDecodeType7, StructDecodeType8, StructDecodeType9,
+    StructDecodeType10, StructDecodeType11, StructDecodeType12, StructDecodeType13, StructDecodeType14,
+    StructDecodeType15, StructDecodeType16, StructDecodeType17, StructDecodeType18, StructDecodeType19,
+    StructDecodeType20, StructDecodeType21, StructDecodeType22, StructDecodeType23, StructDecodeType24,
+    StructDecodeType25, StructDecodeType26, StructDecodeType27, StructDecodeType28, StructDecodeType29,
+    StructDecodeType30, StructDecodeType31, StructDecodeType32, StructDecodeType33, StructDecodeType34,
+    StructDecodeType35, StructDecodeType36, StructDecodeType37, StructDecodeType38, StructDecodeType39,
+    StructDecodeType40, StructDecodeType41, StructDecodeType42, StructDecodeType126, StructDecodeType127;

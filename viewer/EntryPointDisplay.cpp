@@ -5,13 +5,10 @@
 #include "viewer/StructRead.h"
 #include "viewer/ViewerState.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <span>
 
 namespace {
-
-using FieldBytes = std::span<const std::uint8_t>;
 
 // How a line shows its field. Characters and Number show 0 as a field that the firmware did not supply.
 enum class LineShape { Characters, Number, NumberAlways, Bytes, Version };
@@ -49,25 +46,25 @@ void VersionPrint() {
     }
 }
 
-void EachBytePrint(const char* format, FieldBytes bytes) {
+void EachBytePrint(const char* format, std::span<const std::uint8_t> bytes) {
     for (const std::uint8_t byte : bytes) {
         RyxPrintf(format, byte);
     }
     RyxPrintf("\n");
 }
 
-void FieldPrint(const EntryPointLine& line, FieldBytes bytes) {
-    const auto number = static_cast<unsigned int>(ValueOf(bytes.data(), bytes.size()));
+void FieldPrint(const EntryPointLine& line, const FieldValue& value) {
+    const auto number = static_cast<unsigned int>(value.Number);
     switch (line.Shape) {
     case LineShape::Characters:
-        if (bytes.empty() || bytes[0] == 0) {
+        if (value.Bytes.empty() || value.Bytes[0] == 0) {
             RyxPrintf(NotSupplied);
         } else {
-            EachBytePrint(line.Format, bytes);
+            EachBytePrint(line.Format, value.Bytes);
         }
         break;
     case LineShape::Bytes:
-        EachBytePrint(line.Format, bytes);
+        EachBytePrint(line.Format, value.Bytes);
         break;
     default:
         if (number == 0 && line.Shape == LineShape::Number) {
@@ -89,13 +86,12 @@ RyxStatus EntryPointDisplay() {
             VersionPrint();
             continue;
         }
-        const std::uint8_t* data = nullptr;
-        std::uint64_t size = 0;
-        if (const RyxStatus status = EpsFieldRead(line.Field, &data, &size); status != RyxOk) {
+        FieldValue value;
+        if (const RyxStatus status = EpsFieldRead(line.Field, &value); status != RyxOk) {
             RyxPrintf(NotSupplied);
             return status;
         }
-        FieldPrint(line, {data, static_cast<std::size_t>(size)});
+        FieldPrint(line, value);
     }
     return RyxOk;
 }

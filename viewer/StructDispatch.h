@@ -1,14 +1,12 @@
 // The two tables indexed by structure type: the decoder of a type, and the name that its structures are shown under.
 #pragma once
 
-#include "Lib/RyxStatus.h"
+#include "viewer/Decoders.h"
 
 #include <array>
 
-using StructDecoder = RyxStatus (*)();
-
 // The decoder of each type; null for a type that has none.
-extern const std::array<StructDecoder, 128> StructDecoderTable;
+extern const std::array<const StructDecoder*, 128> StructDecoderTable;
 
 // The display name of each type; empty for a type without a decoder.
 extern const std::array<const char*, 128> StructTypeNameTable;

@@ -14,17 +14,22 @@ constexpr std::uint64_t SelectionLimit = 128;
 constexpr std::array<std::uint64_t, 11> SingleInstanceTypes = {0, 1, 2, 3, 4, 11, 12, 24, 32, 126, 127};
 
 // Keeps the value that the library gave, if any, and takes its bytes.
-RyxStatus ValueTake(RyxStatus status, RyxBin* bin, const std::uint8_t** data, std::uint64_t* size) {
+RyxStatus ValueTake(RyxStatus status, RyxBin* bin, FieldValue* value) {
     if (bin != nullptr) {
-        ViewerBinKeep(bin);
+        if (const RyxStatus kept = ViewerBinKeep(RyxBinOwner(bin)); kept != RyxOk) {
+            return kept;
+        }
     }
     if (status != RyxOk) {
         return RyxErrorUnsupported;
     }
-    *size = 0;
-    std::uint8_t* bytes = nullptr;
-    status = RyxBinInfoGet(ViewerFieldBin, &bytes, size);
-    *data = bytes;
+    std::uint8_t* data = nullptr;
+    std::uint64_t size = 0;
+    status = RyxBinInfoGet(ViewerFieldBin, &data, &size);
+    *value = {{data, static_cast<std::size_t>(size)}};
+    for (std::size_t i = std::min<std::size_t>(value->Bytes.size(), sizeof value->Number); i-- > 0;) {
+        value->Number = value->Number << 8 | value->Bytes[i];
+    }
     return status;
 }
 
@@ -39,37 +44,34 @@ RyxStatus SelectionCheck(std::uint64_t type, std::uint64_t instance, std::uint64
     return single && instance > 1 ? RyxErrorUnsupported : RyxOk;
 }
 
-RyxStatus EpsFieldRead(std::uint32_t field, const std::uint8_t** data, std::uint64_t* size) {
+RyxStatus EpsFieldRead(std::uint32_t field, FieldValue* value) {
     ViewerBinClear();
     RyxBin* bin = nullptr;
     const RyxStatus status = RyxSmbiosEpsDataGet(field, &bin);
-    return ValueTake(status, bin, data, size);
+    return ValueTake(status, bin, value);
 }
 
-RyxStatus StructFieldRead(std::uint32_t field, std::uint32_t instance, const std::uint8_t** data, std::uint64_t* size) {
+RyxStatus StructFieldRead(std::uint32_t field, std::uint32_t instance, FieldValue* value) {
     ViewerBinClear();
     RyxBin* bin = nullptr;
     const RyxStatus status = RyxSmbiosDataGet(field, instance, &bin);
-    return ValueTake(status, bin, data, size);
+    return ValueTake(status, bin, value);
 }
 
-RyxStatus StructAreaRead(std::uint8_t type, std::uint32_t instance, std::uint8_t offset, const std::uint8_t** data,
-                         std::uint64_t* size) {
+RyxStatus StructAreaRead(std::uint8_t type, std::uint32_t instance, std::uint8_t offset, FieldValue* value) {
     ViewerBinClear();
     RyxBin* bin = nullptr;
     const RyxStatus status = RyxSmbiosAreaGet(type, instance, offset, &bin);
-    return ValueTake(status, bin, data, size);
+    return ValueTake(status, bin, value);
 }
 
 RyxStatus StructStringRead(std::uint32_t field, std::uint32_t instance, std::string_view* text) {
-    const std::uint8_t* data = nullptr;
-    std::uint64_t size = 0;
-    const RyxStatus status = StructFieldRead(field, instance, &data, &size);
-    if (status != RyxOk) {
+    FieldValue value;
+    if (const RyxStatus status = StructFieldRead(field, instance, &value); status != RyxOk) {
         return status;
     }
-    const std::string_view value(reinterpret_cast<const char*>(data), static_cast<std::size_t>(size));
-    *text = value.substr(0, value.find('\0'));
+    *text = std::string_view(reinterpret_cast<const char*>(value.Bytes.data()), value.Bytes.size());
+    *text = text->substr(0, text->find('\0'));
     if (text->empty()) {
         *text = "NULL";
     }
@@ -78,19 +80,14 @@ RyxStatus StructStringRead(std::uint32_t field, std::uint32_t instance, std::str
 
 RyxStatus SmbiosVersionGet(std::uint8_t* major, std::uint8_t* minor) {
     constexpr std::uint32_t MajorField = 3;
-    constexpr std::uint32_t MinorField = 4;
-    const std::uint8_t* data = nullptr;
-    std::uint64_t size = 0;
-    RyxStatus status = EpsFieldRead(MajorField, &data, &size);
-    if (status != RyxOk) {
-        return status;
+    std::uint8_t* const versions[] = {major, minor};
+    for (std::uint32_t i = 0; i < std::size(versions); ++i) {
+        FieldValue value;
+        if (const RyxStatus status = EpsFieldRead(MajorField + i, &value); status != RyxOk) {
+            return status;
+        }
+        *versions[i] = static_cast<std::uint8_t>(value.Number);
     }
-    *major = data[0];
-    status = EpsFieldRead(MinorField, &data, &size);
-    if (status != RyxOk) {
-        return status;
-    }
-    *minor = data[0];
     return RyxOk;
 }
 
@@ -100,12 +97,4 @@ void BitListPrint(std::uint64_t value, const char* const* names) {
         RyxPrintf("  Bit%d %s - %d ", i, names[i], bit);
         RyxPrintf(bit == 1 ? "(Yes)\n" : "(No)\n");
     }
-}
-
-std::uint64_t ValueOf(const std::uint8_t* data, std::uint64_t size) {
-    std::uint64_t value = 0;
-    for (std::uint64_t i = std::min<std::uint64_t>(size, 8); i-- > 0;) {
-        value = value << 8 | data[i];
-    }
-    return value;
 }

@@ -4,20 +4,26 @@
 #include "Lib/RyxStatus.h"
 
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 // RyxOk when the viewer accepts the selection of a type, an instance (0: every one) and a field (0: every one),
 // RyxErrorUnsupported when not.
 RyxStatus SelectionCheck(std::uint64_t type, std::uint64_t instance, std::uint64_t field);
 
-// Each gives bytes as SMBIOS stores them; they stay valid until the end of the viewer's run. RyxErrorUnsupported: the
-// library could not give the value; RyxErrorObject: no structure of that instance.
-RyxStatus EpsFieldRead(std::uint32_t field, const std::uint8_t** data, std::uint64_t* size);
-RyxStatus StructFieldRead(std::uint32_t field, std::uint32_t instance, const std::uint8_t** data, std::uint64_t* size);
+// What was read: the bytes as SMBIOS stores them, and the first eight of them as a little-endian number.
+struct FieldValue {
+    std::span<const std::uint8_t> Bytes;
+    std::uint64_t Number = 0;
+};
+
+// Each gives a value whose bytes stay valid until the end of the viewer's run. RyxErrorUnsupported: the library could
+// not give the value; RyxErrorObject: no structure of that instance; RyxErrorMemory: no memory to keep the value.
+RyxStatus EpsFieldRead(std::uint32_t field, FieldValue* value);
+RyxStatus StructFieldRead(std::uint32_t field, std::uint32_t instance, FieldValue* value);
 
 // The bytes of a structure from an offset to the end of its formatted area.
-RyxStatus StructAreaRead(std::uint8_t type, std::uint32_t instance, std::uint8_t offset, const std::uint8_t** data,
-                         std::uint64_t* size);
+RyxStatus StructAreaRead(std::uint8_t type, std::uint32_t instance, std::uint8_t offset, FieldValue* value);
 
 // The text of a string field, whole and terminated, "NULL" for an empty or absent string. It stays valid as bytes do.
 RyxStatus StructStringRead(std::uint32_t field, std::uint32_t instance, std::string_view* text);
@@ -27,6 +33,3 @@ RyxStatus SmbiosVersionGet(std::uint8_t* major, std::uint8_t* minor);
 
 // Prints one line per named bit of a value, from bit 0 on; a null entry ends the names.
 void BitListPrint(std::uint64_t value, const char* const* names);
-
-// A value of up to eight bytes, little-endian.
-std::uint64_t ValueOf(const std::uint8_t* data, std::uint64_t size);

@@ -5,6 +5,12 @@
 #include <cstdint>
 #include <span>
 
+// The text of one code.
+struct TextCode {
+    std::uint32_t Code;
+    const char* Text;
+};
+
 // One text for every code from First to Last.
 struct TextRange {
     std::uint32_t First;
@@ -21,12 +27,18 @@ struct TextTable {
 
     constexpr TextTable() = default;
     template <std::size_t N>
-    constexpr TextTable(const char* const (&low)[N]) : Low(low) {} // NOLINT: a plain array is a text table
-    template <std::size_t N, std::size_t M>
-    constexpr TextTable(const char* const (&low)[N], const char* const (&high)[M]) : Low(low), High(high) {}
-    template <std::size_t N, std::size_t M>
-    constexpr TextTable(const char* const (&low)[N], const TextRange (&ranges)[M]) : Low(low), Ranges(ranges) {}
+    constexpr TextTable(const char* const (&low)[N], // NOLINT: a plain array is a text table
+                        std::span<const char* const> high = {}, std::span<const TextRange> ranges = {})
+        : Low(low), High(high), Ranges(ranges) {}
+    template <std::size_t N>
+    constexpr TextTable(const char* const (&low)[N], std::span<const TextRange> ranges) : Low(low), Ranges(ranges) {}
 };
 
-// The text of a code; "Unrecognized" for a code that the table does not hold.
+// The text of a code that no table holds.
+inline constexpr const char* UnrecognizedText = "Unrecognized";
+
+// The text of a code; UnrecognizedText for a code that the table does not hold.
 const char* TextFind(const TextTable& table, std::uint64_t code);
+
+// The text of a code among codes that ascend; null for a code that is not there.
+const char* TextFind(std::span<const TextCode> texts, std::uint64_t code);

@@ -31,7 +31,7 @@ constexpr ViewerCommand ViewerCommands[] = {
 // By platform code, from 1 on.
 constexpr const char* PlatformNameTable[] = {"DOS", "Shell", "Windows", "Linux"};
 
-constexpr std::int64_t InstanceEndAll = 128;
+constexpr std::uint64_t InstanceEndAll = 128;
 constexpr std::int64_t TypeLimit = 128; // types from here on have no decoder
 
 // How a run, or a step of it, ended: an error number and the status to show with it, both 0 for success.
@@ -86,8 +86,9 @@ ViewerOutcome SelectionGet(const ArgNode* node, TypeSelection* selection) {
 
 void InstanceRangeSet(const TypeSelection& selection) {
     const bool every = selection.All || selection.Instance == 0;
-    ViewerInstanceFirst = static_cast<std::uint8_t>(every ? 1 : selection.Instance);
-    ViewerInstanceEnd = static_cast<std::uint8_t>(every ? InstanceEndAll : selection.Instance + 1);
+    const std::uint64_t first = every ? 1 : static_cast<std::uint64_t>(selection.Instance);
+    ViewerInstanceFirst = static_cast<std::uint8_t>(first);
+    ViewerInstanceEnd = static_cast<std::uint8_t>(every ? InstanceEndAll : first + 1);
 }
 
 ViewerOutcome UnsupportedReport(const TypeSelection& selection) {
@@ -108,13 +109,13 @@ RyxStatus TypeShow(const TypeSelection& selection) {
     if (selection.Type < 0 || selection.Type >= TypeLimit) {
         return RyxOk;
     }
-    const StructDecoder decoder = StructDecoderTable[static_cast<std::size_t>(selection.Type)];
+    const StructDecoder* const decoder = StructDecoderTable[static_cast<std::size_t>(selection.Type)];
     if (decoder == nullptr ||
         SelectionCheck(static_cast<std::uint64_t>(selection.Type), static_cast<std::uint64_t>(selection.Instance),
                        static_cast<std::uint64_t>(ViewerFieldSelected)) != RyxOk) {
         return RyxOk;
     }
-    return decoder();
+    return (*decoder)();
 }
 
 ViewerOutcome StructuresShow(TypeSelection selection) {

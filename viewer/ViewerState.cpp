@@ -1,7 +1,8 @@
 // The viewer's selection and frame state.
 #include "viewer/ViewerState.h"
 
-#include <vector>
+#include <new>
+#include <utility>
 
 std::int64_t ViewerFieldSelected = 0;
 std::uint8_t ViewerFieldCounter = 0;
@@ -14,10 +15,12 @@ RyxBin* ViewerFieldBin = nullptr;
 
 namespace {
 
-std::vector<RyxBinOwner>& KeptBins() {
-    static std::vector<RyxBinOwner> bins;
-    return bins;
-}
+struct KeptBin {
+    RyxBinOwner Bin;
+    KeptBin* Earlier;
+};
+
+KeptBin* LatestKept = nullptr;
 
 } // namespace
 
@@ -25,13 +28,22 @@ void ViewerBinClear() {
     ViewerFieldBin = nullptr;
 }
 
-void ViewerBinKeep(RyxBin* bin) {
-    KeptBins().emplace_back(bin);
-    ViewerFieldBin = bin;
+RyxStatus ViewerBinKeep(RyxBinOwner bin) {
+    auto* const kept = new (std::nothrow) KeptBin{nullptr, LatestKept};
+    if (kept == nullptr) {
+        return RyxErrorMemory;
+    }
+    ViewerFieldBin = bin.get();
+    kept->Bin = std::move(bin);
+    LatestKept = kept;
+    return RyxOk;
 }
 
 void ViewerBinsRelease() {
-    KeptBins().clear();
+    while (LatestKept != nullptr) {
+        const std::unique_ptr<KeptBin> kept(LatestKept);
+        LatestKept = kept->Earlier;
+    }
     ViewerBinClear();
 }
 

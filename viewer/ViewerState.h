@@ -17,8 +17,9 @@ extern RyxBin* ViewerFieldBin; // latest value read, or none; kept with all earl
 // Clears ViewerFieldBin and keeps nothing of earlier reads in it.
 void ViewerBinClear();
 
-// Keeps a value until the end of the viewer's run and makes it ViewerFieldBin. Takes ownership.
-void ViewerBinKeep(RyxBin* bin);
+// Keeps a value until the end of the viewer's run and makes it ViewerFieldBin. RyxErrorMemory: no memory, the value is
+// released and ViewerFieldBin as before.
+RyxStatus ViewerBinKeep(RyxBinOwner bin);
 
 // Releases every value of the run and clears ViewerFieldBin.
 void ViewerBinsRelease();

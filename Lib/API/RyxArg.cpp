@@ -4,7 +4,6 @@
 #include "Lib/API/RyxPrint.h"
 #include "Lib/Common/Argument.h"
 #include "Lib/Common/ArgumentCommand.h"
-#include "Lib/Common/LibraryContext.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -136,10 +135,8 @@ RyxStatus RyxArgCommandRegister(const char* name, const char* description, const
     if (name == nullptr || description == nullptr || format == nullptr || syntax == nullptr) {
         return RyxErrorArgument;
     }
-    if (ArgumentCommandQuery(name) == RyxErrorFirmwareRefusal) {
-        return RyxErrorFirmwareRefusal;
-    }
-    return ArgumentCommandAdd(name, description, format, syntax);
+    const bool refused = ArgumentCommandQuery(name) == RyxErrorFirmwareRefusal;
+    return refused ? RyxErrorFirmwareRefusal : ArgumentCommandAdd(name, description, format, syntax);
 }
 
 RyxStatus RyxArgCommandFind(const char* name, ArgNode** node) {
@@ -147,9 +144,8 @@ RyxStatus RyxArgCommandFind(const char* name, ArgNode** node) {
         return RyxErrorArgument;
     }
     ArgumentCollect();
-    const bool ignoreCase = LibraryContextGet().Commands.IgnoreCase == 1;
     for (ArgNode* given = ArgumentCommandsGet(); given != nullptr; given = given->Next) {
-        if (TextEqual(CommandNameSkipDot(given->Text), CommandNameSkipDot(name), ignoreCase)) {
+        if (ArgumentNameEqual(given->Text, name)) {
             if (node != nullptr) {
                 *node = given;
             }
@@ -166,7 +162,7 @@ RyxStatus RyxArgSyntaxProcess(std::uint8_t ignoreCase, std::uint8_t print, ArgNo
     if (failed != nullptr) {
         *failed = nullptr;
     }
-    LibraryContextGet().Commands.IgnoreCase = ignoreCase;
+    ArgumentCaseRuleSet(ignoreCase);
     ArgumentCollect();
     if (DuplicateGiven()) {
         return RyxErrorDuplicate;
@@ -228,10 +224,10 @@ RyxStatus RyxArgNumberParse(const char* text, std::int64_t* number) {
     return RyxOk;
 }
 
-void RyxArgHelpPrint(std::uint8_t mode) {
-    constexpr std::uint8_t ModeList = 1;
-    if (mode != ModeList) {
-        return;
+RyxStatus RyxArgHelpPrint(std::uint8_t mode) {
+    constexpr std::uint8_t modeList = 1;
+    if (mode != modeList) {
+        return RyxErrorUnsupported;
     }
     std::uint32_t width = 0;
     std::uint32_t height = 0;
@@ -247,4 +243,5 @@ void RyxArgHelpPrint(std::uint8_t mode) {
             lines = 0;
         }
     }
+    return RyxOk;
 }

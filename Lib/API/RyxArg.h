@@ -33,5 +33,6 @@ RyxStatus RyxArgParamGet(const ArgNode* node, std::uint32_t index, char* buffer,
 // argument; RyxErrorNotDecimal: not a decimal number.
 RyxStatus RyxArgNumberParse(const char* text, std::int64_t* number);
 
-// Prints the command list (mode 1; any other mode prints nothing), pausing after each screenful of a console.
-void RyxArgHelpPrint(std::uint8_t mode);
+// Prints the command list (mode 1), pausing after each screenful of a console. RyxErrorUnsupported: any other mode,
+// which prints nothing.
+RyxStatus RyxArgHelpPrint(std::uint8_t mode);

@@ -1,20 +1,27 @@
 // RyxBin: the library's value container.
 #include "Lib/API/RyxBin.h"
 
+#include <cstring>
 #include <new>
 
 RyxStatus RyxBinCreate(std::uint64_t size, RyxBin** bin) {
     const auto bytes = static_cast<std::uint32_t>(size);
-    if (bin == nullptr || bytes == 0) {
+    return bytes == 0 ? RyxErrorArgument : RyxBinMake(nullptr, bytes, bin);
+}
+
+RyxStatus RyxBinMake(const void* bytes, std::uint32_t size, RyxBin** bin) {
+    if (bin == nullptr) {
         return RyxErrorArgument;
     }
-    auto* data = new (std::nothrow) std::uint8_t[bytes]();
-    auto* made = new (std::nothrow) RyxBin{bytes, data, 0};
-    if (data == nullptr || made == nullptr) {
-        delete[] data;
-        delete made;
+    std::unique_ptr<std::uint8_t[]> data(size == 0 ? nullptr : new (std::nothrow) std::uint8_t[size]());
+    auto* made = size != 0 && data == nullptr ? nullptr : new (std::nothrow) RyxBin{size, data.get(), 0};
+    if (made == nullptr) {
         return RyxErrorMemory;
     }
+    if (bytes != nullptr && size != 0) {
+        std::memcpy(data.get(), bytes, size);
+    }
+    data.release(); // the container's now
     *bin = made;
     return RyxOk;
 }

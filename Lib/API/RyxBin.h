@@ -18,6 +18,10 @@ struct RyxBin {
 // with RyxBinFree. RyxErrorArgument: no out-parameter, or a size of 0; RyxErrorMemory: no memory, nothing allocated.
 RyxStatus RyxBinCreate(std::uint64_t size, RyxBin** bin);
 
+// Makes a container of a copy of `size` bytes (zeroed ones when `bytes` is null); unlike RyxBinCreate it also makes an
+// empty one. The caller owns it. RyxErrorArgument: no out-parameter; RyxErrorMemory: no memory, nothing allocated.
+RyxStatus RyxBinMake(const void* bytes, std::uint32_t size, RyxBin** bin);
+
 // Gives the container's data (null when empty) and its size in bytes. The data stays the container's.
 // RyxErrorObject: no container; RyxErrorArgument: a missing out-parameter.
 RyxStatus RyxBinInfoGet(const RyxBin* bin, std::uint8_t** data, std::uint64_t* size);

@@ -4,22 +4,23 @@
 #include "Lib/API/RyxOption.h"
 #include "Lib/API/RyxPrint.h"
 #include "Lib/Common/AcpiData.h"
+#include "Lib/Common/Argument.h"
+#include "Lib/Common/ArgumentCommand.h"
 #include "Lib/Common/CallbackFunctions.h"
 #include "Lib/Common/DescFunctions.h"
 #include "Lib/Common/FirmwareChannel.h"
 #include "Lib/Common/Instance.h"
 #include "Lib/Common/LibraryContext.h"
+#include "Lib/Common/PowerRequest.h"
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/System.h"
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 namespace {
 
 constexpr std::uint8_t ErrorCodeStart = 255;
-constexpr std::size_t OptionSwitchGiven = 23;
 
 // Keeps the process on processor 0, unless it is on a single low one already.
 RyxStatus ProcessorPin() {
@@ -54,7 +55,7 @@ bool IsSwitch(const char* argument) {
 void ArgumentsScan(std::uint32_t count, char** arguments) {
     for (std::uint32_t i = 1; i < count && arguments[i] != nullptr; ++i) {
         if (IsSwitch(arguments[i])) {
-            LibraryContextGet().Options.Byte[OptionSwitchGiven] = 1;
+            LibraryContextGet().Options.Byte[RyxOptionSwitchGiven] = 1;
             return;
         }
     }
@@ -77,7 +78,7 @@ RyxStatus PowerChange(std::uint8_t operation) {
 } // namespace
 
 RyxStatus RyxLibInit(std::uint32_t argumentCount, char** arguments) {
-    OptionsClear();
+    LibraryContextGet().Options = {};
     RyxArgsSet(argumentCount, arguments);
     if (const RyxStatus status = PlatformPrepare(); status != RyxOk) {
         return status;
@@ -115,6 +116,37 @@ RyxStatus RyxLibExit() {
     }
     InstanceStateGet().Package = {};
     return RyxOk;
+}
+
+RyxStatus RyxInstanceRegister() {
+    InstanceState& instance = InstanceStateGet();
+    instance.Tools = ToolsRefCountGet() != 0 ? RyxInstanceAnother : RyxInstanceFirst;
+    instance.Image = ImageRegister();
+    ToolsRefCountIncrement();
+    instance.GlobalEnabled = true;
+    return RyxOk;
+}
+
+RyxStatus RyxInstanceUnregister() {
+    InstanceState& instance = InstanceStateGet();
+    ToolsRefCountDecrement();
+    MutexClose(instance.ImageMutex);
+    instance.ImageMutex = nullptr;
+    instance.Tools = RyxErrorArgument;
+    instance.Image = RyxErrorArgument;
+    if (ToolsRefCountGet() == 0) {
+        GlobalMutexClose();
+    }
+    return RyxOk;
+}
+
+void RyxInstanceStateGet(RyxStatus* tools, RyxStatus* image) {
+    if (tools != nullptr) {
+        *tools = InstanceStateGet().Tools;
+    }
+    if (image != nullptr) {
+        *image = InstanceStateGet().Image;
+    }
 }
 
 void RyxLibInitErrorPrint() {

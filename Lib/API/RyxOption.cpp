@@ -11,22 +11,6 @@
 
 namespace {
 
-constexpr std::uint32_t OptionCommunicationBuffer = 21;
-
-// The firmware communication method that a switch option stands for; 0 for any other option.
-std::uint8_t OptionMethod(std::uint32_t option) {
-    switch (option) {
-    case 27:
-        return 3;
-    case 28:
-        return 4;
-    case 29:
-        return 2;
-    default:
-        return 0;
-    }
-}
-
 // Switches a method on or off. The switch itself sets the flags of the method that it took; a failed one leaves the
 // flag 0.
 RyxStatus MethodOptionSet(std::uint8_t* flag, std::uint8_t method, std::uint32_t value) {
@@ -51,8 +35,10 @@ RyxStatus RyxOptionSet(std::uint32_t option, std::uint32_t low, std::uint32_t hi
     }
     OptionArea& options = LibraryContextGet().Options;
     std::uint8_t* byte = &options.Byte[option];
-    if (const std::uint8_t method = OptionMethod(option); method != 0) {
-        return MethodOptionSet(byte, method, low);
+    for (const FlashMethodOption& entry : FlashMethodOptions) {
+        if (entry.Option == option) {
+            return MethodOptionSet(byte, entry.Method, low);
+        }
     }
     switch (option) {
     case RyxOptionQuiet:
@@ -60,7 +46,7 @@ RyxStatus RyxOptionSet(std::uint32_t option, std::uint32_t low, std::uint32_t hi
             return RyxErrorArgument;
         }
         break;
-    case OptionCommunicationBuffer:
+    case RyxOptionCommunicationBuffer:
         if (low != 0) {
             return low == 1 ? RyxErrorUnsupported : RyxErrorArgument;
         }
@@ -97,9 +83,6 @@ RyxStatus RyxArgsSet(std::uint32_t count, char** arguments) {
 }
 
 RyxStatus RyxFileRead(const char* name, std::unique_ptr<char[]>* block, std::uint32_t* size) {
-    if (name == nullptr || block == nullptr || size == nullptr) {
-        return RyxErrorArgument;
-    }
     // Packages and collectors of files, which other tools load, would be asked first; none is ever loaded here.
     return NativeFileRead(name, block, size);
 }
@@ -108,22 +91,22 @@ RyxStatus RyxPlatformNameGet(const char** text) {
     if (text == nullptr) {
         return RyxErrorArgument;
     }
-    constexpr int LibraryBits = 32;
+    constexpr int libraryBits = 32;
     std::uint32_t major = 0;
     std::uint32_t minor = 0;
     SystemVersionGet(&major, &minor);
     char* description = LibraryContextGet().PlatformDescription;
     std::snprintf(description, sizeof LibraryContext::PlatformDescription, "MS Windows %d-bit version %ld.%ld",
-                  LibraryBits, static_cast<long>(major), static_cast<long>(minor));
-    constexpr char WidthEnd[] = "-bit";
-    if (char* width = std::strstr(description, WidthEnd); width != nullptr) {
-        width[sizeof WidthEnd - 1] = '\0';
+                  libraryBits, static_cast<long>(major), static_cast<long>(minor));
+    constexpr char widthEnd[] = "-bit";
+    if (char* width = std::strstr(description, widthEnd); width != nullptr) {
+        width[sizeof widthEnd - 1] = '\0';
     }
     *text = description;
     return RyxOk;
 }
 
 std::uint32_t RyxPlatformIdGet() {
-    constexpr std::uint32_t PlatformWindows = 3;
-    return PlatformWindows;
+    constexpr std::uint32_t platformWindows = 3;
+    return platformWindows;
 }

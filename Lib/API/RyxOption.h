@@ -1,14 +1,11 @@
 // The library's numbered options, the recorded arguments, whole-file reads and the platform's name.
 #pragma once
 
+#include "Lib/RyxNumbers.h"
 #include "Lib/RyxStatus.h"
 
 #include <cstdint>
 #include <memory>
-
-constexpr std::uint32_t RyxOptionQuiet = 0;
-constexpr std::uint32_t RyxOptionPaging = 22;
-constexpr std::uint32_t RyxOptionCount = 39;
 
 // Sets an option from a low and a high 32-bit word. RyxErrorArgument: an option number above 38, or a value that the
 // option does not take; the option keeps its value then. Option 21: RyxErrorUnsupported for the value 1. Options 27, 28

@@ -1,7 +1,6 @@
 // Console output with quiet mode and paging.
 #include "Lib/API/RyxPrint.h"
 
-#include "Lib/API/RyxOption.h"
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Platform/Console.h"
 
@@ -60,6 +59,9 @@ void PageCount(const char* format) {
 } // namespace
 
 RyxStatus RyxPrintf(const char* format, ...) {
+    if (format == nullptr) {
+        return RyxErrorArgument;
+    }
     LibraryContext& context = LibraryContextGet();
     if (context.Options.Byte[RyxOptionQuiet] == 1) {
         return RyxOk;
@@ -77,19 +79,7 @@ RyxStatus RyxPrintf(const char* format, ...) {
 }
 
 RyxStatus RyxConsoleSizeGet(std::uint32_t* width, std::uint32_t* height) {
-    if (width == nullptr || height == nullptr) {
-        return RyxErrorArgument;
-    }
-    *width = 0;
-    *height = 0;
-    std::uint32_t columns = 0;
-    std::uint32_t rows = 0;
-    if (ConsoleSizeGet(&columns, &rows) != RyxOk) {
-        return RyxErrorUnsupported;
-    }
-    *width = columns;
-    *height = rows;
-    return RyxOk;
+    return width == nullptr || height == nullptr ? RyxErrorArgument : ConsoleSizeGet(width, height);
 }
 
 void RyxConsoleClear() {

@@ -13,7 +13,7 @@
 
 // Prints to standard output and flushes it. One call prints at most 1023 characters; the rest is cut. With option 0
 // (quiet) set it does nothing; with option 22 (paging) set it counts the lines of the format and pauses after a
-// screenful. Always RyxOk. Not reentrant.
+// screenful. RyxErrorArgument: no format; RyxOk otherwise. Not reentrant.
 RyxStatus RyxPrintf(const char* format, ...) RYX_PRINTF_LIKE;
 
 // The console's screen buffer in character cells. RyxErrorUnsupported (both 0) when standard output is no console,

@@ -2,16 +2,15 @@
 #pragma once
 
 #include "Lib/API/RyxBin.h"
+#include "Lib/RyxNumbers.h"
 
 #include <cstdint>
 
-// Library field number: structure type x 50 + the field's row among the rows of its type.
-constexpr std::uint32_t RyxFieldsPerType = 50;
-
 // Gives the value of a field as a new container that the caller owns; a string value ends in its NUL. Instances count
-// from 1. No such instance: RyxOk and `bin` untouched. Every call takes a fresh copy of the table.
-// RyxErrorUnsupported: the field is not in this structure; RyxErrorArgument: no row has the number, or no
-// out-parameter; RyxErrorNotFound, RyxErrorBuffer, RyxErrorTableRead: no table; RyxErrorMemory.
+// from 1. No such instance: RyxOk and `bin` untouched. Every call takes a fresh copy of the table. A number past the
+// last row of its type stands for a row behind it, one of the next types'.
+// RyxErrorUnsupported: the field is not in this structure; RyxErrorArgument: the type has no rows, none stands there,
+// or no out-parameter; RyxErrorNotFound, RyxErrorBuffer, RyxErrorTableRead: no table; RyxErrorMemory.
 RyxStatus RyxSmbiosDataGet(std::uint32_t field, std::uint32_t instance, RyxBin** bin);
 
 // Gives the bytes of a structure from `offset` to the end of its formatted area, never past the table, as a new

@@ -15,9 +15,15 @@ namespace {
 constexpr std::size_t LineLimit = 1023;
 constexpr char DefaultResponseFile[] = "default.rsp";
 
-ArgumentState& State() {
-    return LibraryContextGet().Argument;
-}
+struct ArgumentState {
+    bool Done;        // the collection ran
+    RyxStatus Status; // and this is what came of it
+    std::uint32_t StringCount;
+    char* Strings[ArgumentStringLimit]; // private copies
+    ArgNodeList Commands;
+};
+
+ArgumentState State;
 
 // Cuts the next line off `rest` and gives it without its line end. A line also ends after LineLimit characters, and at
 // a NUL byte, which stays in `rest`.
@@ -69,7 +75,7 @@ RyxStatus LineArgumentsAdd(std::string_view line) {
 
 // Tells a failed append that ends the collection from one that only drops what could not be copied.
 bool StringsFull(RyxStatus status) {
-    return status != RyxOk && State().StringCount == ArgumentStringLimit;
+    return status != RyxOk && State.StringCount == ArgumentStringLimit;
 }
 
 // Appends the process arguments, with each '@' argument replaced by its file's arguments, and those of the default
@@ -78,6 +84,9 @@ RyxStatus StringsCollect(const LibraryContext& context) {
     bool fileNamed = false;
     for (std::uint32_t i = 1; i < context.ArgumentCount; ++i) {
         const char* argument = context.Arguments[i];
+        if (argument == nullptr) {
+            return RyxErrorArgument;
+        }
         if (argument[0] == '@') {
             fileNamed = true;
             if (const RyxStatus status = ArgumentResponseFileRead(argument + 1); status != RyxOk) {
@@ -101,10 +110,9 @@ bool IsNegativeNumber(const char* text) {
 
 // Makes the command nodes of the collected strings. `secondPrefix` begins a command beside '-'.
 RyxStatus NodesBuild(char secondPrefix) {
-    ArgumentState& state = State();
     ArgNode* command = nullptr;
-    for (std::uint32_t i = 0; i < state.StringCount; ++i) {
-        char* text = state.Strings[i];
+    for (std::uint32_t i = 0; i < State.StringCount; ++i) {
+        char* text = State.Strings[i];
         const bool prefixed = text[0] == '-' || text[0] == secondPrefix;
         const bool begins = prefixed && !(command != nullptr && IsNegativeNumber(text));
         if (!begins && command == nullptr) {
@@ -135,7 +143,7 @@ RyxStatus Collect() {
         status = NodesBuild(secondPrefix);
     }
     if (status != RyxOk) {
-        ArgNodesRelease(&State().Commands);
+        ArgNodesRelease(&State.Commands);
     }
     return status;
 }
@@ -143,28 +151,30 @@ RyxStatus Collect() {
 } // namespace
 
 RyxStatus ArgumentCollect() {
-    ArgumentState& state = State();
-    if (!state.Done) {
+    if (!State.Done) {
         ArgumentRelease();
-        state.Done = true;
-        state.Status = Collect();
+        State.Done = true;
+        State.Status = Collect();
     }
-    return state.Status;
+    return State.Status;
 }
 
 ArgNode* ArgumentCommandsGet() {
-    return State().Commands.Head;
+    return State.Commands.Head;
 }
 
 ArgNode* ArgumentCommandNodeAdd() {
-    return ArgNodeAppend(&State().Commands, ArgNodeCommand);
+    return ArgNodeAppend(&State.Commands, ArgNodeCommand);
 }
 
 ArgNode* ArgumentParamNodeAdd(ArgNode* command) {
-    return ArgNodeParamAppend(command);
+    return command == nullptr ? nullptr : ArgNodeParamAppend(command);
 }
 
 RyxStatus ArgumentResponseFileRead(const char* name) {
+    if (name == nullptr) {
+        return RyxErrorArgument;
+    }
     std::unique_ptr<char[]> block;
     std::uint32_t size = 0;
     if (RyxFileRead(name, &block, &size) != RyxOk) {
@@ -180,14 +190,17 @@ RyxStatus ArgumentResponseFileRead(const char* name) {
 }
 
 RyxStatus ArgumentTokensAdd(const char* text, std::size_t length) {
-    constexpr std::string_view Separators = " \r\n";
+    constexpr std::string_view separators = " \r\n";
+    if (text == nullptr) {
+        return RyxErrorArgument;
+    }
     std::string_view rest(text, length);
     for (;;) {
-        rest.remove_prefix(std::min(rest.find_first_not_of(Separators), rest.size()));
+        rest.remove_prefix(std::min(rest.find_first_not_of(separators), rest.size()));
         if (rest.empty() || rest.front() == '#') {
             return RyxOk;
         }
-        const std::string_view token = rest.substr(0, rest.find_first_of(Separators));
+        const std::string_view token = rest.substr(0, rest.find_first_of(separators));
         if (const RyxStatus status = ArgumentStringAdd(token.data(), token.size()); status != RyxOk) {
             return StringsFull(status) ? status : RyxOk;
         }
@@ -196,11 +209,13 @@ RyxStatus ArgumentTokensAdd(const char* text, std::size_t length) {
 }
 
 RyxStatus ArgumentStringAdd(const char* text, std::size_t length) {
-    ArgumentState& state = State();
+    if (text == nullptr) {
+        return RyxErrorArgument;
+    }
     if (length == 0) {
         return RyxOk;
     }
-    if (state.StringCount == ArgumentStringLimit) {
+    if (State.StringCount == ArgumentStringLimit) {
         return RyxErrorMemory;
     }
     auto* copy = new (std::nothrow) char[length + 1];
@@ -209,15 +224,14 @@ RyxStatus ArgumentStringAdd(const char* text, std::size_t length) {
     }
     std::memcpy(copy, text, length);
     copy[length] = '\0';
-    state.Strings[state.StringCount++] = copy;
+    State.Strings[State.StringCount++] = copy;
     return RyxOk;
 }
 
 void ArgumentRelease() {
-    ArgumentState& state = State();
-    ArgNodesRelease(&state.Commands);
-    for (std::uint32_t i = 0; i < state.StringCount; ++i) {
-        delete[] state.Strings[i];
+    ArgNodesRelease(&State.Commands);
+    for (std::uint32_t i = 0; i < State.StringCount; ++i) {
+        delete[] State.Strings[i];
     }
-    state = {};
+    State = {};
 }

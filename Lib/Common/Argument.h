@@ -9,17 +9,10 @@
 // More argument strings than this fail the collection.
 constexpr std::uint32_t ArgumentStringLimit = 256;
 
-struct ArgumentState {
-    bool Done;        // the collection ran
-    RyxStatus Status; // and this is what came of it
-    std::uint32_t StringCount;
-    char* Strings[ArgumentStringLimit]; // private copies
-    ArgNodeList Commands;
-};
-
 // Collects the command line, once; every later call gives the first one's status. RyxErrorNotFound: a response file
-// can't be read, or an argument stands before any command; RyxErrorArgument: a response file has an open quote;
-// RyxErrorMemory: no memory, or more than ArgumentStringLimit strings. After a failure no command counts as given.
+// can't be read, or an argument stands before any command; RyxErrorArgument: a response file has an open quote, or the
+// argument array holds a null; RyxErrorMemory: no memory, or more than ArgumentStringLimit strings. After a failure no
+// command counts as given.
 RyxStatus ArgumentCollect();
 
 // The given commands in command-line order; the nodes are the library's.
@@ -28,19 +21,19 @@ ArgNode* ArgumentCommandsGet();
 // Appends a zeroed command node; null without memory.
 ArgNode* ArgumentCommandNodeAdd();
 
-// Appends a zeroed parameter node to a command; null without memory.
+// Appends a zeroed parameter node to a command; null without a command or memory.
 ArgNode* ArgumentParamNodeAdd(ArgNode* command);
 
 // Appends the arguments that a response file holds. RyxErrorNotFound: the file can't be read; RyxErrorArgument: an open
-// quote; RyxErrorMemory.
+// quote, or no name; RyxErrorMemory.
 RyxStatus ArgumentResponseFileRead(const char* name);
 
 // Appends the tokens of an unquoted stretch of a response-file line; a token that begins with '#' ends the stretch.
-// RyxErrorMemory: more strings than the limit.
+// RyxErrorArgument: no text; RyxErrorMemory: more strings than the limit.
 RyxStatus ArgumentTokensAdd(const char* text, std::size_t length);
 
-// Appends a private copy of a text; an empty one is accepted and not stored. RyxErrorMemory: the copy can't be made, or
-// the limit is reached.
+// Appends a private copy of a text; an empty one is accepted and not stored. RyxErrorArgument: no text; RyxErrorMemory:
+// the copy can't be made, or the limit is reached.
 RyxStatus ArgumentStringAdd(const char* text, std::size_t length);
 
 // Releases the argument strings and every node; a later request collects anew.

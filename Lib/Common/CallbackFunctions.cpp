@@ -1,19 +1,17 @@
 // Functions that a tool registers to be called at certain points of the library's work.
 #include "Lib/Common/CallbackFunctions.h"
 
-#include <memory>
-#include <new>
+#include "Lib/Common/List.h"
 
 namespace {
 
 struct CallbackPair {
     std::uint32_t Type;
     CallbackFunction Function;
-    std::unique_ptr<CallbackPair> Next;
+    CallbackPair* Next;
 };
 
-std::unique_ptr<CallbackPair> Head;
-CallbackPair* Tail = nullptr;
+List<CallbackPair> Pairs;
 
 } // namespace
 
@@ -21,18 +19,17 @@ RyxStatus CallbackFunctionRegister(std::uint32_t type, CallbackFunction function
     if (function == nullptr) {
         return RyxErrorArgument;
     }
-    std::unique_ptr<CallbackPair> pair(new (std::nothrow) CallbackPair{type, function, nullptr});
+    CallbackPair* pair = ListAppend(&Pairs);
     if (pair == nullptr) {
         return RyxErrorMemory;
     }
-    std::unique_ptr<CallbackPair>& link = Tail == nullptr ? Head : Tail->Next;
-    Tail = pair.get();
-    link = std::move(pair);
+    pair->Type = type;
+    pair->Function = function;
     return RyxOk;
 }
 
 void CallbackFunctionsCall(std::uint32_t type, std::uint32_t phase) {
-    for (const CallbackPair* pair = Head.get(); pair != nullptr; pair = pair->Next.get()) {
+    for (const CallbackPair* pair = Pairs.Head; pair != nullptr; pair = pair->Next) {
         if (pair->Type == type) {
             pair->Function(phase);
         }
@@ -40,12 +37,5 @@ void CallbackFunctionsCall(std::uint32_t type, std::uint32_t phase) {
 }
 
 void CallbackFunctionsRelease() {
-    while (Head != nullptr) {
-        Head = std::move(Head->Next);
-    }
-    Tail = nullptr;
-}
-
-void CallbackFunctionsReset() {
-    CallbackFunctionsRelease();
+    ListRelease(&Pairs);
 }

@@ -18,6 +18,3 @@ void CallbackFunctionsCall(std::uint32_t type, std::uint32_t phase);
 
 // Releases all pairs.
 void CallbackFunctionsRelease();
-
-// The state at process start.
-void CallbackFunctionsReset();

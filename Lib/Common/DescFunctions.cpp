@@ -2,20 +2,12 @@
 #include "Lib/Common/DescFunctions.h"
 
 #include <cstring>
-#include <new>
 
 ArgNode* ArgNodeAppend(ArgNodeList* list, std::uint32_t kind) {
-    auto* node = new (std::nothrow) ArgNode{};
-    if (node == nullptr) {
-        return nullptr;
+    ArgNode* node = ListAppend(list);
+    if (node != nullptr) {
+        node->Kind = kind;
     }
-    node->Kind = kind;
-    if (list->Tail == nullptr) {
-        list->Head = node;
-    } else {
-        list->Tail->Next = node;
-    }
-    list->Tail = node;
     return node;
 }
 
@@ -30,16 +22,14 @@ ArgNode* ArgNodeParamAppend(ArgNode* command) {
 }
 
 void ArgNodesRelease(ArgNodeList* list) {
-    while (ArgNode* node = list->Head) {
-        list->Head = node->Next;
+    for (ArgNode* node = list->Head; node != nullptr; node = node->Next) {
         ArgNodeList params{node->Params, nullptr};
         ArgNodesRelease(&params);
         if (node->TextOwned) {
             delete[] node->Text;
         }
-        delete node;
     }
-    list->Tail = nullptr;
+    ListRelease(list);
 }
 
 const char* CommandNameSkipDot(const char* name) {

@@ -1,6 +1,8 @@
 // The nodes of the parsed command line and their lists.
 #pragma once
 
+#include "Lib/Common/List.h"
+
 #include <cstdint>
 
 // Marks a command node.
@@ -15,11 +17,7 @@ struct ArgNode {
     bool TextOwned;
 };
 
-// A singly linked list, appended to in order.
-struct ArgNodeList {
-    ArgNode* Head;
-    ArgNode* Tail;
-};
+using ArgNodeList = List<ArgNode>;
 
 // Makes a zeroed node of a kind and appends it; null without memory, the list unchanged.
 ArgNode* ArgNodeAppend(ArgNodeList* list, std::uint32_t kind);

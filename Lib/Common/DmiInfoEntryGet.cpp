@@ -3,8 +3,6 @@
 
 #include "Lib/API/RyxBin.h"
 #include "Lib/API/RyxPrint.h"
-#include "Lib/Common/DmiParser.h"
-#include "Lib/Common/LibraryContext.h"
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/FirmwareTable.h"
 
@@ -34,21 +32,15 @@ struct EntryPointField {
 constexpr EntryPointField EntryPointFields[] = {{0, 4},  {4, 1},  {5, 1},  {6, 1},  {7, 1},  {8, 2},  {10, 1},
                                                 {11, 5}, {16, 5}, {21, 1}, {22, 2}, {24, 4}, {28, 2}, {30, 1}};
 
-AcquisitionState& State() {
-    return LibraryContextGet().Acquisition;
-}
+// Kept for the life of the process. Address and length are 0 until a memory scan succeeds; then none is made again.
+struct AcquisitionState {
+    std::uint32_t TableAddress;
+    std::uint16_t TableLength;
+    std::uint8_t Version;
+    std::array<std::uint8_t, EntryPointSize> EntryPoint;
+};
 
-std::uint32_t EntryPointAddress(const AcquisitionState& state) {
-    std::uint32_t address = 0;
-    for (std::size_t i = 4; i-- > 0;) {
-        address = address << 8 | state.EntryPoint[AddressOffset + i];
-    }
-    return address;
-}
-
-std::uint16_t EntryPointTableLength(const AcquisitionState& state) {
-    return static_cast<std::uint16_t>(state.EntryPoint[LengthOffset] | state.EntryPoint[LengthOffset + 1] << 8);
-}
+AcquisitionState State;
 
 std::uint32_t DwordAt(const std::uint8_t* bytes) {
     std::uint32_t dword = 0;
@@ -59,7 +51,7 @@ std::uint32_t DwordAt(const std::uint8_t* bytes) {
 // Looks for an entry point in the segment and copies it. Neither its checksums nor its stated length are looked at. On
 // machines without one, every request looks through the whole segment, so that paragraphs without the anchor are passed
 // over by four with one branch.
-void SegmentScan(const std::uint8_t* segment, AcquisitionState* state) {
+void SegmentScan(const std::uint8_t* segment) {
     constexpr std::uint32_t paragraph = 16;
     const std::uint32_t anchor = DwordAt(reinterpret_cast<const std::uint8_t*>("_SM_"));
     const auto anchored = [=](std::uint32_t position) { return DwordAt(segment + position) == anchor ? 1U : 0U; };
@@ -71,7 +63,7 @@ void SegmentScan(const std::uint8_t* segment, AcquisitionState* state) {
         }
         if (position <= LastPosition && anchored(position) != 0 &&
             std::memcmp(segment + position + IntermediateOffset, "_DMI_", 5) == 0) {
-            std::copy_n(segment + position, EntryPointSize, state->EntryPoint.begin());
+            std::copy_n(segment + position, EntryPointSize, State.EntryPoint.begin());
             return;
         }
     }
@@ -83,8 +75,7 @@ RyxStatus DmiInfoEntryGet(std::uint32_t* address, std::uint16_t* length) {
     if (address == nullptr || length == nullptr) {
         return RyxErrorArgument;
     }
-    AcquisitionState& state = State();
-    if (state.TableAddress == 0 || state.TableLength == 0) {
+    if (State.TableAddress == 0 || State.TableLength == 0) {
         const std::unique_ptr<std::uint8_t[]> segment(new (std::nothrow) std::uint8_t[SegmentLength]);
         if (segment == nullptr) {
             return RyxErrorBuffer;
@@ -93,18 +84,19 @@ RyxStatus DmiInfoEntryGet(std::uint32_t* address, std::uint16_t* length) {
         if (status != RyxOk) {
             return status;
         }
-        state.EntryPoint.fill(0);
-        SegmentScan(segment.get(), &state);
-        if (EntryPointAddress(state) == 0 &&
-            (SmbiosEntryPointPlatformLocate(&state.EntryPoint) != RyxOk || EntryPointAddress(state) == 0)) {
+        State.EntryPoint.fill(0);
+        SegmentScan(segment.get());
+        const std::uint8_t* entry = State.EntryPoint.data();
+        if (DwordAt(entry + AddressOffset) == 0 &&
+            (SmbiosEntryPointPlatformLocate(&State.EntryPoint) != RyxOk || DwordAt(entry + AddressOffset) == 0)) {
             return RyxErrorNotFound;
         }
-        state.Version = static_cast<std::uint8_t>(state.EntryPoint[MajorOffset] * 10 + state.EntryPoint[MinorOffset]);
-        state.TableAddress = EntryPointAddress(state);
-        state.TableLength = EntryPointTableLength(state);
+        State.Version = static_cast<std::uint8_t>(entry[MajorOffset] * 10 + entry[MinorOffset]);
+        State.TableAddress = DwordAt(entry + AddressOffset);
+        State.TableLength = static_cast<std::uint16_t>(entry[LengthOffset] | entry[LengthOffset + 1] << 8);
     }
-    *address = state.TableAddress;
-    *length = state.TableLength;
+    *address = State.TableAddress;
+    *length = State.TableLength;
     return RyxOk;
 }
 
@@ -114,18 +106,19 @@ RyxStatus SmbiosEntryPointPlatformLocate(std::array<std::uint8_t, EntryPointSize
 }
 
 RyxStatus DmiFirmwareTableRead(DmiTableCopy* copy) {
-    std::uint8_t version = 0;
+    if (copy == nullptr) {
+        return RyxErrorArgument;
+    }
     std::uint8_t revision = 0;
-    if (!SmbiosFirmwareTableGet(&copy->Bytes, &copy->Size, &version, &revision)) {
+    if (!SmbiosFirmwareTableGet(&copy->Bytes, &copy->Size, &copy->Version, &revision)) {
         return RyxErrorNotFound;
     }
-    AcquisitionState& state = State();
-    state.Version = version;
-    state.EntryPoint[MajorOffset] = version / 10;
-    state.EntryPoint[MinorOffset] = version % 10;
-    state.EntryPoint[RevisionOffset] = revision;
-    state.EntryPoint[LengthOffset] = static_cast<std::uint8_t>(copy->Size);
-    state.EntryPoint[LengthOffset + 1] = static_cast<std::uint8_t>(copy->Size >> 8);
+    State.Version = copy->Version;
+    State.EntryPoint[MajorOffset] = copy->Version / 10;
+    State.EntryPoint[MinorOffset] = copy->Version % 10;
+    State.EntryPoint[RevisionOffset] = revision;
+    State.EntryPoint[LengthOffset] = static_cast<std::uint8_t>(copy->Size);
+    State.EntryPoint[LengthOffset + 1] = static_cast<std::uint8_t>(copy->Size >> 8);
     return RyxOk;
 }
 
@@ -150,6 +143,7 @@ RyxStatus DmiTableCopyGet(DmiTableCopy* copy) {
         return RyxErrorBuffer;
     }
     copy->Size = length;
+    copy->Version = State.Version;
     status = PhysicalMemoryRead(address, length, copy->Bytes.get());
     if (status != RyxOk) {
         RyxPrintf("Failed to read physical memory data(SMBIOS) to buffer. Status = %X\n", status);
@@ -174,5 +168,9 @@ RyxStatus DmiEntryPointFieldGet(std::uint32_t field, RyxBin** bin) {
     }
     const EntryPointField selected =
         field < std::size(EntryPointFields) ? EntryPointFields[field] : EntryPointField{0, 0};
-    return DmiValueCreate(State().EntryPoint.data() + selected.Offset, selected.Width, bin);
+    return RyxBinMake(State.EntryPoint.data() + selected.Offset, selected.Width, bin);
+}
+
+void DmiInfoReset() {
+    State = {};
 }

@@ -11,18 +11,11 @@ struct RyxBin;
 
 constexpr std::size_t EntryPointSize = 31;
 
-// Kept for the life of the process. Address and length are 0 until a memory scan succeeds; then none is made again.
-struct AcquisitionState {
-    std::uint32_t TableAddress;
-    std::uint16_t TableLength;
-    std::uint8_t Version; // major x 10 + minor
-    std::array<std::uint8_t, EntryPointSize> EntryPoint;
-};
-
 // A private copy of the structure table. Size bounds every read; what a larger buffer holds behind it is no table.
 struct DmiTableCopy {
     std::unique_ptr<std::uint8_t[]> Bytes;
     std::uint32_t Size;
+    std::uint8_t Version; // of SMBIOS, major x 10 + minor
 };
 
 // Gives the table's physical address and its length in bytes, found by a scan of the legacy firmware segment or kept
@@ -34,7 +27,7 @@ RyxStatus DmiInfoEntryGet(std::uint32_t* address, std::uint16_t* length);
 RyxStatus SmbiosEntryPointPlatformLocate(std::array<std::uint8_t, EntryPointSize>* entryPoint);
 
 // Gets the table from the firmware table service, and brings the version and the entry point copy up to date.
-// RyxErrorNotFound: the service has none.
+// RyxErrorArgument: no out-parameter; RyxErrorNotFound: the service has none.
 RyxStatus DmiFirmwareTableRead(DmiTableCopy* copy);
 
 // Copies the table anew, from physical memory or else from the firmware table service, and prints a message when it
@@ -43,3 +36,6 @@ RyxStatus DmiTableCopyGet(DmiTableCopy* copy);
 
 // Gives an entry point field as a new value that the caller owns; the results are those of RyxSmbiosEpsDataGet.
 RyxStatus DmiEntryPointFieldGet(std::uint32_t field, RyxBin** bin);
+
+// The state at process start: nothing found yet.
+void DmiInfoReset();

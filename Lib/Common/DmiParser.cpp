@@ -2,15 +2,12 @@
 #include "Lib/Common/DmiParser.h"
 
 #include "Lib/API/RyxBin.h"
-#include "Lib/API/RyxSmbios.h"
 #include "Lib/Common/DmiFieldTable.h"
-#include "Lib/Common/LibraryContext.h"
+#include "Lib/RyxNumbers.h"
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstring>
-#include <new>
 
 namespace {
 
@@ -119,12 +116,12 @@ bool AdditionalInformation(const DmiStruct&, Extent* extent) {
 }
 
 bool HostInterfaceData(const DmiStruct& structure, Extent* extent) {
-    constexpr std::uint8_t InterfaceOem = 0xF0;
+    constexpr std::uint8_t interfaceOem = 0xF0;
     std::uint8_t interfaceType = 0;
     if (!structure.ByteGet(4, &interfaceType)) {
         return false;
     }
-    extent->Length = interfaceType == InterfaceOem ? 4 : 1;
+    extent->Length = interfaceType == interfaceOem ? 4 : 1;
     return true;
 }
 
@@ -161,12 +158,12 @@ ExtentRule RuleFind(const DmiFieldDescriptor& row) {
 
 // The length of a kind before any rule; false for a kind that does not exist.
 bool KindLength(DmiKind kind, std::uint32_t* length) {
-    constexpr std::uint8_t Lengths[] = {1, 1, 6, 15, 16, 2, 0, 4, 8, 0};
+    constexpr std::uint8_t lengths[] = {1, 1, 6, 15, 16, 2, 0, 4, 8, 0};
     const auto code = static_cast<std::size_t>(kind);
-    if (code >= std::size(Lengths)) {
+    if (code >= std::size(lengths)) {
         return false;
     }
-    *length = Lengths[code];
+    *length = lengths[code];
     return true;
 }
 
@@ -180,33 +177,26 @@ std::array<std::uint16_t, 256> FirstRowsMake() {
     return first;
 }
 
-// A machine word of a table's bytes, the first one lowest.
+// A machine word of a table's bytes, the first one lowest: machines with these tables are little-endian.
 std::size_t WordAt(const std::uint8_t* bytes) {
     std::size_t word = 0;
     std::memcpy(&word, bytes, sizeof word);
-    if constexpr (std::endian::native == std::endian::big) {
-        std::size_t swapped = 0;
-        for (std::size_t i = 0; i < sizeof word; ++i) {
-            swapped = swapped << 8 | (word >> 8 * i & 0xFF);
-        }
-        word = swapped;
-    }
     return word;
 }
 
-// The place behind the structure at a place in a table: behind the two zero bytes that end its string set, or the
-// table's end when there are none. A walk spends its time here. Words are looked through without a branch on single
-// zeros. In the word that ends the set, the end is looked for by branches and not computed: they are foreseen, so that
-// the next structure, whose place they give, is under way before these bytes are there.
-inline std::size_t NextPlace(std::span<const std::uint8_t> table, std::size_t place) {
+} // namespace
+
+// A walk spends its time here. Words are looked through without a branch on single zeros. In the word that ends the
+// set, the end is looked for by branches and not computed: they are foreseen, so that the next structure, whose place
+// they give, is under way before these bytes are there.
+inline std::size_t DmiStruct::SetEnd() const {
     constexpr std::size_t step = sizeof(std::size_t);
     constexpr std::size_t ones = ~std::size_t{0} / 0xFF;
     constexpr std::size_t highs = ones << 7;
     constexpr std::size_t lowerHalf = ~std::size_t{0} >> (4 * step);
-    const std::uint8_t* const bytes = table.data();
-    const std::size_t wordsEnd = table.size() - std::min(table.size(), step); // a word and a byte fit before it
-    std::size_t at = place + bytes[place + 1];
-    for (; at < wordsEnd; at += step) {
+    const std::uint8_t* bytes = Rest.data();
+    std::size_t at = FormattedLength();
+    for (; at + step < Rest.size(); at += step) { // a word and a byte fit
         // A zero byte of this is one that is zero together with the byte behind it.
         const std::size_t both = WordAt(bytes + at) | WordAt(bytes + at + 1);
         if (((both - ones) & highs) == 0) {
@@ -228,15 +218,13 @@ inline std::size_t NextPlace(std::span<const std::uint8_t> table, std::size_t pl
         }
         return at + 2;
     }
-    for (; at + 1 < table.size(); ++at) {
+    for (; at + 1 < Rest.size(); ++at) {
         if (bytes[at] == 0 && bytes[at + 1] == 0) {
             return at + 2;
         }
     }
-    return table.size();
+    return Rest.size();
 }
-
-} // namespace
 
 bool DmiStruct::BytesGet(std::uint32_t offset, std::uint32_t length, std::span<const std::uint8_t>* bytes) const {
     if (offset > Rest.size() || length > Rest.size() - offset) {
@@ -267,12 +255,11 @@ void DmiFieldNumberResolve(std::uint32_t field, std::uint16_t* type, std::uint16
 }
 
 bool DmiNextStructGet(DmiStruct* structure) {
-    if (!structure->Exists()) {
+    if (structure == nullptr || !structure->Exists()) {
         return false;
     }
-    const std::span<const std::uint8_t> table = structure->From(0);
-    const DmiStruct next(table.subspan(NextPlace(table, 0)));
-    if (!next.Exists()) {
+    const DmiStruct next = structure->Next();
+    if (!next.Exists()) [[unlikely]] {
         return false;
     }
     *structure = next;
@@ -299,11 +286,11 @@ bool DmiStringFind(const DmiStruct& structure, std::uint32_t offset, std::string
 }
 
 RyxStatus DmiStructFieldGet(const DmiStruct& structure, std::uint16_t descriptor, RyxBin** bin) {
-    if (descriptor >= DmiFieldCount) {
+    if (descriptor >= DmiFieldCount || bin == nullptr) {
         return RyxErrorArgument;
     }
     const DmiFieldDescriptor& row = DmiFieldTable[descriptor];
-    if (row.MinVersion > LibraryContextGet().Acquisition.Version || structure.FormattedLength() <= row.Offset) {
+    if (row.MinVersion > structure.SmbiosVersion() || structure.FormattedLength() <= row.Offset) {
         return RyxErrorUnsupported;
     }
     Extent extent{row.Offset, 0};
@@ -331,10 +318,13 @@ RyxStatus DmiStructFieldGet(const DmiStruct& structure, std::uint16_t descriptor
     if (!structure.BytesGet(extent.Offset, extent.Length, &bytes)) {
         return RyxErrorUnsupported;
     }
-    return DmiValueCreate(bytes.data(), extent.Length, bin);
+    return RyxBinMake(bytes.data(), extent.Length, bin);
 }
 
 RyxStatus DmiStructAreaGet(const DmiStruct& structure, std::uint8_t offset, RyxBin** bin) {
+    if (bin == nullptr) {
+        return RyxErrorArgument;
+    }
     if (structure.FormattedLength() <= offset) {
         return RyxErrorUnsupported;
     }
@@ -345,18 +335,16 @@ RyxStatus DmiStructAreaGet(const DmiStruct& structure, std::uint8_t offset, RyxB
     const std::span<const std::uint8_t> rest = structure.From(offset);
     const auto length = static_cast<std::uint32_t>(
         std::min<std::size_t>(rest.size(), std::size_t{structure.FormattedLength()} - offset));
-    return DmiValueCreate(rest.data(), length, bin);
+    return RyxBinMake(rest.data(), length, bin);
 }
 
 bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_t instance, DmiStruct* found) {
-    const std::span<const std::uint8_t> bytes(table.Bytes.get(), table.Size);
-    std::size_t place = 0;
+    DmiStruct structure({table.Bytes.get(), table.Size}, table.Version);
     std::uint32_t counted = 1;
+    if (!structure.Exists()) {
+        return false;
+    }
     for (std::uint32_t examined = 0; examined < ExaminedLimit; ++examined) {
-        const DmiStruct structure(bytes.subspan(place));
-        if (!structure.Exists()) {
-            return false;
-        }
         if (structure.Type() == type && (structure.Handle() <= 0xFF || type == TypeEndOfTable)) {
             if (counted == instance) {
                 *found = structure;
@@ -364,25 +352,9 @@ bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_
             }
             ++counted;
         }
-        place = NextPlace(bytes, place);
+        if (!DmiNextStructGet(&structure)) {
+            return false;
+        }
     }
     return false;
-}
-
-RyxStatus DmiValueCreate(const void* bytes, std::uint32_t size, RyxBin** bin) {
-    std::uint8_t* data = nullptr;
-    if (size > 0) {
-        data = new (std::nothrow) std::uint8_t[size];
-        if (data == nullptr) {
-            return RyxErrorMemory;
-        }
-        std::memcpy(data, bytes, size);
-    }
-    auto* made = new (std::nothrow) RyxBin{size, data, 0};
-    if (made == nullptr) {
-        delete[] data;
-        return RyxErrorMemory;
-    }
-    *bin = made;
-    return RyxOk;
 }

@@ -11,10 +11,11 @@
 struct RyxBin;
 
 // A structure in a table copy, with all that follows it to the table's end: the one place that knows where the copy
-// ends. Every read is checked against it.
+// ends. Every read is checked against it. The table's SMBIOS version (major x 10 + minor) goes along.
 class DmiStruct {
 public:
-    explicit DmiStruct(std::span<const std::uint8_t> toTableEnd) : Rest(toTableEnd) {}
+    explicit DmiStruct(std::span<const std::uint8_t> toTableEnd, std::uint8_t version = 0)
+        : Rest(toTableEnd), TableVersion(version) {}
 
     // Tells whether there is a structure at all: a header of 4 bytes.
     bool Exists() const { return Rest.size() >= HeaderSize; }
@@ -24,6 +25,11 @@ public:
     std::uint8_t FormattedLength() const { return Rest[1]; }
     std::uint16_t Handle() const { return static_cast<std::uint16_t>(Rest[2] | Rest[3] << 8); }
 
+    std::uint8_t SmbiosVersion() const { return TableVersion; }
+
+    // What follows this structure, which exists: behind the two zero bytes that end its string set, or the table's end.
+    DmiStruct Next() const { return DmiStruct(Rest.subspan(SetEnd()), TableVersion); }
+
     // Gives bytes at an offset. False when they reach past the table's end.
     bool BytesGet(std::uint32_t offset, std::uint32_t length, std::span<const std::uint8_t>* bytes) const;
     bool ByteGet(std::uint32_t offset, std::uint8_t* byte) const;
@@ -32,32 +38,32 @@ public:
     std::span<const std::uint8_t> From(std::uint32_t offset) const;
 
 private:
+    std::size_t SetEnd() const;
+
     static constexpr std::size_t HeaderSize = 4;
     std::span<const std::uint8_t> Rest;
+    std::uint8_t TableVersion;
 };
 
 // Splits a library field number: the type, and the index of its descriptor in DmiFieldTable, which lies at or past
 // DmiFieldCount for a type without rows.
 void DmiFieldNumberResolve(std::uint32_t field, std::uint16_t* type, std::uint16_t* descriptor);
 
-// Moves to the next structure of the table; false, and unmoved, when there is none.
+// Moves to the next structure of the table; false, and unmoved, when there is none, or no structure to move from.
 bool DmiNextStructGet(DmiStruct* structure);
 
 // Gives the string whose number stands at an offset of the structure: empty for number 0 and for a number that the set
 // does not hold; cut at the table's end when its NUL is missing. False when the number itself lies past the table.
 bool DmiStringFind(const DmiStruct& structure, std::uint32_t offset, std::string_view* text);
 
-// Gives one field of a structure as a new value that the caller owns. RyxErrorArgument: no such descriptor;
-// RyxErrorUnsupported: the structure, the SMBIOS version or the table does not hold the field; RyxErrorMemory.
+// Gives one field of a structure as a new value that the caller owns. RyxErrorArgument: no such descriptor, or no
+// `bin`; RyxErrorUnsupported: the structure, the SMBIOS version or the table does not hold the field; RyxErrorMemory.
 RyxStatus DmiStructFieldGet(const DmiStruct& structure, std::uint16_t descriptor, RyxBin** bin);
 
 // Gives the bytes from an offset to the end of the formatted area. RyxErrorUnsupported: the area ends at or before the
-// offset, or the table before it; RyxErrorMemory.
+// offset, or the table before it; RyxErrorArgument: no `bin`; RyxErrorMemory.
 RyxStatus DmiStructAreaGet(const DmiStruct& structure, std::uint8_t offset, RyxBin** bin);
 
 // Finds the instance (from 1) of a type among the first 128 structures of a table. Structures with a handle above 00FFh
 // count for type 127 only. False when there is none.
 bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_t instance, DmiStruct* found);
-
-// Makes a value from bytes; unlike RyxBinCreate it also makes an empty one. RyxErrorMemory.
-RyxStatus DmiValueCreate(const void* bytes, std::uint32_t size, RyxBin** bin);

@@ -1,10 +1,9 @@
 // The firmware communication channel.
 #include "Lib/Common/FirmwareChannel.h"
 
-#include "Lib/API/RyxBin.h"
-#include "Lib/API/RyxFirmware.h"
 #include "Lib/Common/AcpiData.h"
 #include "Lib/Common/CallbackFunctions.h"
+#include "Lib/Common/Instance.h"
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/FirmwareVariables.h"
@@ -13,16 +12,7 @@
 
 namespace {
 
-// Options that follow the method and the platform information.
-constexpr std::size_t OptionCleared = 13;
-constexpr std::size_t OptionVariables = 27;
-constexpr std::size_t OptionOther = 28;
-constexpr std::size_t OptionBuffer = 29;
-constexpr std::size_t OptionInfoFlag1 = 32;
-constexpr std::size_t OptionDetailFirst = 36;
-constexpr std::size_t OptionDetailSecond = 37;
-constexpr std::size_t OptionInfoFlag0 = 38;
-
+constexpr Guid ChannelGuid = GuidFromText("b1de44fc-7946-4982-9b4b-2f8ca45ea792");
 constexpr char16_t VendorGuid[] = u"{8a4acd56-02fc-41ce-b686-9f429a3fc1b3}";
 constexpr std::uint32_t VariablesBufferSize = 8200;
 constexpr std::uint32_t VariablesHeaderOffset = 8;
@@ -32,7 +22,6 @@ constexpr std::uint32_t HeaderSize = sizeof(FirmwareRequestHeader);
 constexpr std::size_t InfoValues = 8;
 constexpr std::size_t InfoBufferSize = 48;
 constexpr std::size_t InfoFlags = 56;
-constexpr std::uint32_t DetailSize = 8;
 
 FirmwareChannelState State;
 
@@ -43,7 +32,7 @@ std::uint8_t* Options() {
 // Opens a session over the firmware variables, unless one is open or is known not to open.
 RyxStatus VariablesSetUp() {
     using Probe = FirmwareChannelState::Probe;
-    if (State.Variables != Probe::Not) {
+    if (State.Variables != Probe::Unprobed) {
         return State.Variables == Probe::Open ? RyxOk : RyxErrorUnsupported;
     }
     std::uint32_t length = 0;
@@ -62,7 +51,7 @@ RyxStatus VariablesSetUp() {
 }
 
 RyxStatus VariablesEnd() {
-    State.Variables = FirmwareChannelState::Probe::Not;
+    State.Variables = FirmwareChannelState::Probe::Unprobed;
     Flash4kBufferRelease(&State.VariablesBuffer);
     return FirmwareVariableWrite(u"CloseSessionId", VendorGuid, State.SessionIdentifier.data(),
                                  static_cast<std::uint32_t>(State.SessionIdentifier.size()))
@@ -77,8 +66,8 @@ RyxStatus VariablesTransport(FirmwareRequestHeader* header, std::uint8_t* payloa
     if (length > VariablesBufferSize - VariablesHeaderOffset - HeaderSize) {
         return RyxErrorArgument;
     }
-    std::uint8_t* const buffer = State.VariablesBuffer.Local.get();
-    std::uint8_t* const record = buffer + VariablesHeaderOffset;
+    std::uint8_t* buffer = State.VariablesBuffer.Local.get();
+    std::uint8_t* record = buffer + VariablesHeaderOffset;
     std::memcpy(record, header, HeaderSize);
     if (length != 0) {
         std::memcpy(record + HeaderSize, payload, length);
@@ -167,12 +156,11 @@ RyxStatus MethodSetUp(std::uint8_t method) {
 }
 
 void OptionsFollow(std::uint8_t method) {
-    std::uint8_t* const options = Options();
-    options[OptionVariables] = method == FlashMethodVariables;
-    options[OptionOther] = method == FlashMethodOther;
-    options[OptionBuffer] = method == FlashMethodBuffer;
+    for (const FlashMethodOption& entry : FlashMethodOptions) {
+        Options()[entry.Option] = entry.Method == method;
+    }
     if (method != FlashMethodBuffer) {
-        options[OptionCleared] = 0;
+        Options()[RyxOptionBufferOnly] = 0;
     }
 }
 
@@ -208,14 +196,10 @@ RyxStatus MethodSwitch(std::uint8_t method) {
 }
 
 RyxStatus DetailQuery() {
-    RyxBin* detail = nullptr;
-    if (const RyxStatus status = RyxBinCreate(DetailSize, &detail); status != RyxOk) {
-        State.HostBufferSize = Flash4kSize;
-        return status;
-    }
-    const RyxBinOwner owner(detail);
+    std::uint8_t detail[8]{};
     std::uint64_t answer = FirmwareStatusPending;
-    if (const RyxStatus status = RyxFirmwareRequest(FirmwareCommandPlatformDetail, &answer, detail); status != RyxOk) {
+    if (const RyxStatus status = FirmwareRequest(FirmwareCommandPlatformDetail, &answer, detail, sizeof detail);
+        status != RyxOk) {
         return status;
     }
     if (answer != 0) {
@@ -223,10 +207,22 @@ RyxStatus DetailQuery() {
         return status == RyxErrorUnsupported || status == RyxErrorNoPlatformInfo ? status : RyxErrorPlatformDetail;
     }
     std::uint32_t flags[2];
-    std::memcpy(flags, detail->Data, sizeof flags);
-    Options()[OptionDetailFirst] = flags[0] != 0;
-    Options()[OptionDetailSecond] = flags[1] != 0;
+    std::memcpy(flags, detail, sizeof flags);
+    Options()[RyxOptionDetailFirst] = flags[0] != 0;
+    Options()[RyxOptionDetailSecond] = flags[1] != 0;
     return RyxOk;
+}
+
+RyxStatus Transport(FirmwareRequestHeader* header, std::uint8_t* payload, std::uint32_t length) {
+    switch (State.Method) {
+    case FlashMethodSettingUp:
+    case FlashMethodBuffer:
+        return BufferTransport(header, payload, length);
+    case FlashMethodVariables:
+        return VariablesTransport(header, payload, length);
+    default:
+        return RyxErrorGeneral;
+    }
 }
 
 } // namespace
@@ -263,29 +259,25 @@ RyxStatus PlatformInfoQuery() {
         return RyxOk;
     }
     if (!State.PlatformInfoCached) {
-        RyxBin* info = nullptr;
-        if (const RyxStatus status = RyxBinCreate(State.PlatformInfo.size(), &info); status != RyxOk) {
-            State.HostBufferSize = Flash4kSize;
-            return status;
-        }
-        const RyxBinOwner owner(info);
+        std::array<std::uint8_t, sizeof State.PlatformInfo> answered{};
         std::uint64_t answer = FirmwareStatusPending;
-        if (RyxFirmwareRequest(FirmwareCommandPlatformInfo, &answer, info) == RyxOk && answer == 0) {
-            std::memcpy(State.PlatformInfo.data(), info->Data, State.PlatformInfo.size());
+        if (FirmwareRequest(FirmwareCommandPlatformInfo, &answer, answered.data(), sizeof answered) == RyxOk &&
+            answer == 0) {
+            State.PlatformInfo = answered;
             State.PlatformInfoCached = true;
         }
     }
     if (!PlatformInfoHeld()) {
         return RyxErrorNoPlatformInfo;
     }
-    const std::uint8_t* const info = State.PlatformInfo.data();
+    const std::uint8_t* info = State.PlatformInfo.data();
     std::memcpy(State.PlatformValues.data(), info + InfoValues, sizeof State.PlatformValues);
     std::memcpy(&State.HostBufferSize, info + InfoBufferSize, sizeof State.HostBufferSize);
     if (State.HostBufferSize == 0) {
         State.HostBufferSize = Flash4kSize;
     }
-    Options()[OptionInfoFlag0] = info[InfoFlags] & 1U;
-    Options()[OptionInfoFlag1] = info[InfoFlags] >> 1U & 1U;
+    Options()[RyxOptionInfoFlag0] = info[InfoFlags] & 1U;
+    Options()[RyxOptionInfoFlag1] = info[InfoFlags] >> 1U & 1U;
     return DetailQuery();
 }
 
@@ -295,16 +287,23 @@ bool PlatformInfoHeld() {
     return identifier != 0;
 }
 
-RyxStatus FirmwareTransport(FirmwareRequestHeader* header, std::uint8_t* payload, std::uint32_t length) {
-    switch (State.Method) {
-    case FlashMethodSettingUp:
-    case FlashMethodBuffer:
-        return BufferTransport(header, payload, length);
-    case FlashMethodVariables:
-        return VariablesTransport(header, payload, length);
-    default:
+RyxStatus FirmwareRequest(std::uint64_t command, std::uint64_t* firmwareStatus, std::uint8_t* payload,
+                          std::uint32_t length) {
+    if (firmwareStatus == nullptr) {
+        return RyxErrorArgument;
+    }
+    const bool ready = State.Method != FlashMethodNone || FlashMethodSelect() == RyxOk;
+    State.LastStatus = FirmwareStatusPending;
+    if (!ready) {
         return RyxErrorGeneral;
     }
+    FirmwareRequestHeader header{command, FirmwareStatusPending, length + std::uint32_t{sizeof header}, 0, ChannelGuid};
+    GlobalMutexAcquire();
+    const RyxStatus status = Transport(&header, payload, length);
+    GlobalMutexRelease();
+    State.LastStatus = header.Status;
+    *firmwareStatus = header.Status;
+    return status == RyxOk ? RyxOk : RyxErrorFirmwareRequest;
 }
 
 RyxStatus FirmwareChannelEnd() {

@@ -1,7 +1,9 @@
 // The firmware communication channel: choosing a method, and carrying requests over it.
 #pragma once
 
+#include "Lib/Common/Guid.h"
 #include "Lib/Platform/Flash4kBufferAllocate.h"
+#include "Lib/RyxNumbers.h"
 #include "Lib/RyxStatus.h"
 
 #include <array>
@@ -14,6 +16,15 @@ constexpr std::uint8_t FlashMethodSettingUp = 1; // method 2 while it is set up
 constexpr std::uint8_t FlashMethodBuffer = 2;    // a physical buffer and a system management interrupt
 constexpr std::uint8_t FlashMethodVariables = 3; // firmware environment variables
 constexpr std::uint8_t FlashMethodOther = 4;     // not available on this platform
+
+// The options that show which method is in use, and switch it.
+struct FlashMethodOption {
+    std::uint8_t Method;
+    std::uint32_t Option;
+};
+constexpr FlashMethodOption FlashMethodOptions[] = {{FlashMethodVariables, RyxOptionMethodVariables},
+                                                    {FlashMethodOther, RyxOptionMethodOther},
+                                                    {FlashMethodBuffer, RyxOptionMethodBuffer}};
 
 // Firmware commands that the library itself sends.
 constexpr std::uint64_t FirmwareCommandPlatformInfo = 0x10000;
@@ -28,7 +39,7 @@ struct FirmwareRequestHeader {
     std::uint64_t Status;
     std::uint32_t Length; // header and payload
     std::uint32_t Reserved;
-    std::uint8_t Channel[16];
+    Guid Channel;
 };
 static_assert(sizeof(FirmwareRequestHeader) == 40);
 
@@ -44,8 +55,8 @@ struct FirmwareChannelState {
     std::array<FlashMethodAttempt, 3> Attempts{}; // of the last selection, in the order tried
     std::uint8_t AttemptCount = 0;
 
-    enum class Probe : std::uint8_t { Not, Open, Unavailable };
-    Probe Variables = Probe::Not;
+    enum class Probe : std::uint8_t { Unprobed, Open, Unavailable };
+    Probe Variables = Probe::Unprobed;
     Flash4kBuffer VariablesBuffer; // session identifier, request header, payload
     std::array<std::uint8_t, 8> SessionIdentifier{};
 
@@ -74,17 +85,16 @@ RyxStatus FlashMethodSwitch(std::uint8_t method);
 
 // Asks the firmware for the platform information, unless it is held, and sets options 32 and 36 to 38 by it.
 // RyxErrorNoPlatformInfo: the firmware gave none; RyxErrorPlatformDetail: it refused the details;
-// RyxErrorFirmwareRequest, RyxErrorMemory.
+// RyxErrorFirmwareRequest.
 RyxStatus PlatformInfoQuery();
 
 // Whether the firmware's platform information is held: its first 64-bit word is not 0.
 bool PlatformInfoHeld();
 
-// Carries a request over the method in use. Header and payload (null when `length` is 0) receive the answer.
-// RyxErrorGeneral: the variables could not be written or read, or there is no such method; RyxErrorCommunicationWrite,
-// RyxErrorTableRead: the communication buffer could not; RyxErrorDriverRequest: the port could not be written;
-// RyxErrorArgument: the payload is too large for the method; RyxErrorNoCommunication: no communication buffer is known.
-RyxStatus FirmwareTransport(FirmwareRequestHeader* header, std::uint8_t* payload, std::uint32_t length);
+// Sends a command with a payload of `length` bytes (null for 0), which receives the firmware's answer in place; the
+// results are those of RyxFirmwareRequest.
+RyxStatus FirmwareRequest(std::uint64_t command, std::uint64_t* firmwareStatus, std::uint8_t* payload,
+                          std::uint32_t length);
 
 // Ends the method in use and releases the buffers. RyxErrorDriverRequest: the driver kept its communication buffer.
 RyxStatus FirmwareChannelEnd();

@@ -1,12 +1,10 @@
 // This process among the running tools: the machine-wide count, the image mutex and the global mutex.
 #include "Lib/Common/Instance.h"
 
-#include "Lib/API/RyxLib.h"
 #include "Lib/API/RyxPrint.h"
 #include "Lib/Common/QelCrypto.h"
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/Files.h"
-#include "Lib/Platform/Power.h"
 #include "Lib/Platform/Registry.h"
 #include "Lib/Platform/System.h"
 
@@ -26,16 +24,6 @@ RegistryView View() {
     return DriverSystemIs64Bit() ? RegistryView::Bits64 : RegistryView::Own;
 }
 
-// The number of running tools; 0 when there is no count.
-std::uint32_t ToolsRefCountGet() {
-    std::uint32_t count = 0;
-    if (const RegistryKey key = RegistryKeyOpen(CountKey, View())) {
-        RegistryNumberRead(key, CountValue, &count);
-        RegistryKeyClose(key);
-    }
-    return count;
-}
-
 RyxStatus ExecutableRead(std::unique_ptr<std::uint8_t[]>* image, std::uint32_t* size) {
     char path[PathCapacity];
     const RyxStatus status = ExecutablePathGet(path, sizeof path) ? FileReadWhole(path, image, size) : RyxErrorFileOpen;
@@ -46,28 +34,6 @@ RyxStatus ExecutableRead(std::unique_ptr<std::uint8_t[]>* image, std::uint32_t* 
     return status;
 }
 
-// Creates the mutex that every process of this very executable shares, named by the digest of the file's bytes.
-RyxStatus ImageRegister() {
-    std::unique_ptr<std::uint8_t[]> image;
-    std::uint32_t size = 0;
-    if (ExecutableRead(&image, &size) != RyxOk) {
-        RyxPrintf("Get file failed.\n");
-        return RyxErrorFileRead;
-    }
-    QelSha1Digest digest;
-    if (QelSha1(image.get(), size, &digest) != RyxOk) {
-        return RyxErrorDigest;
-    }
-    char text[17];
-    std::snprintf(text, sizeof text, "%X%X%X%X%X%X%X%X", digest[0], digest[1], digest[2], digest[3], digest[4],
-                  digest[5], digest[6], digest[7]);
-    char name[32];
-    std::snprintf(name, sizeof name, "Global\\{%s}", text);
-    bool existed = false;
-    Instance.ImageMutex = MutexCreate(name, &existed);
-    return existed ? RyxInstanceAnother : RyxInstanceFirst;
-}
-
 } // namespace
 
 InstanceState& InstanceStateGet() {
@@ -76,6 +42,15 @@ InstanceState& InstanceStateGet() {
 
 void InstanceStateReset() {
     Instance = InstanceState{};
+}
+
+std::uint32_t ToolsRefCountGet() {
+    std::uint32_t count = 0;
+    if (const RegistryKey key = RegistryKeyOpen(CountKey, View())) {
+        RegistryNumberRead(key, CountValue, &count);
+        RegistryKeyClose(key);
+    }
+    return count;
 }
 
 void ToolsRefCountIncrement() {
@@ -102,6 +77,27 @@ void ToolsRefCountDecrement() {
         }
     }
     RegistryKeyClose(key);
+}
+
+RyxStatus ImageRegister() {
+    std::unique_ptr<std::uint8_t[]> image;
+    std::uint32_t size = 0;
+    if (ExecutableRead(&image, &size) != RyxOk) {
+        RyxPrintf("Get file failed.\n");
+        return RyxErrorFileRead;
+    }
+    QelSha1Digest digest;
+    if (QelSha1(image.get(), size, &digest) != RyxOk) {
+        return RyxErrorDigest;
+    }
+    char text[17];
+    std::snprintf(text, sizeof text, "%X%X%X%X%X%X%X%X", digest[0], digest[1], digest[2], digest[3], digest[4],
+                  digest[5], digest[6], digest[7]);
+    char name[32];
+    std::snprintf(name, sizeof name, "Global\\{%s}", text);
+    bool existed = false;
+    Instance.ImageMutex = MutexCreate(name, &existed);
+    return existed ? RyxInstanceAnother : RyxInstanceFirst;
 }
 
 void GlobalMutexAcquire() {
@@ -136,55 +132,5 @@ void GlobalMutexClose() {
         MutexClose(Instance.GlobalMutex);
         Instance.GlobalMutex = nullptr;
         Instance.GlobalCreated = false;
-    }
-}
-
-RyxStatus PowerRequest(std::uint8_t operation) {
-    if (operation == PowerLetSleep) {
-        PowerStateSet(PowerContinuous);
-        Instance.ExecutionState = 0;
-        return RyxOk;
-    }
-    if (operation != PowerHoldAwake) {
-        return RyxErrorUnsupported;
-    }
-    std::uint32_t major = 0;
-    std::uint32_t minor = 0;
-    SystemVersionGet(&major, &minor);
-    if (major >= 5) {
-        // Away mode came with version 6.
-        PowerStateSet(PowerContinuous | PowerDisplayRequired | PowerSystemRequired |
-                      (major >= 6 ? PowerAwayModeRequired : 0));
-        Instance.ExecutionState = 1;
-    }
-    return RyxOk;
-}
-
-RyxStatus RyxInstanceRegister() {
-    Instance.Tools = ToolsRefCountGet() != 0 ? RyxInstanceAnother : RyxInstanceFirst;
-    Instance.Image = ImageRegister();
-    ToolsRefCountIncrement();
-    Instance.GlobalEnabled = true;
-    return RyxOk;
-}
-
-RyxStatus RyxInstanceUnregister() {
-    ToolsRefCountDecrement();
-    MutexClose(Instance.ImageMutex);
-    Instance.ImageMutex = nullptr;
-    Instance.Tools = RyxErrorArgument;
-    Instance.Image = RyxErrorArgument;
-    if (ToolsRefCountGet() == 0) {
-        GlobalMutexClose();
-    }
-    return RyxOk;
-}
-
-void RyxInstanceStateGet(RyxStatus* tools, RyxStatus* image) {
-    if (tools != nullptr) {
-        *tools = Instance.Tools;
-    }
-    if (image != nullptr) {
-        *image = Instance.Image;
     }
 }

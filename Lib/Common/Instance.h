@@ -25,24 +25,24 @@ struct InstanceState {
     char PackageFolder[256] = {}; // what PACKORGDIR held; empty when it was not set
     PackageRecord Package;
     std::uint16_t DriverVersion = 0;
-    std::uint32_t ExecutionState = 0; // 1 while the system is held awake
 };
 
 // The process's own record, and the same as at process start (what it holds open is forgotten, not closed).
 InstanceState& InstanceStateGet();
 void InstanceStateReset();
 
-// Adds this process to the machine-wide count of running tools; takes it out again. The last one removes the count.
+// The machine-wide count of running tools, 0 when there is none; adds this process to it; takes it out again. The last
+// one removes the count.
+std::uint32_t ToolsRefCountGet();
 void ToolsRefCountIncrement();
 void ToolsRefCountDecrement();
+
+// Creates the mutex that every process of this very executable shares, named by the digest of the file's bytes, and
+// keeps it open. RyxInstanceFirst, RyxInstanceAnother; RyxErrorFileRead, with a message, or RyxErrorDigest without one.
+RyxStatus ImageRegister();
 
 // The machine-wide lock around firmware requests. GlobalMutexAcquire creates the mutex on first use and waits at most
 // 5,000 ms; whoever waits in vain goes on without it. GlobalMutexClose also gives the handle back.
 void GlobalMutexAcquire();
 void GlobalMutexRelease();
 void GlobalMutexClose();
-
-// Power operations 1 to 9: 6 holds the system awake, 7 lets it sleep again. RyxErrorUnsupported for all others.
-constexpr std::uint8_t PowerHoldAwake = 6;
-constexpr std::uint8_t PowerLetSleep = 7;
-RyxStatus PowerRequest(std::uint8_t operation);

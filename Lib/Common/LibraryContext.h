@@ -1,15 +1,13 @@
-// The library context: the one process-wide record of the library's state.
+// The library context: what the library's modules share.
 #pragma once
 
-#include "Lib/Common/Argument.h"
-#include "Lib/Common/ArgumentCommand.h"
-#include "Lib/Common/DmiInfoEntryGet.h"
+#include "Lib/RyxNumbers.h"
 
 #include <cstdint>
 
-// The 39 numbered options: most are one byte each; 9, 26 and 30 are 32 bits wide, 24 and 25 have 64.
+// The numbered options: most are one byte each; 9, 26 and 30 are 32 bits wide, 24 and 25 have 64.
 struct OptionArea {
-    std::uint8_t Byte[39];
+    std::uint8_t Byte[RyxOptionCount];
     std::uint32_t Word9;
     std::uint32_t Word26;
     std::uint32_t Word30;
@@ -32,16 +30,6 @@ struct LibraryContext {
     char PlatformDescription[128];
     char PrintBuffer[1024];
     PagerState Pager;
-    ArgumentState Argument;
-    ArgumentCommandState Commands;
-    AcquisitionState Acquisition;
 };
 
 LibraryContext& LibraryContextGet();
-
-// Sets every option to 0.
-void OptionsClear();
-
-// Puts the whole library back to where it is at process start, releasing what it holds. For tests: a process starts the
-// library once.
-void LibraryContextReset();

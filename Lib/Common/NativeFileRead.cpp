@@ -28,6 +28,9 @@ RyxStatus FileSizeGet(const char* name, std::uint32_t* size) {
 } // namespace
 
 RyxStatus NativeFileRead(const char* name, std::unique_ptr<char[]>* block, std::uint32_t* size) {
+    if (name == nullptr || block == nullptr || size == nullptr) {
+        return RyxErrorArgument;
+    }
     block->reset();
     const RyxStatus status = FileSizeGet(name, size);
     if (status != RyxOk || *size == 0) {

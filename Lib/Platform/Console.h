@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-// Width and height of the screen buffer in cells. RyxErrorUnsupported when standard output is no console.
+// Width and height of the screen buffer in cells. RyxErrorUnsupported (both 0) when standard output is no console.
 RyxStatus ConsoleSizeGet(std::uint32_t* width, std::uint32_t* height);
 
 // Fills the screen buffer with spaces in the current colour and homes the cursor; nothing when there is no console.

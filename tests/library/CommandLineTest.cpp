@@ -2,11 +2,12 @@
 #include "Lib/API/RyxArg.h"
 #include "Lib/API/RyxOption.h"
 #include "Lib/Common/Argument.h"
-#include "Lib/Common/LibraryContext.h"
+#include "Lib/Common/LibraryReset.h"
 #include "tests/library/Support.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <optional>
 
 namespace {
 
@@ -14,28 +15,23 @@ namespace {
 class CommandLine : public testing::Test {
 protected:
     void SetUp() override {
-        LibraryContextReset();
+        LibraryReset();
         Before = std::filesystem::current_path();
         std::filesystem::current_path(Folder.Path);
     }
     void TearDown() override {
-        LibraryContextReset();
+        LibraryReset();
         std::filesystem::current_path(Before);
     }
 
-    void Given(std::vector<std::string> words) {
-        LibraryContextReset();
-        Words = std::move(words);
-        Words.insert(Words.begin(), "Quarrinet");
-        Argv.clear();
-        for (std::string& word : Words) {
-            Argv.push_back(word.data());
-        }
-        ASSERT_EQ(RyxArgsSet(static_cast<std::uint32_t>(Argv.size()), Argv.data()), RyxOk);
+    void Given(const std::vector<std::string>& words) {
+        LibraryReset();
+        Argv.emplace(Behind("Quarrinet", words));
+        ASSERT_EQ(RyxArgsSet(Argv->Count(), Argv->Data()), RyxOk);
     }
 
-    std::string Collected(std::vector<std::string> words) {
-        Given(std::move(words));
+    std::string Collected(const std::vector<std::string>& words) {
+        Given(words);
         Status = ArgumentCollect();
         std::string text;
         for (const ArgNode* node = ArgumentCommandsGet(); node != nullptr; node = node->Next) {
@@ -50,8 +46,8 @@ protected:
     }
 
     // Validates a command line against one command "c" of a format.
-    RyxStatus Validated(const char* format, std::vector<std::string> words, std::string* output = nullptr) {
-        Given(std::move(words));
+    RyxStatus Validated(const char* format, const std::vector<std::string>& words, std::string* output = nullptr) {
+        Given(words);
         RyxArgCommandRegister(".c", "Does it.", format, "Things");
         RyxStatus status = RyxOk;
         const std::string printed = Captured([&status] { status = RyxArgSyntaxProcess(1, 1, nullptr); });
@@ -63,8 +59,7 @@ protected:
 
     TemporaryFolder Folder;
     std::filesystem::path Before;
-    std::vector<std::string> Words;
-    std::vector<char*> Argv;
+    std::optional<ArgumentVector> Argv;
     RyxStatus Status = RyxOk;
 };
 
@@ -207,7 +202,28 @@ TEST_F(CommandLine, LookupsFollowTheCaseRuleAndParametersAreFetched) {
     EXPECT_EQ(RyxArgParamGet(node, 2, text, sizeof text), RyxErrorNotFound);
     EXPECT_STREQ(text, "1");
     EXPECT_EQ(RyxArgParamGet(node->Params, 0, text, sizeof text), RyxErrorObject);
-    EXPECT_EQ(RyxArgParamGet(node, 0, nullptr, 2), RyxErrorArgument);
+}
+
+// A name is kept up to its 31st character; the case rule holds for the letters and for nothing beside them.
+TEST_F(CommandLine, NamesAreCutAndComparedByLetters) {
+    const std::string kept = "abcdefghijklmnopqrstuvwxyz01234";
+    struct {
+        std::string Registered;
+        std::string Given;
+        RyxStatus Status;
+    } const cases[] = {
+        {kept + "5", kept, RyxOk},
+        {kept, kept, RyxOk},
+        {kept, kept.substr(0, 30), RyxErrorNotFound},
+        {"AZ@[", "az@[", RyxOk},
+        {"AZ@[", "az`[", RyxErrorNotFound},
+        {"AZ@[", "az@{", RyxErrorNotFound},
+    };
+    for (const auto& test : cases) {
+        Given({"/" + test.Given});
+        RyxArgCommandRegister(test.Registered.c_str(), "", "", "");
+        EXPECT_EQ(RyxArgSyntaxProcess(1, 0, nullptr), test.Status) << test.Registered << " " << test.Given;
+    }
 }
 
 TEST_F(CommandLine, NumbersAreDecimalAndWrap) {
@@ -224,6 +240,15 @@ TEST_F(CommandLine, NumbersAreDecimalAndWrap) {
         EXPECT_EQ(RyxArgNumberParse(test.Text, &number), RyxOk);
         EXPECT_EQ(number, test.Number) << test.Text;
     }
+}
+
+TEST(CommandList, HasOneMode) {
+    LibraryReset();
+    RyxArgCommandRegister("one", "", "", "");
+    RyxStatus status = RyxOk;
+    EXPECT_EQ(Captured([&status] { status = RyxArgHelpPrint(2); }), "");
+    EXPECT_EQ(status, RyxErrorUnsupported);
+    LibraryReset();
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include <iterator>
 #include <random>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -40,6 +41,19 @@ std::string Captured(const std::function<void()>& action) {
     close(kept);
     std::ifstream output(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(output), std::istreambuf_iterator<char>()};
+}
+
+ArgumentVector::ArgumentVector(std::vector<std::string> texts) : Texts(std::move(texts)) {
+    for (std::string& text : Texts) {
+        Pointers.push_back(text.data());
+    }
+    Pointers.push_back(nullptr);
+}
+
+std::vector<std::string> Behind(const std::string& program, const std::vector<std::string>& words) {
+    std::vector<std::string> all{program};
+    all.insert(all.end(), words.begin(), words.end());
+    return all;
 }
 
 TemporaryFolder::TemporaryFolder() : Path(FolderMake()) {}

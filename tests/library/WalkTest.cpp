@@ -3,11 +3,12 @@
 #include "Lib/API/RyxSmbios.h"
 #include "Lib/Common/DmiFieldTable.h"
 #include "Lib/Common/DmiParser.h"
-#include "Lib/Common/LibraryContext.h"
 
 #include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <memory>
+#include <random>
 #include <string>
 
 namespace {
@@ -22,7 +23,7 @@ const Bytes Table{11,  5, 0x10, 0,    2, 'a', 0,    'b', 'c', 0, 0,             
                   127, 4, 0xFE, 0xFF, 0, 0,   0xAA, 0xBB};
 
 DmiTableCopy CopyOf(const Bytes& bytes) {
-    DmiTableCopy copy{std::make_unique<std::uint8_t[]>(bytes.size()), static_cast<std::uint32_t>(bytes.size())};
+    DmiTableCopy copy{std::make_unique<std::uint8_t[]>(bytes.size()), static_cast<std::uint32_t>(bytes.size()), 28};
     std::copy(bytes.begin(), bytes.end(), copy.Bytes.get());
     return copy;
 }
@@ -50,23 +51,27 @@ TEST(Walk, StepsOverStringSetsToTheLastStructure) {
     EXPECT_FALSE(DmiStruct{{}}.Exists());
 }
 
-// The end of a string set lies anywhere: at any distance, behind bytes of any kind, and with single zeros before it.
-TEST(Walk, FindsTheEndOfAStringSetAtEveryPlace) {
-    for (const std::uint8_t filler : {std::uint8_t{1}, std::uint8_t{'a'}, std::uint8_t{0x80}, std::uint8_t{0xFF}}) {
-        for (std::size_t length = 1; length < 40; ++length) {
-            for (std::size_t single = 0; single < length; ++single) {
-                Bytes table{11, 4, 0, 0};
-                table.insert(table.end(), length, filler);
-                table[4 + single] = single + 1 < length ? 0 : filler;
-                table.insert(table.end(), {0, 0, 127, 4, 1, 0, 0, 0});
-                DmiStruct structure{table};
-                ASSERT_TRUE(DmiNextStructGet(&structure)) << length << " " << single;
-                EXPECT_EQ(structure.Type(), 127) << length << " " << single;
-                // The same set cut inside its end is followed by nothing.
-                structure = DmiStruct({table.data(), 4 + length + 1});
-                EXPECT_FALSE(DmiNextStructGet(&structure)) << length << " " << single;
-            }
+// The set's bytes are looked at by words; every place of the two zeros in a word, and what looks like them, comes up.
+TEST(Walk, TheNextStructureFollowsTheFirstTwoZeros) {
+    std::mt19937 random(20261122);
+    for (int round = 0; round < 20000; ++round) {
+        Bytes table{11, 4, 0, 0};
+        const std::size_t length = random() % 40;
+        for (std::size_t i = 0; i < length; ++i) {
+            const std::size_t pick = random() % (round % 2 == 0 ? 4 : 12);
+            table.push_back(pick < 4 ? Bytes{0, 1, 0x80, 0xFF}[pick] : 'a');
         }
+        std::size_t next = 4;
+        while (next + 1 < table.size() && (table[next] != 0 || table[next + 1] != 0)) {
+            ++next;
+        }
+        next = std::min(next + 2, table.size());
+        const bool follows = table.size() - next >= 4;
+        const std::unique_ptr<std::uint8_t[]> exact(new std::uint8_t[table.size()]);
+        std::copy(table.begin(), table.end(), exact.get());
+        DmiStruct structure({exact.get(), table.size()});
+        ASSERT_EQ(DmiNextStructGet(&structure), follows) << round;
+        ASSERT_EQ(structure.From(0).size(), follows ? table.size() - next : table.size()) << round;
     }
     DmiStruct none{{}};
     EXPECT_FALSE(DmiNextStructGet(&none));
@@ -85,7 +90,6 @@ TEST(Walk, InstancesCountByHandle) {
 }
 
 TEST(Walk, FieldsAreBoundedByStructureVersionAndTable) {
-    LibraryContextGet().Acquisition.Version = 28;
     DmiStruct system{{}};
     const DmiTableCopy copy = CopyOf(Table);
     ASSERT_TRUE(DmiInstanceFind(copy, 1, 1, &system));
@@ -98,12 +102,11 @@ TEST(Walk, FieldsAreBoundedByStructureVersionAndTable) {
 
     // The same structure, but the table ends inside its last string, and then inside its formatted area.
     const Bytes cut(Table.begin() + 11, Table.begin() + 22);
-    EXPECT_EQ(Field(DmiStruct{cut}, 1, 4), std::string("p\0", 2)) << "the NUL is missing";
-    EXPECT_EQ(Field(DmiStruct{Bytes(cut.begin(), cut.begin() + 5)}, 1, 4, RyxErrorUnsupported), "");
+    EXPECT_EQ(Field(DmiStruct{cut, 28}, 1, 4), std::string("p\0", 2)) << "the NUL is missing";
+    EXPECT_EQ(Field(DmiStruct{Bytes(cut.begin(), cut.begin() + 5), 28}, 1, 4, RyxErrorUnsupported), "");
 
-    LibraryContextGet().Acquisition.Version = 19;
-    EXPECT_EQ(Field(system, 1, 3, RyxErrorUnsupported), "") << "an older standard than the field's";
-    LibraryContextReset();
+    EXPECT_EQ(Field(DmiStruct{system.From(0), 19}, 1, 3, RyxErrorUnsupported), "")
+        << "an older standard than the field's";
 }
 
 // The table is well formed: offsets grow, types are contiguous, every type begins with its header rows.
@@ -141,17 +144,13 @@ TEST(Values, AreMadeReadAndReleased) {
     RyxBin* bin = nullptr;
     EXPECT_EQ(RyxBinCreate(0, &bin), RyxErrorArgument);
     EXPECT_EQ(RyxBinCreate(0x100000000, &bin), RyxErrorArgument) << "the low 32 bits count";
-    EXPECT_EQ(RyxBinCreate(1, nullptr), RyxErrorArgument);
     ASSERT_EQ(RyxBinCreate(0x100000003, &bin), RyxOk);
     std::uint8_t* data = nullptr;
     std::uint64_t size = 0;
-    EXPECT_EQ(RyxBinInfoGet(bin, &data, nullptr), RyxErrorArgument);
     EXPECT_EQ(RyxBinInfoGet(bin, &data, &size), RyxOk);
     EXPECT_EQ(size, 3U);
     EXPECT_EQ(data[2], 0);
     EXPECT_EQ(RyxBinFree(bin), RyxOk);
-    EXPECT_EQ(RyxBinFree(nullptr), RyxErrorObject);
-    EXPECT_EQ(RyxBinInfoGet(nullptr, &data, &size), RyxErrorObject);
     std::uint8_t kept[] = {1};
     EXPECT_EQ(RyxBinFree(new RyxBin{1, kept, 1}), RyxOk) << "borrowed data stays";
 }

@@ -8,7 +8,6 @@
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
-#include <string>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
@@ -17,11 +16,8 @@ using namespace StandIn;
 
 namespace {
 
-// Values that no handle has, for their lowest bits are set.
-constexpr std::intptr_t InputHandle = 3;
-constexpr std::intptr_t OutputHandle = 7;
-constexpr std::intptr_t ErrorHandle = 11;
-constexpr WORD DefaultColour = 7; // light grey on black
+constexpr std::intptr_t OutputHandle = 7; // a value that no other handle has, for its lowest bits are set
+constexpr WORD DefaultColour = 7;         // light grey on black
 constexpr int EndOfInput = -1;
 constexpr int EnterKey = '\r';
 
@@ -43,30 +39,26 @@ bool SizeGet(SHORT* columns, SHORT* rows) {
     return true;
 }
 
-// Whether a handle is that of a console to write to, which has the size.
-bool ConsoleOf(HANDLE handle, SHORT* columns, SHORT* rows) {
-    if (reinterpret_cast<std::intptr_t>(handle) == OutputHandle && SizeGet(columns, rows)) {
-        return true;
+// The cells of the console that a handle writes to; 0 with the last error set when it does not.
+DWORD CellsOf(HANDLE handle) {
+    SHORT columns = 0;
+    SHORT rows = 0;
+    if (reinterpret_cast<std::intptr_t>(handle) == OutputHandle && SizeGet(&columns, &rows)) {
+        return static_cast<DWORD>(columns) * static_cast<DWORD>(rows);
     }
-    SetLastError(ERROR_INVALID_HANDLE);
-    return false;
-}
-
-bool OnTerminal() {
-    return MachineGet().Console == ConsoleKind::Terminal;
+    return FailFalse(ERROR_INVALID_HANDLE);
 }
 
 // Goes through the stream that the program prints to, so that it comes in order with the text.
-void TerminalSend(const std::string& text) {
-    std::fputs(text.c_str(), stdout);
-    std::fflush(stdout);
+void TerminalSend(const char* text) {
+    if (MachineGet().Console == ConsoleKind::Terminal) {
+        std::fputs(text, stdout);
+        std::fflush(stdout);
+    }
 }
 
-std::string CursorTo(COORD place) {
-    if (place.X == 0 && place.Y == 0) {
-        return "\x1b[H";
-    }
-    return "\x1b[" + std::to_string(place.Y + 1) + ";" + std::to_string(place.X + 1) + "H";
+bool IsHome(COORD place) {
+    return place.X == 0 && place.Y == 0;
 }
 
 // Reads one byte from the controlling terminal. The interrupt key works as ever, once the terminal is as it was.
@@ -104,17 +96,11 @@ HANDLE WINAPI GetStdHandle(DWORD nStdHandle) {
     if (FailsWith(Named("GetStdHandle"), ERROR_INVALID_HANDLE)) {
         return INVALID_HANDLE_VALUE;
     }
-    switch (nStdHandle) {
-    case STD_INPUT_HANDLE:
-        return reinterpret_cast<HANDLE>(InputHandle);
-    case STD_OUTPUT_HANDLE:
-        return reinterpret_cast<HANDLE>(OutputHandle);
-    case STD_ERROR_HANDLE:
-        return reinterpret_cast<HANDLE>(ErrorHandle);
-    default:
+    if (nStdHandle != STD_OUTPUT_HANDLE) {
         SetLastError(ERROR_INVALID_HANDLE);
         return INVALID_HANDLE_VALUE;
     }
+    return reinterpret_cast<HANDLE>(OutputHandle);
 }
 
 BOOL WINAPI GetConsoleScreenBufferInfo(HANDLE hConsoleOutput, PCONSOLE_SCREEN_BUFFER_INFO lpConsoleScreenBufferInfo) {
@@ -123,77 +109,56 @@ BOOL WINAPI GetConsoleScreenBufferInfo(HANDLE hConsoleOutput, PCONSOLE_SCREEN_BU
     }
     SHORT columns = 0;
     SHORT rows = 0;
-    if (!ConsoleOf(hConsoleOutput, &columns, &rows)) {
-        return FALSE;
+    if (reinterpret_cast<std::intptr_t>(hConsoleOutput) != OutputHandle || !SizeGet(&columns, &rows)) {
+        return FailFalse(ERROR_INVALID_HANDLE);
     }
     CONSOLE_SCREEN_BUFFER_INFO info{};
     info.dwSize = COORD{columns, rows};
-    info.dwMaximumWindowSize = info.dwSize;
     info.wAttributes = DefaultColour;
-    info.srWindow = SMALL_RECT{0, 0, static_cast<SHORT>(columns - 1), static_cast<SHORT>(rows - 1)};
     *lpConsoleScreenBufferInfo = info;
     return TRUE;
 }
 
+// Only the whole console is ever filled, with blanks.
 BOOL WINAPI FillConsoleOutputCharacterA(HANDLE hConsoleOutput, CHAR cCharacter, DWORD nLength, COORD dwWriteCoord,
                                         LPDWORD lpNumberOfCharsWritten) {
-    SHORT columns = 0;
-    SHORT rows = 0;
-    if (FailsWith(Named("FillConsoleOutputCharacterA"), ERROR_INVALID_HANDLE) ||
-        !ConsoleOf(hConsoleOutput, &columns, &rows)) {
+    if (FailsWith(Named("FillConsoleOutputCharacterA"), ERROR_INVALID_HANDLE)) {
         return FALSE;
     }
-    const DWORD cells = static_cast<DWORD>(columns) * static_cast<DWORD>(rows);
-    const bool whole = dwWriteCoord.X == 0 && dwWriteCoord.Y == 0 && nLength >= cells;
-    if (OnTerminal()) {
-        if (whole && cCharacter == ' ') {
-            TerminalSend("\x1b[2J");
-        } else {
-            // The cursor stays where it is.
-            const DWORD length = nLength < cells ? nLength : cells;
-            TerminalSend("\x1b"
-                         "7" +
-                         CursorTo(dwWriteCoord) + std::string(length, cCharacter) + "\x1b" + "8");
-        }
+    const DWORD cells = CellsOf(hConsoleOutput);
+    if (cells == 0) {
+        return FALSE;
     }
-    *lpNumberOfCharsWritten = nLength < cells ? nLength : cells;
+    if (cCharacter != ' ' || nLength < cells || !IsHome(dwWriteCoord)) {
+        return FailFalse(ERROR_INVALID_PARAMETER);
+    }
+    TerminalSend("\x1b[2J");
+    *lpNumberOfCharsWritten = cells;
     return TRUE;
 }
 
 // A terminal's cells take the colour that is current when they are erased.
-BOOL WINAPI FillConsoleOutputAttribute(HANDLE hConsoleOutput, WORD, DWORD nLength, COORD,
-                                       LPDWORD lpNumberOfAttrsWritten) {
-    SHORT columns = 0;
-    SHORT rows = 0;
-    if (FailsWith(Named("FillConsoleOutputAttribute"), ERROR_INVALID_HANDLE) ||
-        !ConsoleOf(hConsoleOutput, &columns, &rows)) {
+BOOL WINAPI FillConsoleOutputAttribute(HANDLE hConsoleOutput, WORD, DWORD, COORD, LPDWORD lpNumberOfAttrsWritten) {
+    if (FailsWith(Named("FillConsoleOutputAttribute"), ERROR_INVALID_HANDLE)) {
         return FALSE;
     }
-    const DWORD cells = static_cast<DWORD>(columns) * static_cast<DWORD>(rows);
-    *lpNumberOfAttrsWritten = nLength < cells ? nLength : cells;
-    return TRUE;
+    *lpNumberOfAttrsWritten = CellsOf(hConsoleOutput);
+    return *lpNumberOfAttrsWritten != 0;
 }
 
 BOOL WINAPI SetConsoleCursorPosition(HANDLE hConsoleOutput, COORD dwCursorPosition) {
-    SHORT columns = 0;
-    SHORT rows = 0;
-    if (FailsWith(Named("SetConsoleCursorPosition"), ERROR_INVALID_HANDLE) ||
-        !ConsoleOf(hConsoleOutput, &columns, &rows)) {
+    if (FailsWith(Named("SetConsoleCursorPosition"), ERROR_INVALID_HANDLE) || CellsOf(hConsoleOutput) == 0) {
         return FALSE;
     }
-    if (dwCursorPosition.X < 0 || dwCursorPosition.Y < 0 || dwCursorPosition.X >= columns ||
-        dwCursorPosition.Y >= rows) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return FALSE;
+    if (!IsHome(dwCursorPosition)) {
+        return FailFalse(ERROR_INVALID_PARAMETER);
     }
-    if (OnTerminal()) {
-        TerminalSend(CursorTo(dwCursorPosition));
-    }
+    TerminalSend("\x1b[H");
     return TRUE;
 }
 
 extern "C" int _getch() {
-    Seen(Named("_getch"));
+    KeySeen();
     switch (MachineGet().Console) {
     case ConsoleKind::Fixed:
         return EnterKey;

@@ -1,10 +1,10 @@
-// Counts of calls, and the faults that make calls fail.
+// Counts of calls, the faults that make calls fail, and the error number that tells why.
 #include "Lib/Platform/StandIn/Faults.h"
 
 #include <windows.h>
 
 #include <algorithm>
-#include <utility>
+#include <map>
 
 namespace StandIn {
 
@@ -12,24 +12,19 @@ constinit CallRecord Calls{};
 
 namespace {
 
-// The driver's codes have consecutive function numbers; every other code is kept in a list.
-constexpr std::uint32_t FirstDriverCode = 0x222180;
-constexpr std::uint32_t DriverCodes = 0x58;
+thread_local DWORD LastError = 0;
 
-constinit std::array<std::uint64_t, DriverCodes> DriverCodeCounts{};
-std::vector<std::pair<std::uint32_t, std::uint64_t>>& OtherCodeCounts() {
-    static std::vector<std::pair<std::uint32_t, std::uint64_t>> counts;
+std::map<std::uint32_t, std::uint64_t>& CodeCounts() {
+    static std::map<std::uint32_t, std::uint64_t> counts;
     return counts;
 }
 
 } // namespace
 
 std::optional<Operation> OperationFind(std::string_view name) {
-    const auto* const found = std::find(std::begin(OperationNames), std::end(OperationNames), name);
-    if (found == std::end(OperationNames)) {
-        return std::nullopt;
-    }
-    return static_cast<Operation>(found - std::begin(OperationNames));
+    const auto* const end = std::end(OperationNames) - 1; // the last one can't fail
+    const auto* const found = std::find(std::begin(OperationNames), end, name);
+    return found != end ? std::optional(static_cast<Operation>(found - std::begin(OperationNames))) : std::nullopt;
 }
 
 bool FaultStrikes(Operation which, std::uint32_t controlCode) {
@@ -46,32 +41,21 @@ bool FaultStrikes(Operation which, std::uint32_t controlCode) {
 }
 
 bool FailsWith(Operation which, std::uint32_t error) {
-    if (!Fails(which)) {
-        return false;
-    }
+    return Fails(which) && !FailFalse(error);
+}
+
+bool FailFalse(std::uint32_t error) {
     SetLastError(error);
-    return true;
+    return false;
 }
 
 void ControlSeen(std::uint32_t code) {
-    if (code - FirstDriverCode < DriverCodes) {
-        ++DriverCodeCounts[code - FirstDriverCode];
-        return;
-    }
-    auto& others = OtherCodeCounts();
-    const auto found =
-        std::find_if(others.begin(), others.end(), [code](const auto& one) { return one.first == code; });
-    if (found == others.end()) {
-        others.emplace_back(code, 1);
-    } else {
-        ++found->second;
-    }
+    ++CodeCounts()[code];
 }
 
 void CallsForget() {
     Calls = CallRecord{};
-    DriverCodeCounts = {};
-    OtherCodeCounts().clear();
+    CodeCounts().clear();
 }
 
 std::uint64_t CallCount(Operation operation) {
@@ -79,20 +63,13 @@ std::uint64_t CallCount(Operation operation) {
 }
 
 std::uint64_t CallCount(std::string_view operation) {
-    const std::optional<Operation> found = OperationFind(operation);
-    return found ? CallCount(*found) : 0;
+    const auto* const found = std::find(std::begin(OperationNames), std::end(OperationNames), operation);
+    return found != std::end(OperationNames) ? Calls.Counts[static_cast<std::size_t>(found - OperationNames)] : 0;
 }
 
 std::uint64_t ControlCount(std::uint32_t code) {
-    if (code - FirstDriverCode < DriverCodes) {
-        return DriverCodeCounts[code - FirstDriverCode];
-    }
-    for (const auto& [other, count] : OtherCodeCounts()) {
-        if (other == code) {
-            return count;
-        }
-    }
-    return 0;
+    const auto found = CodeCounts().find(code);
+    return found != CodeCounts().end() ? found->second : 0;
 }
 
 std::uint64_t CallTotal() {
@@ -109,3 +86,11 @@ std::string FailedCallName() {
 }
 
 } // namespace StandIn
+
+DWORD WINAPI GetLastError() {
+    return StandIn::LastError;
+}
+
+void WINAPI SetLastError(DWORD dwErrCode) {
+    StandIn::LastError = dwErrCode;
+}

@@ -11,7 +11,8 @@
 
 namespace StandIn {
 
-// Every operation that the stand-in answers. An Operation is an index into this list.
+// Every operation that the stand-in answers and that can fail; the last one can't, and is only counted. An Operation is
+// an index into this list.
 constexpr std::string_view OperationNames[] = {
     "AccessCheck",
     "AddAccessAllowedAce",
@@ -30,15 +31,9 @@ constexpr std::string_view OperationNames[] = {
     "FillConsoleOutputAttribute",
     "FillConsoleOutputCharacterA",
     "FindResourceA",
-    "FreeLibrary",
-    "FreeSid",
     "GetConsoleScreenBufferInfo",
-    "GetCurrentProcess",
-    "GetCurrentThread",
     "GetFileSize",
     "GetFirmwareEnvironmentVariableW",
-    "GetLastError",
-    "GetLengthSid",
     "GetModuleFileNameA",
     "GetModuleHandleA",
     "GetProcAddress",
@@ -46,17 +41,13 @@ constexpr std::string_view OperationNames[] = {
     "GetStdHandle",
     "GetSystemFirmwareTable",
     "GetTempPathA",
-    "GetVersion",
     "GetVersionExA",
     "InitializeAcl",
     "InitializeSecurityDescriptor",
-    "IsValidSecurityDescriptor",
     "IsWow64Process",
-    "LoadLibraryA",
     "LoadResource",
     "LockResource",
     "LookupPrivilegeValueA",
-    "MapGenericMask",
     "OpenProcessToken",
     "OpenSCManagerA",
     "OpenServiceA",
@@ -77,7 +68,6 @@ constexpr std::string_view OperationNames[] = {
     "SetConsoleCursorPosition",
     "SetFileAttributesA",
     "SetFirmwareEnvironmentVariableW",
-    "SetLastError",
     "SetPriorityClass",
     "SetProcessAffinityMask",
     "SetSecurityDescriptorDacl",
@@ -114,9 +104,9 @@ extern CallRecord Calls;
 // Whether one of the machine's faults strikes the call just counted.
 bool FaultStrikes(Operation which, std::uint32_t controlCode);
 
-// Counts a call of an operation that can't fail.
-inline void Seen(Operation which) {
-    ++Calls.Counts[static_cast<std::size_t>(which)];
+// Counts a key press that was waited for, which can't fail.
+inline void KeySeen() {
+    ++Calls.Counts.back();
 }
 
 // Counts a call; true when it has to fail. Every operation that can fail asks here first.
@@ -131,6 +121,9 @@ inline bool Fails(Operation which, std::uint32_t controlCode = 0) {
 
 // As Fails, with the error number that the caller of the failing operation then finds.
 bool FailsWith(Operation which, std::uint32_t error);
+
+// Sets the error number that the caller finds; the result is false, for a failing operation to return.
+bool FailFalse(std::uint32_t error);
 
 // Counts a request with a control code; DeviceIoControl itself is counted by Fails.
 void ControlSeen(std::uint32_t code);

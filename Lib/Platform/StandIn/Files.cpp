@@ -3,7 +3,6 @@
 
 #include "Lib/Platform/StandIn/Faults.h"
 #include "Lib/Platform/StandIn/Handles.h"
-#include "Lib/Platform/StandIn/Services.h"
 #include "Lib/Platform/StandIn/State.h"
 
 #include <shlwapi.h>
@@ -14,11 +13,9 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <limits>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
 
 using namespace StandIn;
 
@@ -33,13 +30,8 @@ HANDLE NoFile(std::uint32_t error) {
     return INVALID_HANDLE_VALUE;
 }
 
-BOOL FailFalse(std::uint32_t error) {
-    SetLastError(error);
-    return FALSE;
-}
-
 BOOL Done(std::uint32_t error) {
-    return error == 0 ? TRUE : FailFalse(error);
+    return error == 0 || FailFalse(error);
 }
 
 // The path by which this computer knows a file.
@@ -68,7 +60,8 @@ bool DriverRunsFrom(const SharedState& state, const std::string& key) {
                        [&key](const auto& one) { return one.second.Running && FileKey(one.second.Path) == key; });
 }
 
-HANDLE DeviceOpen(std::string_view name, DWORD access) {
+HANDLE DeviceOpen(std::string_view asked, DWORD access) {
+    std::string_view name = asked;
     if (Lower(name.substr(0, GlobalPrefix.size())) == GlobalPrefix) {
         name.remove_prefix(GlobalPrefix.size());
     }
@@ -77,19 +70,14 @@ HANDLE DeviceOpen(std::string_view name, DWORD access) {
         if (state.Error() != 0) {
             return NoFile(state.Error());
         }
-        if (!DriverDeviceExists(*state, std::string(name))) {
+        if (!DriverDeviceExists(*state, name)) {
             return NoFile(ERROR_FILE_NOT_FOUND);
         }
     }
     if (!MachineGet().Administrator) {
         return NoFile(ERROR_ACCESS_DENIED);
     }
-    Handle handle;
-    handle.Kind = HandleKind::Device;
-    handle.Name = name;
-    handle.Access = access;
-    void* const value = HandleOpen(std::move(handle));
-    return value != nullptr ? value : NoFile(ERROR_NO_SYSTEM_RESOURCES);
+    return HandleOpen({HandleKind::Device, std::string(asked), access});
 }
 
 // Opens a file of this computer; it is only ever read.
@@ -103,13 +91,7 @@ HANDLE HostFileOpen(const std::string& path, DWORD access) {
         close(descriptor);
         return NoFile(ERROR_ACCESS_DENIED);
     }
-    Handle handle;
-    handle.Kind = HandleKind::HostFile;
-    handle.Name = path;
-    handle.Access = access;
-    handle.Descriptor = descriptor;
-    void* const value = HandleOpen(std::move(handle));
-    return value != nullptr ? value : NoFile(ERROR_NO_SYSTEM_RESOURCES);
+    return HandleOpen({.Kind = HandleKind::HostFile, .Name = path, .Access = access, .Descriptor = descriptor});
 }
 
 // Why a stored file can't be opened, if so. A missing one counts as openable here.
@@ -145,17 +127,14 @@ std::string StandIn::FileKey(const std::string& path) {
 }
 
 bool StandIn::FileHeldExclusively(const std::string& key) {
-    for (const Handle* handle : HandlesOpen()) {
-        if (handle->Kind == HandleKind::File && handle->Name == key && !handle->Shared) {
-            return true;
-        }
-    }
-    return false;
+    return std::any_of(HandlesOpen().begin(), HandlesOpen().end(), [&key](const auto& entry) {
+        return entry.second.Kind == HandleKind::File && entry.second.Name == key && !entry.second.Shared;
+    });
 }
 
 HANDLE WINAPI CreateFileA(LPCSTR lpFileName, DWORD dwDesiredAccess, DWORD dwShareMode, LPSECURITY_ATTRIBUTES,
                           DWORD dwCreationDisposition, DWORD dwFlagsAndAttributes, HANDLE) {
-    const bool writes = (dwDesiredAccess & (GENERIC_WRITE | GENERIC_ALL)) != 0;
+    const bool writes = (dwDesiredAccess & GENERIC_WRITE) != 0;
     if (FailsWith(Named("CreateFileA"), writes ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND)) {
         return INVALID_HANDLE_VALUE;
     }
@@ -174,45 +153,28 @@ HANDLE WINAPI CreateFileA(LPCSTR lpFileName, DWORD dwDesiredAccess, DWORD dwShar
     const bool stored = state->Files.count(key) != 0;
     std::error_code ignored;
     const bool exists = stored || (!HasDrive(key) && std::filesystem::exists(HostPath(path), ignored));
-    const bool creates = dwCreationDisposition == CREATE_ALWAYS || dwCreationDisposition == CREATE_NEW ||
-                         dwCreationDisposition == OPEN_ALWAYS;
-    const bool empties = dwCreationDisposition == CREATE_ALWAYS || dwCreationDisposition == TRUNCATE_EXISTING;
-    if (exists ? dwCreationDisposition == CREATE_NEW : !creates) {
-        return NoFile(exists ? ERROR_ALREADY_EXISTS : ERROR_FILE_NOT_FOUND);
+    const bool creates = dwCreationDisposition == CREATE_ALWAYS; // else it opens what is there
+    if (!exists && !creates) {
+        return NoFile(ERROR_FILE_NOT_FOUND);
     }
-    if (exists && !stored && !writes && !empties) {
-        return HostFileOpen(path, dwDesiredAccess);
+    if (!stored && !creates) {
+        // Files of this computer stay as they are.
+        return writes ? NoFile(ERROR_ACCESS_DENIED) : HostFileOpen(path, dwDesiredAccess);
     }
-    if (!stored && exists && !empties) {
-        return NoFile(ERROR_ACCESS_DENIED); // files of this computer stay as they are
-    }
-    if (const std::uint32_t error = OpenError(*state, key, writes || empties); error != 0) {
+    if (const std::uint32_t error = OpenError(*state, key, writes || creates); error != 0) {
         return NoFile(error);
     }
-    if (!stored || empties) {
+    if (creates) {
         if (!FolderExists(key, path)) {
             return NoFile(ERROR_PATH_NOT_FOUND);
         }
-        state->Files[key] =
-            StoredFile{path, dwFlagsAndAttributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_NORMAL), {}};
+        state->Files[key] = StoredFile{path, dwFlagsAndAttributes, {}};
         if (const std::uint32_t error = state.Commit(); error != 0) {
             return NoFile(error);
         }
     }
-    Handle handle;
-    handle.Kind = HandleKind::File;
-    handle.Name = key;
-    handle.Access = dwDesiredAccess;
     // A writer shuts readers out that can't share with it, a driver start among them.
-    handle.Shared = !writes && (dwShareMode & FILE_SHARE_READ) != 0;
-    void* const value = HandleOpen(std::move(handle));
-    if (value == nullptr) {
-        return NoFile(ERROR_NO_SYSTEM_RESOURCES);
-    }
-    if (exists && (empties || dwCreationDisposition == OPEN_ALWAYS)) {
-        SetLastError(ERROR_ALREADY_EXISTS);
-    }
-    return value;
+    return HandleOpen({HandleKind::File, key, dwDesiredAccess, !writes && (dwShareMode & FILE_SHARE_READ) != 0});
 }
 
 BOOL WINAPI ReadFile(HANDLE hFile, LPVOID lpBuffer, DWORD nNumberOfBytesToRead, LPDWORD lpNumberOfBytesRead,
@@ -227,7 +189,7 @@ BOOL WINAPI ReadFile(HANDLE hFile, LPVOID lpBuffer, DWORD nNumberOfBytesToRead, 
     if (handle == nullptr || (handle->Kind != HandleKind::File && handle->Kind != HandleKind::HostFile)) {
         return FailFalse(ERROR_INVALID_HANDLE);
     }
-    if ((handle->Access & (GENERIC_READ | GENERIC_ALL)) == 0) {
+    if ((handle->Access & GENERIC_READ) == 0) {
         return FailFalse(ERROR_ACCESS_DENIED);
     }
     std::size_t got = 0;
@@ -279,7 +241,7 @@ BOOL WINAPI WriteFile(HANDLE hFile, LPCVOID lpBuffer, DWORD nNumberOfBytesToWrit
     if (handle == nullptr) {
         return FailFalse(ERROR_INVALID_HANDLE);
     }
-    if ((handle->Access & (GENERIC_WRITE | GENERIC_ALL)) == 0) {
+    if ((handle->Access & GENERIC_WRITE) == 0) {
         return FailFalse(ERROR_ACCESS_DENIED);
     }
     SharedAccess state;
@@ -303,27 +265,23 @@ BOOL WINAPI WriteFile(HANDLE hFile, LPCVOID lpBuffer, DWORD nNumberOfBytesToWrit
     return TRUE;
 }
 
-DWORD WINAPI GetFileSize(HANDLE hFile, LPDWORD lpFileSizeHigh) {
+// No file here is larger than 32 bits tell.
+DWORD WINAPI GetFileSize(HANDLE hFile, LPDWORD) {
     if (FailsWith(Named("GetFileSize"), ERROR_GEN_FAILURE)) {
         return INVALID_FILE_SIZE;
     }
     const Handle* const handle = HandleFindAny(hFile);
-    std::uint64_t size = 0;
     if (handle != nullptr && handle->Kind == HandleKind::HostFile) {
         struct stat about {};
-        size = fstat(handle->Descriptor, &about) == 0 ? static_cast<std::uint64_t>(about.st_size) : 0;
-    } else if (handle != nullptr && handle->Kind == HandleKind::File) {
+        return fstat(handle->Descriptor, &about) == 0 ? static_cast<DWORD>(about.st_size) : 0;
+    }
+    if (handle != nullptr && handle->Kind == HandleKind::File) {
         const SharedAccess state;
         const auto found = state->Files.find(handle->Name);
-        size = found != state->Files.end() ? found->second.Data.size() : 0;
-    } else {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return INVALID_FILE_SIZE;
+        return found != state->Files.end() ? static_cast<DWORD>(found->second.Data.size()) : 0;
     }
-    if (lpFileSizeHigh != nullptr) {
-        *lpFileSizeHigh = static_cast<DWORD>(size >> 32U);
-    }
-    return static_cast<DWORD>(size);
+    SetLastError(ERROR_INVALID_HANDLE);
+    return INVALID_FILE_SIZE;
 }
 
 BOOL WINAPI DeleteFileA(LPCSTR lpFileName) {
@@ -380,8 +338,7 @@ DWORD WINAPI GetTempPathA(DWORD nBufferLength, LPSTR lpBuffer) {
 
 // Takes either slash, for the executable's path is one of this computer. A root keeps its slash.
 BOOL WINAPI PathRemoveFileSpecA(LPSTR pszPath) {
-    Seen(Named("PathRemoveFileSpecA"));
-    if (pszPath == nullptr || *pszPath == 0) {
+    if (Fails(Named("PathRemoveFileSpecA")) || pszPath == nullptr || *pszPath == 0) {
         return FALSE;
     }
     const std::string_view path = pszPath;

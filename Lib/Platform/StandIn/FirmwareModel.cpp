@@ -1,6 +1,7 @@
 // The maker's firmware: request records, its variables, and its communication buffer with the tables that tell of it.
 #include "Lib/Platform/StandIn/FirmwareModel.h"
 
+#include "Lib/Platform/StandIn/AcpiBuilder.h"
 #include "Lib/Platform/StandIn/Memory.h"
 
 #include <windows.h>
@@ -8,9 +9,8 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <initializer_list>
-#include <numeric>
 #include <string_view>
+#include <utility>
 
 namespace StandIn {
 
@@ -71,7 +71,6 @@ constexpr std::uint32_t BufferPlace = TablesBase + 0x10000;
 constexpr std::uint32_t BufferSize = 0x2000;
 constexpr std::uint16_t SmiPort = 0xB2;
 constexpr std::uint8_t SmiValue = 0xD5;
-constexpr std::size_t TableHeaderSize = 36;
 
 struct Session {
     bool Open = false;
@@ -90,14 +89,6 @@ template <typename Number> Number NumberAt(const Bytes& bytes, std::size_t offse
     return number;
 }
 
-template <typename Number> void NumberPut(Bytes* bytes, std::size_t offset, Number number) {
-    std::memcpy(bytes->data() + offset, &number, sizeof number);
-}
-
-void GuidPut(Bytes* bytes, std::size_t offset, const Guid& guid) {
-    std::copy(guid.begin(), guid.end(), bytes->begin() + static_cast<std::ptrdiff_t>(offset));
-}
-
 bool GuidIs(const Bytes& bytes, std::size_t offset, const Guid& guid) {
     return std::memcmp(bytes.data() + offset, guid.data(), guid.size()) == 0;
 }
@@ -110,19 +101,19 @@ std::uint64_t CommandAnswer(std::uint64_t command, Bytes* record) {
         if (payload < 64) {
             return InvalidParameter;
         }
-        NumberPut(record, HeaderSize, HostSession);
+        BytesPut(*record, HeaderSize, HostSession);
         for (std::uint64_t value = 1; value <= 5; ++value) {
-            NumberPut(record, HeaderSize + value * 8, value << 12U);
+            BytesPut(*record, HeaderSize + value * 8, value << 12U);
         }
-        NumberPut(record, HeaderSize + 48, HostBufferSize);
-        NumberPut(record, HeaderSize + 56, PlatformFlags);
+        BytesPut(*record, HeaderSize + 48, HostBufferSize);
+        BytesPut(*record, HeaderSize + 56, PlatformFlags);
         return Success;
     case PlatformDetail:
         if (payload < 8) {
             return InvalidParameter;
         }
-        NumberPut(record, HeaderSize, std::uint32_t{1});
-        NumberPut(record, HeaderSize + 4, std::uint32_t{0});
+        BytesPut(*record, HeaderSize, std::uint32_t{1});
+        BytesPut(*record, HeaderSize + 4, std::uint32_t{0});
         return Success;
     case CommandQuery: {
         const auto start = record->begin() + static_cast<std::ptrdiff_t>(HeaderSize);
@@ -147,7 +138,7 @@ bool RecordAnswer(Bytes* bytes) {
         return false;
     }
     Bytes record(bytes->begin(), bytes->begin() + static_cast<std::ptrdiff_t>(length));
-    NumberPut(&record, StatusOffset, CommandAnswer(NumberAt<std::uint64_t>(record, 0), &record));
+    BytesPut(record, StatusOffset, CommandAnswer(NumberAt<std::uint64_t>(record, 0), &record));
     std::copy(record.begin(), record.end(), bytes->begin());
     return true;
 }
@@ -164,98 +155,40 @@ Bytes SessionIdentifier() {
     return identifier;
 }
 
-// Makes an ACPI table's sum zero with the byte at an offset.
-void ChecksumPut(Bytes* table, std::size_t offset, std::size_t length) {
-    (*table)[offset] = 0;
-    const auto end = table->begin() + static_cast<std::ptrdiff_t>(length);
-    (*table)[offset] = static_cast<std::uint8_t>(0U - std::accumulate(table->begin(), end, 0U));
-}
-
-Bytes TableBegin(std::string_view signature, std::size_t size, std::uint8_t revision) {
-    Bytes table(size);
-    std::copy(signature.begin(), signature.end(), table.begin());
-    NumberPut(&table, 4, static_cast<std::uint32_t>(size));
-    table[8] = revision;
-    const std::string_view maker = "STANDINMACHINE";
-    std::copy(maker.begin(), maker.end(), table.begin() + 10);
-    NumberPut(&table, 24, std::uint32_t{1});
-    return table;
-}
-
-Bytes TableEnd(Bytes table) {
-    ChecksumPut(&table, 9, table.size());
-    return table;
-}
-
 Bytes FadtMake() {
-    Bytes table = TableBegin("FACP", 244, 5);
-    NumberPut(&table, 40, DsdtPlace);
-    NumberPut(&table, 48, std::uint32_t{SmiPort});
-    NumberPut(&table, 64, std::uint32_t{0x1804});
-    NumberPut(&table, 112, std::uint32_t{1} << 21U);
-    NumberPut(&table, 120, std::uint64_t{0xCF9});
-    table[128] = 0x06;
-    return TableEnd(std::move(table));
+    AcpiBuilder table("FACP", 244, 5);
+    table.Put(40, DsdtPlace).Put(48, std::uint32_t{SmiPort}).Put(64, std::uint32_t{0x1804});
+    table.Put(112, std::uint32_t{1} << 21U).Put(120, std::uint64_t{0xCF9}).Put(128, std::uint8_t{0x06});
+    return table.Table();
 }
 
 // Names the sleep states, each a package of four elements of which the first two are its values.
 Bytes DsdtMake() {
-    Bytes code;
-    for (const auto& [name, value] : {std::pair<std::string_view, std::uint8_t>{"_S3_", 5}, {"_S4_", 6}, {"_S5_", 7}}) {
-        code.push_back(0x08); // name
-        code.insert(code.end(), name.begin(), name.end());
-        for (const std::uint8_t byte : {std::uint8_t{0x12}, std::uint8_t{0x08}, std::uint8_t{0x04}, std::uint8_t{0x0A},
-                                        value, std::uint8_t{0x0A}, value, std::uint8_t{0}, std::uint8_t{0}}) {
-            code.push_back(byte);
-        }
+    AcpiBuilder table("DSDT", AcpiHeaderSize, 2);
+    std::size_t at = AcpiHeaderSize;
+    for (const auto& [name, value] : {std::pair("_S3_", std::uint8_t{5}), {"_S4_", 6}, {"_S5_", 7}}) {
+        const std::array<std::uint8_t, 9> package{0x12, 0x08, 0x04, 0x0A, value, 0x0A, value, 0, 0};
+        table.Put(at, std::uint8_t{0x08}).Put(at + 1, name).Put(at + 5, package);
+        at += 5 + package.size();
     }
-    Bytes table = TableBegin("DSDT", TableHeaderSize + code.size(), 2);
-    std::copy(code.begin(), code.end(), table.begin() + TableHeaderSize);
-    return TableEnd(std::move(table));
+    return table.Table();
 }
 
 Bytes BatbMake(std::uint32_t rootPointer) {
-    Bytes table = TableBegin("BATB", 70, 1);
-    GuidPut(&table, 36, BufferRecordGuid);
-    NumberPut(&table, 54, BufferPlace);
-    NumberPut(&table, 62, std::uint64_t{rootPointer});
-    return TableEnd(std::move(table));
+    AcpiBuilder table("BATB", 70);
+    table.Put(36, BufferRecordGuid).Put(54, BufferPlace).Put(62, std::uint64_t{rootPointer});
+    return table.Table();
 }
 
 // The list of values, and after it the GUIDs that tell what each is.
 Bytes UefiMake() {
     constexpr std::uint32_t count = 3;
-    Bytes table = TableBegin("UEFI", 58 + count * 4 + count * 16, 1);
-    GuidPut(&table, 36, ValueListGuid);
-    NumberPut(&table, 52, std::uint16_t{54});
-    NumberPut(&table, 54, count);
-    const std::uint32_t values[count] = {0x11, SmiValue, 0x33};
-    const Guid guids[count] = {OtherValueGuid, SmiValueGuid, OtherValueGuid};
-    for (std::uint32_t index = 0; index < count; ++index) {
-        NumberPut(&table, 58 + index * 4, values[index]);
-        GuidPut(&table, 58 + count * 4 + index * 16, guids[index]);
-    }
-    return TableEnd(std::move(table));
-}
-
-Bytes XsdtMake() {
-    const std::uint64_t entries[] = {FadtPlace, BatbPlace, UefiPlace};
-    Bytes table = TableBegin("XSDT", TableHeaderSize + sizeof entries, 1);
-    std::memcpy(table.data() + TableHeaderSize, entries, sizeof entries);
-    return TableEnd(std::move(table));
-}
-
-Bytes RootPointerMake() {
-    constexpr std::size_t size = 36;
-    Bytes pointer(size);
-    const std::string_view signature = "RSD PTR ";
-    std::copy(signature.begin(), signature.end(), pointer.begin());
-    pointer[15] = 2; // revision
-    NumberPut(&pointer, 20, static_cast<std::uint32_t>(size));
-    NumberPut(&pointer, 24, std::uint64_t{TablesBase});
-    ChecksumPut(&pointer, 8, 20);
-    ChecksumPut(&pointer, 32, size);
-    return pointer;
+    const std::array<std::uint32_t, count> values{0x11, SmiValue, 0x33};
+    const std::array<Guid, count> guids{OtherValueGuid, SmiValueGuid, OtherValueGuid};
+    AcpiBuilder table("UEFI");
+    table.Put(36, ValueListGuid).Put(52, std::uint16_t{54}).Put(54, count);
+    table.Put(58, values).Put(58 + sizeof values, guids);
+    return table.Table();
 }
 
 // A place for the root pointer in the legacy segment, from the top down, where nothing else stands if there is one.
@@ -278,14 +211,14 @@ void FirmwarePrepare(Machine* machine) {
     if (machine->Firmware != FirmwareKind::Smi) {
         return;
     }
-    const Bytes rootPointer = RootPointerMake();
+    const Bytes rootPointer = AcpiRootPointer(TablesBase, 0);
     const std::uint32_t rootPlace = RootPointerPlace(*machine, rootPointer.size());
     const Bytes fadt = FadtMake();
     const Bytes batb = BatbMake(rootPlace);
     machine->AcpiTables.try_emplace("FACP", fadt);
     machine->AcpiTables.try_emplace("BATB", batb);
     machine->Memory.push_back({rootPlace, rootPointer});
-    machine->Memory.push_back({TablesBase, XsdtMake()});
+    machine->Memory.push_back({TablesBase, AcpiRootTable<std::uint64_t>({FadtPlace, BatbPlace, UefiPlace})});
     machine->Memory.push_back({FadtPlace, fadt});
     machine->Memory.push_back({DsdtPlace, DsdtMake()});
     machine->Memory.push_back({BatbPlace, batb});
@@ -311,7 +244,7 @@ void FirmwareSmi(std::uint8_t value) {
     }
 }
 
-std::uint32_t FirmwareVariableRead(const std::u16string& name, Bytes* data) {
+std::uint32_t VendorVariableRead(const std::u16string& name, Bytes* data) {
     Session& session = Current();
     if (name == u"OpenSessionId") {
         session.Open = true;
@@ -321,13 +254,13 @@ std::uint32_t FirmwareVariableRead(const std::u16string& name, Bytes* data) {
         return ERROR_SUCCESS;
     }
     if (!session.Open || name != AnswerName()) {
-        return FirmwareVariableUnknown;
+        return VendorVariableUnknown;
     }
     *data = session.Answer;
     return session.Answer.empty() ? ERROR_ENVVAR_NOT_FOUND : ERROR_SUCCESS;
 }
 
-std::uint32_t FirmwareVariableWrite(const std::u16string& name, const Bytes& data) {
+std::uint32_t VendorVariableWrite(const std::u16string& name, const Bytes& data) {
     Session& session = Current();
     const Bytes identifier = SessionIdentifier();
     if (name == u"CloseSessionId") {
@@ -338,7 +271,7 @@ std::uint32_t FirmwareVariableWrite(const std::u16string& name, const Bytes& dat
         return ERROR_SUCCESS;
     }
     if (name != u"FlashCommunication") {
-        return FirmwareVariableUnknown;
+        return VendorVariableUnknown;
     }
     if (!session.Open || data.size() != identifier.size() + LargestRecord ||
         !std::equal(identifier.begin(), identifier.end(), data.begin())) {

@@ -18,10 +18,10 @@ void PortWrite(std::uint16_t port, std::uint8_t value);
 void FirmwareSmi(std::uint8_t value);
 
 // The firmware's own variables. The name is that of the vendor's variable; the result is an error number, and
-// FirmwareVariableUnknown for a name that isn't the firmware's.
-constexpr std::uint32_t FirmwareVariableUnknown = 0xFFFFFFFF;
-std::uint32_t FirmwareVariableRead(const std::u16string& name, Bytes* data);
-std::uint32_t FirmwareVariableWrite(const std::u16string& name, const Bytes& data);
+// VendorVariableUnknown for a name that isn't the firmware's.
+constexpr std::uint32_t VendorVariableUnknown = 0xFFFFFFFF;
+std::uint32_t VendorVariableRead(const std::u16string& name, Bytes* data);
+std::uint32_t VendorVariableWrite(const std::u16string& name, const Bytes& data);
 
 // Whether a session is open.
 bool FirmwareSessionOpen();

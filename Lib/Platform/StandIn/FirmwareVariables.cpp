@@ -11,7 +11,6 @@ using namespace StandIn;
 
 namespace {
 
-constexpr DWORD SystemEnvironment = 22; // the identifier of the privilege that all this needs
 constexpr char VendorGuid[] = "{8a4acd56-02fc-41ce-b686-9f429a3fc1b3}";
 constexpr char NoGuid[] = "{00000000-0000-0000-0000-000000000000}";
 
@@ -50,7 +49,7 @@ bool HasVariables() {
 
 // Why variables can't be reached at all; 0 when they can.
 std::uint32_t AccessError() {
-    if (!Process().PrivilegesEnabled[SystemEnvironment]) {
+    if (!Process().VariablesAllowed) {
         return ERROR_PRIVILEGE_NOT_HELD;
     }
     return HasVariables() ? 0 : ERROR_INVALID_FUNCTION;
@@ -70,8 +69,8 @@ std::uint32_t VariableRead(const std::u16string& name, const std::string& guid, 
         return guid == NoGuid ? ERROR_NOACCESS : ERROR_INVALID_PARAMETER;
     }
     if (guid == VendorGuid && MachineGet().Firmware == FirmwareKind::Variables) {
-        const std::uint32_t error = FirmwareVariableRead(name, data);
-        return error == FirmwareVariableUnknown ? ERROR_ENVVAR_NOT_FOUND : error;
+        const std::uint32_t error = VendorVariableRead(name, data);
+        return error == VendorVariableUnknown ? ERROR_ENVVAR_NOT_FOUND : error;
     }
     return ERROR_ENVVAR_NOT_FOUND;
 }
@@ -86,8 +85,8 @@ std::uint32_t VariableWrite(const std::u16string& name, const std::string& guid,
         return own->Error;
     }
     if (own == nullptr && guid == VendorGuid && MachineGet().Firmware == FirmwareKind::Variables) {
-        const std::uint32_t error = FirmwareVariableWrite(name, data);
-        if (error != FirmwareVariableUnknown) {
+        const std::uint32_t error = VendorVariableWrite(name, data);
+        if (error != VendorVariableUnknown) {
             return error;
         }
     }
@@ -115,8 +114,7 @@ DWORD WINAPI GetFirmwareEnvironmentVariableW(LPCWSTR lpName, LPCWSTR lpGuid, PVO
         error = ERROR_INSUFFICIENT_BUFFER;
     }
     if (error != 0) {
-        SetLastError(error);
-        return 0;
+        return FailFalse(error);
     }
     if (!data.empty()) {
         std::memcpy(pBuffer, data.data(), data.size());
@@ -131,9 +129,5 @@ BOOL WINAPI SetFirmwareEnvironmentVariableW(LPCWSTR lpName, LPCWSTR lpGuid, PVOI
     const auto* const bytes = static_cast<const std::uint8_t*>(pValue);
     const Bytes data = bytes != nullptr ? Bytes(bytes, bytes + nSize) : Bytes();
     const std::uint32_t error = VariableWrite(Units(lpName), Lower(Narrow(Units(lpGuid))), data);
-    if (error != 0) {
-        SetLastError(error);
-        return FALSE;
-    }
-    return TRUE;
+    return error == 0 || FailFalse(error);
 }

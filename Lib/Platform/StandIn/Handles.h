@@ -2,23 +2,22 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
-#include <vector>
 
 namespace StandIn {
 
-enum class HandleKind : std::uint8_t { Free, File, HostFile, Device, Token, Mutex, Key, ServiceManager, Service };
+enum class HandleKind : std::uint8_t { File, HostFile, Device, Token, Mutex, Key, ServiceManager, Service };
 
 struct Handle {
-    HandleKind Kind = HandleKind::Free;
+    HandleKind Kind;
+    std::string Name;           // what it stands for: a path, a device as it was asked for, a key, a service, a mutex
+    std::uint32_t Access = 0;   // the rights that it was opened with
     bool Shared = false;        // a file that others may open for reading meanwhile
     bool View64 = false;        // a registry key opened in the 64-bit view
     bool Impersonation = false; // a token that impersonates
-    std::uint32_t Access = 0;   // the rights that it was opened with
-    std::uint64_t Serial = 0;
     std::uint64_t Position = 0; // of a file
     int Descriptor = -1;        // of a file of this computer
-    std::string Name;           // what it stands for: a path, a key, a service, a mutex
 };
 
 // Opens a handle. A value is never given twice, so that a stale one is found out.
@@ -30,16 +29,16 @@ Handle* HandleFind(const void* value, HandleKind kind);
 // The open handle of that value, whatever its kind, or null.
 Handle* HandleFindAny(const void* value);
 
-// Closes an open handle; what stands behind it is the caller's to release.
-void HandleForget(Handle* handle);
+// Closes an open handle and the descriptor behind it; what else stands behind it is the caller's to release.
+void HandleForget(const void* value);
 
 // Whether any handle of that kind and name is open.
 bool HandleOpenFor(HandleKind kind, const std::string& name);
 
-// All open handles.
-std::vector<Handle*> HandlesOpen();
+// All open handles, by their values.
+const std::map<std::uintptr_t, Handle>& HandlesOpen();
 
-// Closes every handle and the descriptors behind them.
+// Closes every handle.
 void HandlesForget();
 
 } // namespace StandIn

@@ -14,10 +14,10 @@ namespace StandIn {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// The Windows operations that the stand-in answers, in the order of OperationNames.
+// The Windows operations that the stand-in answers and that can fail, in the order of OperationNames.
 enum class Operation : std::uint16_t;
 
-// The operation of that exact name, if the stand-in has it.
+// The operation of that exact name, if the stand-in has it and it can fail.
 std::optional<Operation> OperationFind(std::string_view name);
 
 // One stretch of physical memory. Later regions cover earlier ones; what nothing covers reads FFh.
@@ -55,7 +55,7 @@ struct Machine {
     std::uint32_t Processors = 0x3; // process affinity mask
     std::uint32_t WindowsMajor = 10;
     std::uint32_t WindowsMinor = 0;
-    Wow64 Bits = Wow64::Yes;
+    Wow64 UnderWow64 = Wow64::Yes;
     ConsoleKind Console = ConsoleKind::Terminal;
     std::uint16_t ConsoleColumns = 80;
     std::uint16_t ConsoleRows = 25;
@@ -81,8 +81,8 @@ std::uint64_t CallCount(Operation operation);
 std::uint64_t CallCount(std::string_view operation);
 std::uint64_t ControlCount(std::uint32_t code);
 
-// All calls since MachineSet, of every operation. FailCall makes the N-th of them (from 1) fail; 0 makes none fail.
-// Calls that can't fail by their documented interface are not counted.
+// All calls since MachineSet of operations that can fail by their documented interface. FailCall makes the N-th of them
+// (from 1) fail; 0 makes none fail.
 std::uint64_t CallTotal();
 void FailCall(std::uint64_t number);
 

@@ -268,7 +268,7 @@ constexpr KeyRule KeyRules[] = {
     {"wow64", false,
      [](Reading& reading, const std::string&, const std::string& value, std::string* reason) {
          return Choose<Wow64>(value, {{"yes", Wow64::Yes}, {"no", Wow64::No}, {"unknown", Wow64::Unknown}},
-                              &reading.Made.Bits, reason);
+                              &reading.Made.UnderWow64, reason);
      }},
     {"console", false, ConsoleSet},
     {"state", false,

@@ -28,10 +28,9 @@ BOOL WINAPI Wow64Query(HANDLE process, PBOOL under) {
         return FALSE;
     }
     if (process != ProcessHandle || under == nullptr) {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return FALSE;
+        return FailFalse(ERROR_INVALID_HANDLE);
     }
-    *under = MachineGet().Bits == Wow64::Yes;
+    *under = MachineGet().UnderWow64 == Wow64::Yes;
     return TRUE;
 }
 
@@ -62,14 +61,10 @@ HMODULE ModuleFind(LPCSTR name) {
     return nullptr;
 }
 
-const char* ModuleName(HMODULE module) {
-    return module == &KernelModule ? "kernel32" : module == &AdvapiModule ? "advapi32" : nullptr;
-}
-
 // An older system lacks some operations.
 bool MissingHere(const char* name) {
     return (!MachineGet().FirmwareTableService && std::strcmp(name, "GetSystemFirmwareTable") == 0) ||
-           (MachineGet().Bits == Wow64::Unknown && std::strcmp(name, "IsWow64Process") == 0);
+           (MachineGet().UnderWow64 == Wow64::Unknown && std::strcmp(name, "IsWow64Process") == 0);
 }
 
 // The resources: the helper driver's images, under their numbers.
@@ -92,29 +87,6 @@ HMODULE WINAPI GetModuleHandleA(LPCSTR lpModuleName) {
         return nullptr;
     }
     return lpModuleName == nullptr ? &ProgramModule : ModuleFind(lpModuleName);
-}
-
-HMODULE WINAPI LoadLibraryA(LPCSTR lpLibFileName) {
-    if (FailsWith(Named("LoadLibraryA"), ERROR_MOD_NOT_FOUND)) {
-        return nullptr;
-    }
-    const HMODULE module = ModuleFind(lpLibFileName != nullptr ? lpLibFileName : "");
-    if (module != nullptr) {
-        ++Process().ModulesLoaded[ModuleName(module)];
-    }
-    return module;
-}
-
-// A failing release releases all the same: nobody could do anything more about it.
-BOOL WINAPI FreeLibrary(HMODULE hLibModule) {
-    const bool fails = FailsWith(Named("FreeLibrary"), ERROR_INVALID_HANDLE);
-    const char* const name = ModuleName(hLibModule);
-    if (name == nullptr || Process().ModulesLoaded[name] == 0) {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return FALSE;
-    }
-    --Process().ModulesLoaded[name];
-    return !fails;
 }
 
 FARPROC WINAPI GetProcAddress(HMODULE hModule, LPCSTR lpProcName) {
@@ -144,16 +116,14 @@ DWORD WINAPI GetModuleFileNameA(HMODULE hModule, LPSTR lpFilename, DWORD nSize) 
         return 0;
     }
     if ((hModule != nullptr && hModule != &ProgramModule) || lpFilename == nullptr || nSize == 0) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return 0;
+        return FailFalse(ERROR_INVALID_PARAMETER);
     }
     std::string path = MachineGet().Program;
     if (path.empty()) {
         char own[4096];
         const ssize_t length = readlink("/proc/self/exe", own, sizeof own);
         if (length <= 0) {
-            SetLastError(ERROR_GEN_FAILURE);
-            return 0;
+            return FailFalse(ERROR_GEN_FAILURE);
         }
         path.assign(own, static_cast<std::size_t>(length));
     }
@@ -204,8 +174,7 @@ LPVOID WINAPI LockResource(HGLOBAL hResData) {
 
 DWORD WINAPI SizeofResource(HMODULE, HRSRC hResInfo) {
     if (Fails(Named("SizeofResource")) || !IsResource(hResInfo)) {
-        SetLastError(ERROR_RESOURCE_DATA_NOT_FOUND);
-        return 0;
+        return FailFalse(ERROR_RESOURCE_DATA_NOT_FOUND);
     }
     return static_cast<DWORD>(DriverImage(reinterpret_cast<const Resource*>(hResInfo)->Bits64).size());
 }

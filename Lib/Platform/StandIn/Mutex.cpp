@@ -137,24 +137,17 @@ void MutexesForget() {
 
 using namespace StandIn;
 
-HANDLE WINAPI CreateMutexA(LPSECURITY_ATTRIBUTES, BOOL bInitialOwner, LPCSTR lpName) {
-    static std::uint64_t unnamed = 0;
+// Every mutex has a name, and is free when it is new.
+HANDLE WINAPI CreateMutexA(LPSECURITY_ATTRIBUTES, BOOL, LPCSTR lpName) {
     if (FailsWith(Named("CreateMutexA"), ERROR_ACCESS_DENIED)) {
         return nullptr;
     }
-    std::string name = lpName != nullptr ? lpName : "";
-    if (name.rfind("Local\\", 0) == 0) {
-        name.erase(0, 6);
-    }
-    const bool shared = !name.empty() && !MachineGet().StateFolder.empty();
-    if (name.empty()) {
-        name = "\n" + std::to_string(++unnamed);
-    }
+    const std::string name = lpName;
     const auto found = Mutexes().find(name);
     bool existed = found != Mutexes().end();
     if (!existed) {
         Mutex fresh;
-        if (shared) {
+        if (!MachineGet().StateFolder.empty()) {
             const FolderLock lock;
             if (!lock.Locked() || !FilesOpen(&fresh, name, &existed)) {
                 FilesClose(fresh);
@@ -164,23 +157,9 @@ HANDLE WINAPI CreateMutexA(LPSECURITY_ATTRIBUTES, BOOL bInitialOwner, LPCSTR lpN
         }
         Mutexes().emplace(name, std::move(fresh));
     }
-    Mutex& mutex = Mutexes()[name];
-    ++mutex.Handles;
-    bool abandoned = false;
-    if (bInitialOwner && !existed) {
-        TryTake(&mutex, &abandoned);
-    }
-    Handle handle;
-    handle.Kind = HandleKind::Mutex;
-    handle.Name = name;
-    void* const value = HandleOpen(std::move(handle));
-    if (value == nullptr) {
-        MutexHandleClosed(name);
-        SetLastError(ERROR_NO_SYSTEM_RESOURCES);
-        return nullptr;
-    }
+    ++Mutexes()[name].Handles;
     SetLastError(existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
-    return value;
+    return HandleOpen({HandleKind::Mutex, name});
 }
 
 DWORD WINAPI WaitForSingleObject(HANDLE hHandle, DWORD dwMilliseconds) {
@@ -213,13 +192,11 @@ BOOL WINAPI ReleaseMutex(HANDLE hMutex) {
     }
     const Handle* const handle = HandleFind(hMutex, HandleKind::Mutex);
     if (handle == nullptr) {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return FALSE;
+        return FailFalse(ERROR_INVALID_HANDLE);
     }
     Mutex& mutex = Mutexes()[handle->Name];
     if (mutex.Depth == 0) {
-        SetLastError(ERROR_NOT_OWNER);
-        return FALSE;
+        return FailFalse(ERROR_NOT_OWNER);
     }
     GiveBack(&mutex);
     return TRUE;

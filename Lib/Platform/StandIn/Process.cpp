@@ -1,32 +1,14 @@
-// The process and the system's version: error number, processors, priority, power.
+// The process and the system's version: handles, processors, priority, power.
 #include "Lib/Platform/StandIn/Faults.h"
+#include "Lib/Platform/StandIn/Handles.h"
+#include "Lib/Platform/StandIn/Mutexes.h"
 #include "Lib/Platform/StandIn/State.h"
 
 #include <windows.h>
 
-#include <cstddef>
-
 using namespace StandIn;
 
 namespace {
-
-thread_local DWORD LastError = 0;
-
-BOOL FailFalse(std::uint32_t error) {
-    SetLastError(error);
-    return FALSE;
-}
-
-DWORD BuildNumber() {
-    switch (MachineGet().WindowsMajor) {
-    case 5:
-        return 2600;
-    case 6:
-        return MachineGet().WindowsMinor == 0 ? 6002 : 7601;
-    default:
-        return 19045;
-    }
-}
 
 // A process can't be let run on processors that the machine doesn't have.
 bool MaskUsable(DWORD_PTR mask) {
@@ -39,28 +21,32 @@ DWORD_PTR AffinityNow() {
 
 } // namespace
 
-// Neither is counted: the stand-in itself sets error numbers all the time.
-DWORD WINAPI GetLastError() {
-    return LastError;
-}
-
-void WINAPI SetLastError(DWORD dwErrCode) {
-    LastError = dwErrCode;
-}
-
 HANDLE WINAPI GetCurrentProcess() {
-    Seen(Named("GetCurrentProcess"));
     return ProcessHandle;
 }
 
 HANDLE WINAPI GetCurrentThread() {
-    Seen(Named("GetCurrentThread"));
     return ThreadHandle;
 }
 
+// A failing close releases all the same: nobody could do anything more about it.
+BOOL WINAPI CloseHandle(HANDLE hObject) {
+    const bool fails = FailsWith(Named("CloseHandle"), ERROR_INVALID_HANDLE);
+    const Handle* const handle = HandleFindAny(hObject);
+    if (handle == nullptr || handle->Kind == HandleKind::Key || handle->Kind == HandleKind::Service ||
+        handle->Kind == HandleKind::ServiceManager) {
+        return FailFalse(ERROR_INVALID_HANDLE);
+    }
+    if (handle->Kind == HandleKind::Mutex) {
+        MutexHandleClosed(handle->Name);
+    }
+    HandleForget(hObject);
+    return !fails;
+}
+
+// The build number is of no interest to anybody here.
 DWORD WINAPI GetVersion() {
-    Seen(Named("GetVersion"));
-    return (BuildNumber() << 16U) | ((MachineGet().WindowsMinor & 0xFFU) << 8U) | (MachineGet().WindowsMajor & 0xFFU);
+    return ((MachineGet().WindowsMinor & 0xFFU) << 8U) | (MachineGet().WindowsMajor & 0xFFU);
 }
 
 BOOL WINAPI GetVersionExA(LPOSVERSIONINFOA lpVersionInformation) {
@@ -70,9 +56,8 @@ BOOL WINAPI GetVersionExA(LPOSVERSIONINFOA lpVersionInformation) {
     if (lpVersionInformation == nullptr || lpVersionInformation->dwOSVersionInfoSize != sizeof *lpVersionInformation) {
         return FailFalse(ERROR_INSUFFICIENT_BUFFER);
     }
-    *lpVersionInformation = OSVERSIONINFOA{sizeof *lpVersionInformation, MachineGet().WindowsMajor,
-                                           MachineGet().WindowsMinor,    BuildNumber(),
-                                           VER_PLATFORM_WIN32_NT,        {}};
+    lpVersionInformation->dwMajorVersion = MachineGet().WindowsMajor;
+    lpVersionInformation->dwMinorVersion = MachineGet().WindowsMinor;
     return TRUE;
 }
 
@@ -106,8 +91,7 @@ DWORD_PTR WINAPI SetThreadAffinityMask(HANDLE hThread, DWORD_PTR dwThreadAffinit
         return 0;
     }
     if (hThread != ThreadHandle || dwThreadAffinityMask == 0 || (dwThreadAffinityMask & ~AffinityNow()) != 0) {
-        SetLastError(hThread != ThreadHandle ? ERROR_INVALID_HANDLE : ERROR_INVALID_PARAMETER);
-        return 0;
+        return FailFalse(hThread != ThreadHandle ? ERROR_INVALID_HANDLE : ERROR_INVALID_PARAMETER);
     }
     const DWORD_PTR before = Process().ThreadAffinity != 0 ? Process().ThreadAffinity : AffinityNow();
     Process().ThreadAffinity = dwThreadAffinityMask;
@@ -121,7 +105,7 @@ BOOL WINAPI SetPriorityClass(HANDLE hProcess, DWORD dwPriorityClass) {
     if (hProcess != ProcessHandle) {
         return FailFalse(ERROR_INVALID_HANDLE);
     }
-    if (dwPriorityClass != NORMAL_PRIORITY_CLASS && dwPriorityClass != HIGH_PRIORITY_CLASS) {
+    if (dwPriorityClass != HIGH_PRIORITY_CLASS) {
         return FailFalse(ERROR_INVALID_PARAMETER);
     }
     Process().PriorityClass = dwPriorityClass;
@@ -136,8 +120,7 @@ EXECUTION_STATE WINAPI SetThreadExecutionState(EXECUTION_STATE esFlags) {
     constexpr DWORD known = ES_CONTINUOUS | ES_AWAYMODE_REQUIRED | ES_DISPLAY_REQUIRED | ES_SYSTEM_REQUIRED;
     const bool awayMode = (esFlags & ES_AWAYMODE_REQUIRED) != 0;
     if ((esFlags & ~known) != 0 || (awayMode && (MachineGet().WindowsMajor < 6 || (esFlags & ES_CONTINUOUS) == 0))) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return 0;
+        return FailFalse(ERROR_INVALID_PARAMETER);
     }
     const EXECUTION_STATE before = Process().ExecutionState;
     if ((esFlags & ES_CONTINUOUS) != 0) {

@@ -19,7 +19,7 @@ constexpr DWORD WriteRights = KEY_SET_VALUE | KEY_CREATE_SUB_KEY;
 constexpr char Software[] = "Software";
 constexpr char SoftwareOf32[] = "Software\\WOW6432Node";
 
-using Keys = std::map<std::string, RegistryKey>;
+using Keys = std::map<std::string, StoredKey>;
 
 std::string ParentOf(const std::string& path) {
     const std::size_t end = path.rfind('\\');
@@ -27,25 +27,25 @@ std::string ParentOf(const std::string& path) {
 }
 
 // Adds a key and those above it.
-RegistryKey& KeyMake(Keys* keys, const std::string& path) {
+StoredKey& KeyMake(Keys* keys, const std::string& path) {
     for (std::string above = ParentOf(path); !above.empty(); above = ParentOf(above)) {
-        keys->try_emplace(Lower(above), RegistryKey{above, {}});
+        keys->try_emplace(Lower(above), StoredKey{above, {}});
     }
-    return keys->try_emplace(Lower(path), RegistryKey{path, {}}).first->second;
+    return keys->try_emplace(Lower(path), StoredKey{path, {}}).first->second;
 }
 
 // All keys that can be seen: those that programs made, and those that belong to the machine.
 Keys KeysSeen(const SharedState& state) {
     Keys keys = state.Keys;
     KeyMake(&keys, Software);
-    if (MachineGet().Bits == Wow64::Yes) {
+    if (MachineGet().UnderWow64 == Wow64::Yes) {
         KeyMake(&keys, SoftwareOf32);
     }
     for (const auto& [path, data] : MachineGet().RegistryBinary) {
         const std::string key = ParentOf(path);
         if (!key.empty()) {
             const std::string name = path.substr(key.size() + 1);
-            KeyMake(&keys, key).Values.try_emplace(Lower(name), RegistryValue{name, REG_BINARY, data});
+            KeyMake(&keys, key).Values.try_emplace(Lower(name), StoredValue{name, REG_BINARY, data});
         }
     }
     return keys;
@@ -54,8 +54,8 @@ Keys KeysSeen(const SharedState& state) {
 // A key that an operation works on: its path, the view and the rights of the handle that leads there.
 struct Place {
     std::string Path;
-    bool View64;
-    DWORD Access;
+    bool View64 = false;
+    DWORD Access = 0;
 };
 
 bool PlaceOf(HKEY key, Place* place) {
@@ -81,7 +81,7 @@ LSTATUS PathBelow(const Place& place, LPCSTR subKey, bool view64, std::string* p
         name.pop_back();
     }
     *path = place.Path.empty() ? name : name.empty() ? place.Path : place.Path + "\\" + name;
-    if (view64 || place.View64 || MachineGet().Bits != Wow64::Yes) {
+    if (view64 || place.View64 || MachineGet().UnderWow64 != Wow64::Yes) {
         return ERROR_SUCCESS;
     }
     // A 32-bit program that doesn't ask for the other view gets the subtree of its own.
@@ -98,61 +98,81 @@ bool MayWrite() {
     return MachineGet().Administrator;
 }
 
-LSTATUS KeyHandle(const std::string& path, bool view64, DWORD access, PHKEY result) {
-    Handle handle;
-    handle.Kind = HandleKind::Key;
-    handle.Name = path;
-    handle.View64 = view64;
-    handle.Access = access;
-    *result = static_cast<HKEY>(HandleOpen(std::move(handle)));
-    return *result != nullptr ? ERROR_SUCCESS : ERROR_NO_SYSTEM_RESOURCES;
-}
-
-LSTATUS KeyOpen(HKEY hKey, LPCSTR subKey, REGSAM rights, PHKEY result) {
-    Place place;
-    if (result == nullptr) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    if (!PlaceOf(hKey, &place)) {
-        return ERROR_INVALID_HANDLE;
-    }
-    if ((rights & WriteRights) != 0 && !MayWrite()) {
-        return ERROR_ACCESS_DENIED;
-    }
-    std::string path;
-    const bool view64 = place.View64 || (rights & KEY_WOW64_64KEY) != 0;
-    if (const LSTATUS status = PathBelow(place, subKey, view64, &path); status != ERROR_SUCCESS) {
-        return status;
-    }
-    const SharedAccess state;
-    if (state.Error() != 0) {
-        return static_cast<LSTATUS>(state.Error());
-    }
-    if (!path.empty() && KeysSeen(*state).count(Lower(path)) == 0) {
-        return ERROR_FILE_NOT_FOUND;
-    }
-    return KeyHandle(path, view64, rights, result);
-}
-
-// Finds the key of a handle among those seen. The result is the error number when it can't be used for that.
-LSTATUS KeyFind(HKEY hKey, DWORD right, Keys* keys, RegistryKey** key) {
-    Place place;
-    if (!PlaceOf(hKey, &place)) {
-        return ERROR_INVALID_HANDLE;
-    }
-    if ((place.Access & right) != right) {
-        return ERROR_ACCESS_DENIED;
-    }
-    const auto found = keys->find(Lower(place.Path));
-    if (found == keys->end()) {
-        return ERROR_KEY_DELETED;
-    }
-    *key = &found->second;
+LSTATUS KeyGive(const std::string& path, bool view64, DWORD access, PHKEY result) {
+    *result = static_cast<HKEY>(HandleOpen({HandleKind::Key, path, access, false, view64}));
     return ERROR_SUCCESS;
 }
 
+// What an operation on a key below an open one works with: the shared state, the keys seen in it, and the path. Status
+// is why it can't go on.
+struct PathAccess {
+    // `rights` are those that are asked for, which also tell the view; `sound` whether the arguments can be used.
+    PathAccess(HKEY handle, LPCSTR subKey, REGSAM rights, bool sound) {
+        if (!sound) {
+            Status = ERROR_INVALID_PARAMETER;
+        } else if (!PlaceOf(handle, &From)) {
+            Status = ERROR_INVALID_HANDLE;
+        } else if ((rights & WriteRights) != 0 && !MayWrite()) {
+            Status = ERROR_ACCESS_DENIED;
+        } else {
+            View64 = From.View64 || (rights & KEY_WOW64_64KEY) != 0;
+            Status = PathBelow(From, subKey, View64, &Path);
+        }
+        if (Status == ERROR_SUCCESS) {
+            Status = static_cast<LSTATUS>(State.Error());
+            Seen = KeysSeen(*State);
+        }
+    }
+
+    bool Exists() const { return Seen.count(Lower(Path)) != 0; }
+
+    SharedAccess State;
+    Place From;
+    Keys Seen;
+    std::string Path;
+    bool View64 = false;
+    LSTATUS Status = ERROR_SUCCESS;
+};
+
+LSTATUS KeyOpen(HKEY hKey, LPCSTR subKey, REGSAM rights, PHKEY result) {
+    const PathAccess key(hKey, subKey, rights, result != nullptr);
+    if (key.Status != ERROR_SUCCESS) {
+        return key.Status;
+    }
+    return key.Path.empty() || key.Exists() ? KeyGive(key.Path, key.View64, rights, result) : ERROR_FILE_NOT_FOUND;
+}
+
+// What an operation on an open key works with: the shared state and the key as it is seen. Status is why it can't go
+// on: a fault, unsound arguments, the state, the handle, a right that it lacks, a key that was deleted.
+struct KeyAccess {
+    KeyAccess(Operation operation, HKEY handle, DWORD right, bool sound = true) {
+        Place place;
+        if (Fails(operation)) {
+            Status = ERROR_ACCESS_DENIED;
+        } else if (!sound) {
+            Status = ERROR_INVALID_PARAMETER;
+        } else if (State.Error() != 0) {
+            Status = static_cast<LSTATUS>(State.Error());
+        } else if (!PlaceOf(handle, &place)) {
+            Status = ERROR_INVALID_HANDLE;
+        } else if ((place.Access & right) != right) {
+            Status = ERROR_ACCESS_DENIED;
+        } else {
+            Seen = KeysSeen(*State);
+            const auto found = Seen.find(Lower(place.Path));
+            Status = found != Seen.end() ? ERROR_SUCCESS : ERROR_KEY_DELETED;
+            Key = found != Seen.end() ? found->second : StoredKey{};
+        }
+    }
+
+    SharedAccess State;
+    Keys Seen;
+    StoredKey Key;
+    LSTATUS Status;
+};
+
 // Hands out a value's type and data. Without a buffer, only its size.
-LSTATUS ValueGive(const RegistryValue& value, LPDWORD type, LPBYTE data, LPDWORD size) {
+LSTATUS ValueGive(const StoredValue& value, LPDWORD type, LPBYTE data, LPDWORD size) {
     if (type != nullptr) {
         *type = value.Type;
     }
@@ -188,52 +208,30 @@ LSTATUS WINAPI RegOpenKeyA(HKEY hKey, LPCSTR lpSubKey, PHKEY phkResult) {
 }
 
 LSTATUS WINAPI RegCreateKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD, LPSTR, DWORD, REGSAM samDesired,
-                               const LPSECURITY_ATTRIBUTES, PHKEY phkResult, LPDWORD lpdwDisposition) {
+                               const LPSECURITY_ATTRIBUTES, PHKEY phkResult, LPDWORD) {
     if (Fails(Named("RegCreateKeyExA")) || !MayWrite()) {
         return ERROR_ACCESS_DENIED;
     }
-    Place place;
-    if (phkResult == nullptr) {
-        return ERROR_INVALID_PARAMETER;
+    PathAccess key(hKey, lpSubKey, samDesired, phkResult != nullptr && lpSubKey != nullptr && *lpSubKey != 0);
+    if (key.Status != ERROR_SUCCESS) {
+        return key.Status;
     }
-    if (!PlaceOf(hKey, &place)) {
-        return ERROR_INVALID_HANDLE;
-    }
-    std::string path;
-    const bool view64 = place.View64 || (samDesired & KEY_WOW64_64KEY) != 0;
-    if (const LSTATUS status = PathBelow(place, lpSubKey, view64, &path); status != ERROR_SUCCESS) {
-        return status;
-    }
-    if (path.empty()) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    SharedAccess state;
-    if (state.Error() != 0) {
-        return static_cast<LSTATUS>(state.Error());
-    }
-    const Keys seen = KeysSeen(*state);
-    if (!place.Path.empty() && seen.count(Lower(place.Path)) == 0) {
+    if (!key.From.Path.empty() && key.Seen.count(Lower(key.From.Path)) == 0) {
         return ERROR_KEY_DELETED;
     }
-    const bool exists = seen.count(Lower(path)) != 0;
-    if (!exists) {
-        if ((place.Access & KEY_CREATE_SUB_KEY) == 0) {
+    if (!key.Exists()) {
+        if ((key.From.Access & KEY_CREATE_SUB_KEY) == 0) {
             return ERROR_ACCESS_DENIED;
         }
         // Keys above it that are there already aren't this program's.
-        for (std::string above = ParentOf(path); !above.empty() && seen.count(Lower(above)) == 0;
-             above = ParentOf(above)) {
-            state->Keys.emplace(Lower(above), RegistryKey{above, {}});
+        for (std::string made = key.Path; !made.empty() && key.Seen.count(Lower(made)) == 0; made = ParentOf(made)) {
+            key.State->Keys.emplace(Lower(made), StoredKey{made, {}});
         }
-        state->Keys.emplace(Lower(path), RegistryKey{path, {}});
-        if (const std::uint32_t error = state.Commit(); error != 0) {
+        if (const std::uint32_t error = key.State.Commit(); error != 0) {
             return static_cast<LSTATUS>(error);
         }
     }
-    if (lpdwDisposition != nullptr) {
-        *lpdwDisposition = exists ? REG_OPENED_EXISTING_KEY : REG_CREATED_NEW_KEY;
-    }
-    return KeyHandle(path, view64, samDesired, phkResult);
+    return KeyGive(key.Path, key.View64, samDesired, phkResult);
 }
 
 LSTATUS WINAPI RegCloseKey(HKEY hKey) {
@@ -241,130 +239,78 @@ LSTATUS WINAPI RegCloseKey(HKEY hKey) {
     if (hKey == HKEY_LOCAL_MACHINE) {
         return fails ? ERROR_INVALID_HANDLE : ERROR_SUCCESS;
     }
-    Handle* const handle = HandleFind(hKey, HandleKind::Key);
-    if (handle == nullptr) {
+    if (HandleFind(hKey, HandleKind::Key) == nullptr) {
         return ERROR_INVALID_HANDLE;
     }
-    HandleForget(handle);
+    HandleForget(hKey);
     return fails ? ERROR_INVALID_HANDLE : ERROR_SUCCESS;
 }
 
 LSTATUS WINAPI RegQueryValueExA(HKEY hKey, LPCSTR lpValueName, LPDWORD, LPDWORD lpType, LPBYTE lpData,
                                 LPDWORD lpcbData) {
-    if (Fails(Named("RegQueryValueExA"))) {
-        return ERROR_ACCESS_DENIED;
+    const KeyAccess access(Named("RegQueryValueExA"), hKey, KEY_QUERY_VALUE);
+    if (access.Status != ERROR_SUCCESS) {
+        return access.Status;
     }
-    const SharedAccess state;
-    if (state.Error() != 0) {
-        return static_cast<LSTATUS>(state.Error());
-    }
-    Keys keys = KeysSeen(*state);
-    RegistryKey* key = nullptr;
-    if (const LSTATUS status = KeyFind(hKey, KEY_QUERY_VALUE, &keys, &key); status != ERROR_SUCCESS) {
-        return status;
-    }
-    const auto value = key->Values.find(Lower(lpValueName != nullptr ? lpValueName : ""));
-    return value == key->Values.end() ? ERROR_FILE_NOT_FOUND : ValueGive(value->second, lpType, lpData, lpcbData);
+    const auto value = access.Key.Values.find(Lower(lpValueName));
+    return value == access.Key.Values.end() ? ERROR_FILE_NOT_FOUND : ValueGive(value->second, lpType, lpData, lpcbData);
 }
 
 LSTATUS WINAPI RegSetValueExA(HKEY hKey, LPCSTR lpValueName, DWORD, DWORD dwType, const BYTE* lpData, DWORD cbData) {
-    if (Fails(Named("RegSetValueExA"))) {
-        return ERROR_ACCESS_DENIED;
+    KeyAccess access(Named("RegSetValueExA"), hKey, KEY_SET_VALUE, lpData != nullptr || cbData == 0);
+    if (access.Status != ERROR_SUCCESS) {
+        return access.Status;
     }
-    if (lpData == nullptr && cbData != 0) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    SharedAccess state;
-    if (state.Error() != 0) {
-        return static_cast<LSTATUS>(state.Error());
-    }
-    Keys keys = KeysSeen(*state);
-    RegistryKey* key = nullptr;
-    if (const LSTATUS status = KeyFind(hKey, KEY_SET_VALUE, &keys, &key); status != ERROR_SUCCESS) {
-        return status;
-    }
-    const std::string name = lpValueName != nullptr ? lpValueName : "";
-    RegistryKey& kept = state->Keys.try_emplace(Lower(key->Path), RegistryKey{key->Path, {}}).first->second;
-    kept.Values[Lower(name)] = RegistryValue{name, dwType, Bytes(lpData, lpData + cbData)};
-    return static_cast<LSTATUS>(state.Commit());
+    const std::string& path = access.Key.Path;
+    StoredKey& kept = access.State->Keys.try_emplace(Lower(path), StoredKey{path, {}}).first->second;
+    kept.Values[Lower(lpValueName)] = StoredValue{lpValueName, dwType, Bytes(lpData, lpData + cbData)};
+    return static_cast<LSTATUS>(access.State.Commit());
 }
 
 LSTATUS WINAPI RegDeleteValueA(HKEY hKey, LPCSTR lpValueName) {
-    if (Fails(Named("RegDeleteValueA"))) {
-        return ERROR_ACCESS_DENIED;
+    KeyAccess access(Named("RegDeleteValueA"), hKey, KEY_SET_VALUE);
+    if (access.Status != ERROR_SUCCESS) {
+        return access.Status;
     }
-    SharedAccess state;
-    if (state.Error() != 0) {
-        return static_cast<LSTATUS>(state.Error());
-    }
-    Keys keys = KeysSeen(*state);
-    RegistryKey* key = nullptr;
-    if (const LSTATUS status = KeyFind(hKey, KEY_SET_VALUE, &keys, &key); status != ERROR_SUCCESS) {
-        return status;
-    }
-    const auto kept = state->Keys.find(Lower(key->Path));
-    const std::string name = Lower(lpValueName != nullptr ? lpValueName : "");
-    if (kept == state->Keys.end() || kept->second.Values.erase(name) == 0) {
+    const auto kept = access.State->Keys.find(Lower(access.Key.Path));
+    if (kept == access.State->Keys.end() || kept->second.Values.erase(Lower(lpValueName)) == 0) {
         return ERROR_FILE_NOT_FOUND;
     }
-    return static_cast<LSTATUS>(state.Commit());
+    return static_cast<LSTATUS>(access.State.Commit());
 }
 
 LSTATUS WINAPI RegDeleteKeyA(HKEY hKey, LPCSTR lpSubKey) {
     if (Fails(Named("RegDeleteKeyA")) || !MayWrite()) {
         return ERROR_ACCESS_DENIED;
     }
-    Place place;
-    if (lpSubKey == nullptr) {
-        return ERROR_INVALID_PARAMETER;
+    PathAccess key(hKey, lpSubKey, 0, lpSubKey != nullptr);
+    if (key.Status != ERROR_SUCCESS) {
+        return key.Status;
     }
-    if (!PlaceOf(hKey, &place)) {
-        return ERROR_INVALID_HANDLE;
-    }
-    std::string path;
-    if (const LSTATUS status = PathBelow(place, lpSubKey, place.View64, &path); status != ERROR_SUCCESS) {
-        return status;
-    }
-    SharedAccess state;
-    if (state.Error() != 0) {
-        return static_cast<LSTATUS>(state.Error());
-    }
-    const std::string lower = Lower(path);
-    if (KeysSeen(*state).count(lower) == 0) {
+    if (!key.Exists()) {
         return ERROR_FILE_NOT_FOUND;
     }
-    const auto below = state->Keys.lower_bound(lower + "\\");
-    const bool hasSubkeys = below != state->Keys.end() && below->first.rfind(lower + "\\", 0) == 0;
-    if (hasSubkeys || state->Keys.erase(lower) == 0) {
+    const std::string lower = Lower(key.Path);
+    const auto below = key.State->Keys.lower_bound(lower + "\\");
+    const bool hasSubkeys = below != key.State->Keys.end() && below->first.rfind(lower + "\\", 0) == 0;
+    if (hasSubkeys || key.State->Keys.erase(lower) == 0) {
         return ERROR_ACCESS_DENIED;
     }
-    return static_cast<LSTATUS>(state.Commit());
+    return static_cast<LSTATUS>(key.State.Commit());
 }
 
 LSTATUS WINAPI RegEnumKeyA(HKEY hKey, DWORD dwIndex, LPSTR lpName, DWORD cchName) {
-    if (Fails(Named("RegEnumKeyA"))) {
-        return ERROR_ACCESS_DENIED;
+    const KeyAccess access(Named("RegEnumKeyA"), hKey, KEY_ENUMERATE_SUB_KEYS);
+    if (access.Status != ERROR_SUCCESS) {
+        return access.Status;
     }
-    const SharedAccess state;
-    if (state.Error() != 0) {
-        return static_cast<LSTATUS>(state.Error());
-    }
-    Keys keys = KeysSeen(*state);
-    Place place;
-    if (PlaceOf(hKey, &place) && place.Path.empty()) {
-        keys.emplace("", RegistryKey{});
-    }
-    RegistryKey* key = nullptr;
-    if (const LSTATUS status = KeyFind(hKey, KEY_ENUMERATE_SUB_KEYS, &keys, &key); status != ERROR_SUCCESS) {
-        return status;
-    }
-    const std::string parent = key->Path;
+    const std::string parent = Lower(access.Key.Path);
     DWORD index = 0;
-    for (const auto& [lower, one] : keys) {
-        if (lower.empty() || Lower(ParentOf(one.Path)) != Lower(parent) || index++ != dwIndex) {
+    for (const auto& [lower, one] : access.Seen) {
+        if (ParentOf(lower) != parent || index++ != dwIndex) {
             continue;
         }
-        const std::string name = parent.empty() ? one.Path : one.Path.substr(parent.size() + 1);
+        const std::string name = one.Path.substr(parent.size() + 1);
         if (name.size() >= cchName) {
             return ERROR_MORE_DATA;
         }
@@ -376,25 +322,15 @@ LSTATUS WINAPI RegEnumKeyA(HKEY hKey, DWORD dwIndex, LPSTR lpName, DWORD cchName
 
 LSTATUS WINAPI RegEnumValueA(HKEY hKey, DWORD dwIndex, LPSTR lpValueName, LPDWORD lpcchValueName, LPDWORD,
                              LPDWORD lpType, LPBYTE lpData, LPDWORD lpcbData) {
-    if (Fails(Named("RegEnumValueA"))) {
-        return ERROR_ACCESS_DENIED;
+    const KeyAccess access(Named("RegEnumValueA"), hKey, KEY_QUERY_VALUE,
+                           lpValueName != nullptr && lpcchValueName != nullptr);
+    if (access.Status != ERROR_SUCCESS) {
+        return access.Status;
     }
-    if (lpValueName == nullptr || lpcchValueName == nullptr) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    const SharedAccess state;
-    if (state.Error() != 0) {
-        return static_cast<LSTATUS>(state.Error());
-    }
-    Keys keys = KeysSeen(*state);
-    RegistryKey* key = nullptr;
-    if (const LSTATUS status = KeyFind(hKey, KEY_QUERY_VALUE, &keys, &key); status != ERROR_SUCCESS) {
-        return status;
-    }
-    if (dwIndex >= key->Values.size()) {
+    if (dwIndex >= access.Key.Values.size()) {
         return ERROR_NO_MORE_ITEMS;
     }
-    const RegistryValue& value = std::next(key->Values.begin(), dwIndex)->second;
+    const StoredValue& value = std::next(access.Key.Values.begin(), dwIndex)->second;
     if (value.Name.size() >= *lpcchValueName) {
         return ERROR_MORE_DATA;
     }

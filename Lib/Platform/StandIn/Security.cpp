@@ -5,11 +5,9 @@
 
 #include <windows.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
-#include <utility>
 
 using namespace StandIn;
 
@@ -17,35 +15,16 @@ namespace {
 
 constexpr std::uint32_t ErrorGenericNotMapped = 1360;
 constexpr BYTE MostSubAuthorities = 15;
-constexpr DWORD GenericRights = GENERIC_READ | GENERIC_WRITE | GENERIC_EXECUTE | GENERIC_ALL;
+constexpr DWORD GenericRights = 0xF0000000;
 
-struct Privilege {
-    const char* Name;
-    DWORD Identifier;
-};
-constexpr Privilege Privileges[] = {
-    {"SeLoadDriverPrivilege", 10},
-    {"SeShutdownPrivilege", 19},
-    {"SeDebugPrivilege", 20},
-    {SE_SYSTEM_ENVIRONMENT_NAME, 22},
-};
-constexpr DWORD SystemEnvironment = 22;
-
-BOOL FailFalse(std::uint32_t error) {
-    SetLastError(error);
-    return FALSE;
-}
+constexpr DWORD SystemEnvironment = 22; // the privilege for firmware variables
 
 BOOL TokenGive(DWORD access, bool impersonation, PHANDLE result) {
     if (result == nullptr) {
         return FailFalse(ERROR_NOACCESS);
     }
-    Handle handle;
-    handle.Kind = HandleKind::Token;
-    handle.Access = access;
-    handle.Impersonation = impersonation;
-    *result = HandleOpen(std::move(handle));
-    return *result != nullptr ? TRUE : FailFalse(ERROR_NO_SYSTEM_RESOURCES);
+    *result = HandleOpen({.Kind = HandleKind::Token, .Name = "", .Access = access, .Impersonation = impersonation});
+    return TRUE;
 }
 
 // The token of a handle that grants a right; null with the last error set.
@@ -58,11 +37,6 @@ const Handle* TokenFind(HANDLE value, DWORD right) {
         return nullptr;
     }
     return token;
-}
-
-// What the user's token holds. Loading drivers and the like is for administrators.
-bool PrivilegeHeld(DWORD identifier) {
-    return MachineGet().Administrator && (identifier != SystemEnvironment || MachineGet().VariablePrivilege);
 }
 
 bool SidValid(const SID* sid) {
@@ -81,21 +55,12 @@ DWORD SubAuthority(const SID* sid, unsigned index) {
     return value;
 }
 
-// Whether the user belongs to a group: everyone, the users, and for an administrator the administrators.
+// Whether the user belongs to a group. Only that of the administrators is known.
 bool UserInGroup(const SID* sid) {
-    const BYTE* const authority = sid->IdentifierAuthority.Value;
-    if (!std::all_of(authority, authority + 5, [](BYTE byte) { return byte == 0; })) {
-        return false;
-    }
-    if (authority[5] == 1) {
-        return sid->SubAuthorityCount == 1 && SubAuthority(sid, 0) == 0;
-    }
-    if (authority[5] != 5 || sid->SubAuthorityCount != 2 || SubAuthority(sid, 0) != SECURITY_BUILTIN_DOMAIN_RID) {
-        return false;
-    }
-    constexpr DWORD users = 0x221;
-    return SubAuthority(sid, 1) == users ||
-           (SubAuthority(sid, 1) == DOMAIN_ALIAS_RID_ADMINS && MachineGet().Administrator);
+    constexpr SID_IDENTIFIER_AUTHORITY authority = SECURITY_NT_AUTHORITY;
+    return std::memcmp(&sid->IdentifierAuthority, &authority, sizeof authority) == 0 && sid->SubAuthorityCount == 2 &&
+           SubAuthority(sid, 0) == SECURITY_BUILTIN_DOMAIN_RID && SubAuthority(sid, 1) == DOMAIN_ALIAS_RID_ADMINS &&
+           MachineGet().Administrator;
 }
 
 bool AclValid(const ACL* acl) {
@@ -129,7 +94,7 @@ bool DescriptorValid(const SECURITY_DESCRIPTOR* descriptor) {
     return !listed || (AclValid(descriptor->Dacl) && AclEnd(descriptor->Dacl) != 0);
 }
 
-// The rights that the entries of a list give the user. A list with a missing descriptor part gives every right.
+// The rights that the entries of a list give the user. A descriptor without a list gives every right.
 ACCESS_MASK RightsOf(const SECURITY_DESCRIPTOR* descriptor) {
     if ((descriptor->Control & SE_DACL_PRESENT) == 0 || descriptor->Dacl == nullptr) {
         return ~ACCESS_MASK{0};
@@ -156,6 +121,18 @@ SECURITY_DESCRIPTOR* DescriptorOf(PSECURITY_DESCRIPTOR value) {
         return nullptr;
     }
     return descriptor;
+}
+
+// Sets the owner or the group of a descriptor.
+BOOL PartSet(Operation operation, PSECURITY_DESCRIPTOR value, PSID SECURITY_DESCRIPTOR::*part, PSID sid) {
+    if (FailsWith(operation, ERROR_INVALID_SECURITY_DESCR)) {
+        return FALSE;
+    }
+    SECURITY_DESCRIPTOR* const descriptor = DescriptorOf(value);
+    if (descriptor != nullptr) {
+        descriptor->*part = sid;
+    }
+    return descriptor != nullptr;
 }
 
 } // namespace
@@ -190,45 +167,30 @@ BOOL WINAPI LookupPrivilegeValueA(LPCSTR, LPCSTR lpName, PLUID lpLuid) {
     if (FailsWith(Named("LookupPrivilegeValueA"), ERROR_NO_SUCH_PRIVILEGE)) {
         return FALSE;
     }
-    const std::string name = Lower(lpName != nullptr ? lpName : "");
-    for (const Privilege& privilege : Privileges) {
-        if (Lower(privilege.Name) == name) {
-            *lpLuid = LUID{privilege.Identifier, 0};
-            return TRUE;
-        }
+    if (lpName == nullptr || Lower(lpName) != "sesystemenvironmentprivilege") {
+        return FailFalse(ERROR_NO_SUCH_PRIVILEGE);
     }
-    return FailFalse(ERROR_NO_SUCH_PRIVILEGE);
+    *lpLuid = LUID{SystemEnvironment, 0};
+    return TRUE;
 }
 
 // Succeeds also when the token lacks a privilege; the error number then tells.
-BOOL WINAPI AdjustTokenPrivileges(HANDLE TokenHandle, BOOL DisableAllPrivileges, PTOKEN_PRIVILEGES NewState, DWORD,
-                                  PTOKEN_PRIVILEGES, PDWORD) {
+BOOL WINAPI AdjustTokenPrivileges(HANDLE TokenHandle, BOOL, PTOKEN_PRIVILEGES NewState, DWORD, PTOKEN_PRIVILEGES,
+                                  PDWORD) {
     if (FailsWith(Named("AdjustTokenPrivileges"), ERROR_ACCESS_DENIED) ||
         TokenFind(TokenHandle, TOKEN_ADJUST_PRIVILEGES) == nullptr) {
         return FALSE;
     }
-    if (DisableAllPrivileges) {
-        Process().PrivilegesEnabled.clear();
-        SetLastError(ERROR_SUCCESS);
-        return TRUE;
-    }
-    if (NewState == nullptr) {
+    if (NewState == nullptr || NewState->PrivilegeCount != 1) {
         return FailFalse(ERROR_INVALID_PARAMETER);
     }
-    DWORD outcome = ERROR_SUCCESS;
-    for (DWORD index = 0; index < NewState->PrivilegeCount; ++index) {
-        LUID_AND_ATTRIBUTES wanted;
-        std::memcpy(&wanted,
-                    reinterpret_cast<const char*>(NewState) + offsetof(TOKEN_PRIVILEGES, Privileges) +
-                        sizeof wanted * index,
-                    sizeof wanted);
-        if (PrivilegeHeld(wanted.Luid.LowPart)) {
-            Process().PrivilegesEnabled[wanted.Luid.LowPart] = (wanted.Attributes & SE_PRIVILEGE_ENABLED) != 0;
-        } else {
-            outcome = ERROR_NOT_ALL_ASSIGNED;
-        }
+    const auto& [identifier, attributes] = NewState->Privileges[0];
+    const bool held =
+        identifier.LowPart == SystemEnvironment && MachineGet().Administrator && MachineGet().VariablePrivilege;
+    if (held) {
+        Process().VariablesAllowed = (attributes & SE_PRIVILEGE_ENABLED) != 0;
     }
-    SetLastError(outcome);
+    SetLastError(held ? ERROR_SUCCESS : ERROR_NOT_ALL_ASSIGNED);
     return TRUE;
 }
 
@@ -259,7 +221,6 @@ BOOL WINAPI AllocateAndInitializeSid(PSID_IDENTIFIER_AUTHORITY pIdentifierAuthor
 }
 
 PVOID WINAPI FreeSid(PSID pSid) {
-    Seen(Named("FreeSid"));
     if (pSid != nullptr && Process().SecurityIds != 0) {
         --Process().SecurityIds;
     }
@@ -268,7 +229,6 @@ PVOID WINAPI FreeSid(PSID pSid) {
 }
 
 DWORD WINAPI GetLengthSid(PSID pSid) {
-    Seen(Named("GetLengthSid"));
     return SidLength(static_cast<const SID*>(pSid));
 }
 
@@ -338,41 +298,11 @@ BOOL WINAPI SetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR pSecurityDescriptor, 
 }
 
 BOOL WINAPI SetSecurityDescriptorOwner(PSECURITY_DESCRIPTOR pSecurityDescriptor, PSID pOwner, BOOL) {
-    if (FailsWith(Named("SetSecurityDescriptorOwner"), ERROR_INVALID_SECURITY_DESCR)) {
-        return FALSE;
-    }
-    SECURITY_DESCRIPTOR* const descriptor = DescriptorOf(pSecurityDescriptor);
-    if (descriptor != nullptr) {
-        descriptor->Owner = pOwner;
-    }
-    return descriptor != nullptr;
+    return PartSet(Named("SetSecurityDescriptorOwner"), pSecurityDescriptor, &SECURITY_DESCRIPTOR::Owner, pOwner);
 }
 
 BOOL WINAPI SetSecurityDescriptorGroup(PSECURITY_DESCRIPTOR pSecurityDescriptor, PSID pGroup, BOOL) {
-    if (FailsWith(Named("SetSecurityDescriptorGroup"), ERROR_INVALID_SECURITY_DESCR)) {
-        return FALSE;
-    }
-    SECURITY_DESCRIPTOR* const descriptor = DescriptorOf(pSecurityDescriptor);
-    if (descriptor != nullptr) {
-        descriptor->Group = pGroup;
-    }
-    return descriptor != nullptr;
-}
-
-BOOL WINAPI IsValidSecurityDescriptor(PSECURITY_DESCRIPTOR pSecurityDescriptor) {
-    return !Fails(Named("IsValidSecurityDescriptor")) &&
-           DescriptorValid(static_cast<const SECURITY_DESCRIPTOR*>(pSecurityDescriptor));
-}
-
-void WINAPI MapGenericMask(PDWORD AccessMask, PGENERIC_MAPPING GenericMapping) {
-    Seen(Named("MapGenericMask"));
-    const DWORD asked = *AccessMask;
-    DWORD mapped = asked & ~GenericRights;
-    mapped |= (asked & GENERIC_READ) != 0 ? GenericMapping->GenericRead : 0;
-    mapped |= (asked & GENERIC_WRITE) != 0 ? GenericMapping->GenericWrite : 0;
-    mapped |= (asked & GENERIC_EXECUTE) != 0 ? GenericMapping->GenericExecute : 0;
-    mapped |= (asked & GENERIC_ALL) != 0 ? GenericMapping->GenericAll : 0;
-    *AccessMask = mapped;
+    return PartSet(Named("SetSecurityDescriptorGroup"), pSecurityDescriptor, &SECURITY_DESCRIPTOR::Group, pGroup);
 }
 
 BOOL WINAPI AccessCheck(PSECURITY_DESCRIPTOR pSecurityDescriptor, HANDLE ClientToken, DWORD DesiredAccess,

@@ -4,19 +4,15 @@
 #include "Lib/Platform/StandIn/Faults.h"
 #include "Lib/Platform/StandIn/Files.h"
 #include "Lib/Platform/StandIn/Handles.h"
+#include "Lib/Platform/StandIn/State.h"
 
 #include <windows.h>
 
-#include <algorithm>
-#include <cstring>
 #include <string_view>
-#include <utility>
 
 namespace StandIn {
 
 namespace {
-
-constexpr char DriverDevice[] = "ryxlib";
 
 // No real driver: a heading that tells the two apart, and filler that makes a cut or mixed-up file noticed.
 Bytes ImageMake(std::string_view heading, std::size_t size, std::uint8_t step) {
@@ -55,49 +51,51 @@ const Bytes& DriverImage(bool bits64) {
     return bits64 ? wide : narrow;
 }
 
-bool DriverDeviceExists(const SharedState& state, const std::string& name) {
-    return Lower(name) == DriverDevice && std::any_of(state.Services.begin(), state.Services.end(),
-                                                      [](const auto& one) { return one.second.Running; });
-}
-
 } // namespace StandIn
 
 using namespace StandIn;
 
 namespace {
 
-void* FailNull(std::uint32_t error) {
+SC_HANDLE FailNull(std::uint32_t error) {
     SetLastError(error);
     return nullptr;
 }
 
-BOOL FailFalse(std::uint32_t error) {
-    SetLastError(error);
-    return FALSE;
+SC_HANDLE ServiceGive(HandleKind kind, const std::string& key, DWORD access) {
+    return static_cast<SC_HANDLE>(HandleOpen({kind, key, access}));
 }
 
-SC_HANDLE ServiceHandle(HandleKind kind, const std::string& key, DWORD access) {
-    Handle handle;
-    handle.Kind = kind;
-    handle.Name = key;
-    handle.Access = access;
-    void* const value = HandleOpen(std::move(handle));
-    return static_cast<SC_HANDLE>(value != nullptr ? value : FailNull(ERROR_NO_SYSTEM_RESOURCES));
-}
+// What an operation on an open service works with: the shared state and the service in it, which is null with the last
+// error set when a fault strikes, the state can't be read or the handle does not do.
+struct ServiceAccess {
+    ServiceAccess(Operation operation, std::uint32_t failure, SC_HANDLE value, DWORD right) {
+        if (FailsWith(operation, failure)) {
+            return;
+        }
+        const Handle* const handle = HandleFind(value, HandleKind::Service);
+        if (State.Error() != 0) {
+            FailFalse(State.Error());
+        } else if (handle == nullptr) {
+            FailFalse(ERROR_INVALID_HANDLE);
+        } else if ((handle->Access & right) != right) {
+            FailFalse(ERROR_ACCESS_DENIED);
+        } else if (const auto found = State->Services.find(handle->Name); found == State->Services.end()) {
+            FailFalse(ERROR_SERVICE_MARKED_FOR_DELETE);
+        } else {
+            Found = &found->second;
+        }
+    }
 
-// The service of a handle that grants a right; null with the last error set.
-Service* ServiceFind(SharedState* state, SC_HANDLE value, DWORD right) {
-    const Handle* const handle = HandleFind(value, HandleKind::Service);
-    if (handle == nullptr) {
-        return static_cast<Service*>(FailNull(ERROR_INVALID_HANDLE));
+    // Keeps what was changed; the operation's result.
+    BOOL Commit() {
+        const std::uint32_t error = State.Commit();
+        return error == 0 || FailFalse(error);
     }
-    if ((handle->Access & right) != right) {
-        return static_cast<Service*>(FailNull(ERROR_ACCESS_DENIED));
-    }
-    const auto found = state->Services.find(handle->Name);
-    return found != state->Services.end() ? &found->second
-                                          : static_cast<Service*>(FailNull(ERROR_SERVICE_MARKED_FOR_DELETE));
-}
+
+    SharedAccess State;
+    Service* Found = nullptr;
+};
 
 // Why the driver of a service can't be started; 0 when it can.
 std::uint32_t StartError(const SharedState& state, const Service& service) {
@@ -115,11 +113,11 @@ std::uint32_t StartError(const SharedState& state, const Service& service) {
     if (FileHeldExclusively(key)) {
         return ERROR_SHARING_VIOLATION;
     }
-    if (file->second.Data != DriverImage(MachineGet().Bits == Wow64::Yes)) {
+    if (file->second.Data != DriverImage(MachineGet().UnderWow64 == Wow64::Yes)) {
         return ERROR_BAD_EXE_FORMAT;
     }
     // A second instance finds the name of its device taken.
-    return DriverDeviceExists(state, DriverDevice) ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS;
+    return DriverDeviceExists(state, "ryxlib") ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS;
 }
 
 } // namespace
@@ -129,9 +127,9 @@ SC_HANDLE WINAPI OpenSCManagerA(LPCSTR, LPCSTR, DWORD dwDesiredAccess) {
         return nullptr;
     }
     if ((dwDesiredAccess & ~static_cast<DWORD>(SC_MANAGER_CONNECT)) != 0 && !MachineGet().Administrator) {
-        return static_cast<SC_HANDLE>(FailNull(ERROR_ACCESS_DENIED));
+        return FailNull(ERROR_ACCESS_DENIED);
     }
-    return ServiceHandle(HandleKind::ServiceManager, "", dwDesiredAccess);
+    return ServiceGive(HandleKind::ServiceManager, "", dwDesiredAccess);
 }
 
 SC_HANDLE WINAPI CreateServiceA(SC_HANDLE hSCManager, LPCSTR lpServiceName, LPCSTR, DWORD dwDesiredAccess,
@@ -142,31 +140,30 @@ SC_HANDLE WINAPI CreateServiceA(SC_HANDLE hSCManager, LPCSTR lpServiceName, LPCS
     }
     const Handle* const manager = HandleFind(hSCManager, HandleKind::ServiceManager);
     if (manager == nullptr) {
-        return static_cast<SC_HANDLE>(FailNull(ERROR_INVALID_HANDLE));
+        return FailNull(ERROR_INVALID_HANDLE);
     }
     if ((manager->Access & SC_MANAGER_CREATE_SERVICE) == 0) {
-        return static_cast<SC_HANDLE>(FailNull(ERROR_ACCESS_DENIED));
+        return FailNull(ERROR_ACCESS_DENIED);
     }
     if (lpServiceName == nullptr || *lpServiceName == 0 || lpBinaryPathName == nullptr || *lpBinaryPathName == 0 ||
         dwServiceType != SERVICE_KERNEL_DRIVER) {
-        return static_cast<SC_HANDLE>(FailNull(ERROR_INVALID_PARAMETER));
+        return FailNull(ERROR_INVALID_PARAMETER);
     }
     SharedAccess state;
     if (state.Error() != 0) {
-        return static_cast<SC_HANDLE>(FailNull(state.Error()));
+        return FailNull(state.Error());
     }
     const std::string key = Lower(lpServiceName);
     RemoveIfUnused(&*state, key);
     const auto found = state->Services.find(key);
     if (found != state->Services.end()) {
-        return static_cast<SC_HANDLE>(
-            FailNull(found->second.Marked ? ERROR_SERVICE_MARKED_FOR_DELETE : ERROR_SERVICE_EXISTS));
+        return FailNull(found->second.Marked ? ERROR_SERVICE_MARKED_FOR_DELETE : ERROR_SERVICE_EXISTS);
     }
     state->Services[key] = Service{lpServiceName, lpBinaryPathName};
     if (const std::uint32_t error = state.Commit(); error != 0) {
-        return static_cast<SC_HANDLE>(FailNull(error));
+        return FailNull(error);
     }
-    return ServiceHandle(HandleKind::Service, key, dwDesiredAccess);
+    return ServiceGive(HandleKind::Service, key, dwDesiredAccess);
 }
 
 SC_HANDLE WINAPI OpenServiceA(SC_HANDLE hSCManager, LPCSTR lpServiceName, DWORD dwDesiredAccess) {
@@ -174,113 +171,82 @@ SC_HANDLE WINAPI OpenServiceA(SC_HANDLE hSCManager, LPCSTR lpServiceName, DWORD 
         return nullptr;
     }
     if (HandleFind(hSCManager, HandleKind::ServiceManager) == nullptr) {
-        return static_cast<SC_HANDLE>(FailNull(ERROR_INVALID_HANDLE));
+        return FailNull(ERROR_INVALID_HANDLE);
     }
     if (lpServiceName == nullptr) {
-        return static_cast<SC_HANDLE>(FailNull(ERROR_INVALID_PARAMETER));
+        return FailNull(ERROR_INVALID_PARAMETER);
     }
     SharedAccess state;
     if (state.Error() != 0) {
-        return static_cast<SC_HANDLE>(FailNull(state.Error()));
+        return FailNull(state.Error());
     }
     const std::string key = Lower(lpServiceName);
     RemoveIfUnused(&*state, key);
     if (state->Services.count(key) == 0) {
-        return static_cast<SC_HANDLE>(FailNull(ERROR_SERVICE_DOES_NOT_EXIST));
+        return FailNull(ERROR_SERVICE_DOES_NOT_EXIST);
     }
     if (!MachineGet().Administrator) {
-        return static_cast<SC_HANDLE>(FailNull(ERROR_ACCESS_DENIED));
+        return FailNull(ERROR_ACCESS_DENIED);
     }
-    return ServiceHandle(HandleKind::Service, key, dwDesiredAccess);
+    return ServiceGive(HandleKind::Service, key, dwDesiredAccess);
 }
 
 BOOL WINAPI StartServiceA(SC_HANDLE hService, DWORD, LPCSTR*) {
-    if (FailsWith(Named("StartServiceA"), ERROR_GEN_FAILURE)) {
+    ServiceAccess access(Named("StartServiceA"), ERROR_GEN_FAILURE, hService, SERVICE_START);
+    if (access.Found == nullptr) {
         return FALSE;
     }
-    SharedAccess state;
-    if (state.Error() != 0) {
-        return FailFalse(state.Error());
+    if (const std::uint32_t error = StartError(*access.State, *access.Found); error != 0) {
+        return FailFalse(error);
     }
-    Service* const service = ServiceFind(&*state, hService, SERVICE_START);
-    if (service == nullptr) {
-        return FALSE;
-    }
-    std::uint32_t error = StartError(*state, *service);
-    if (error == 0) {
-        service->Running = true;
-        error = state.Commit();
-    }
-    return error == 0 ? TRUE : FailFalse(error);
+    access.Found->Running = true;
+    return access.Commit();
 }
 
-BOOL WINAPI ControlService(SC_HANDLE hService, DWORD dwControl, LPSERVICE_STATUS lpServiceStatus) {
-    if (FailsWith(Named("ControlService"), ERROR_ACCESS_DENIED)) {
-        return FALSE;
-    }
-    SharedAccess state;
-    if (state.Error() != 0) {
-        return FailFalse(state.Error());
-    }
-    Service* const service = ServiceFind(&*state, hService, SERVICE_STOP);
-    if (service == nullptr) {
+BOOL WINAPI ControlService(SC_HANDLE hService, DWORD dwControl, LPSERVICE_STATUS) {
+    ServiceAccess access(Named("ControlService"), ERROR_ACCESS_DENIED, hService, SERVICE_STOP);
+    if (access.Found == nullptr) {
         return FALSE;
     }
     if (dwControl != SERVICE_CONTROL_STOP) {
         return FailFalse(ERROR_INVALID_SERVICE_CONTROL);
     }
-    if (!service->Running) {
+    if (!access.Found->Running) {
         return FailFalse(ERROR_SERVICE_NOT_ACTIVE);
     }
-    DriverStop(&*state, service);
-    if (const std::uint32_t error = state.Commit(); error != 0) {
-        return FailFalse(error);
-    }
-    if (lpServiceStatus != nullptr) {
-        *lpServiceStatus = SERVICE_STATUS{SERVICE_KERNEL_DRIVER, SERVICE_STOPPED, 0, NO_ERROR, 0, 0, 0};
-    }
-    return TRUE;
+    DriverStop(&*access.State, access.Found);
+    return access.Commit();
 }
 
 BOOL WINAPI DeleteService(SC_HANDLE hService) {
-    if (FailsWith(Named("DeleteService"), ERROR_ACCESS_DENIED)) {
+    ServiceAccess access(Named("DeleteService"), ERROR_ACCESS_DENIED, hService, DELETE);
+    if (access.Found == nullptr) {
         return FALSE;
     }
-    SharedAccess state;
-    if (state.Error() != 0) {
-        return FailFalse(state.Error());
-    }
-    Service* const service = ServiceFind(&*state, hService, DELETE);
-    if (service == nullptr) {
-        return FALSE;
-    }
-    if (service->Marked) {
+    if (access.Found->Marked) {
         return FailFalse(ERROR_SERVICE_MARKED_FOR_DELETE);
     }
     // The handle itself still uses it; the service goes when that is closed and the driver has stopped.
-    service->Marked = true;
-    const std::uint32_t error = state.Commit();
-    return error == 0 ? TRUE : FailFalse(error);
+    access.Found->Marked = true;
+    return access.Commit();
 }
 
 // A failing close releases all the same: nobody could do anything more about it.
 BOOL WINAPI CloseServiceHandle(SC_HANDLE hSCObject) {
     const bool fails = FailsWith(Named("CloseServiceHandle"), ERROR_INVALID_HANDLE);
-    Handle* handle = HandleFind(hSCObject, HandleKind::ServiceManager);
-    if (handle != nullptr) {
-        HandleForget(handle);
-        return !fails;
-    }
-    handle = HandleFind(hSCObject, HandleKind::Service);
-    if (handle == nullptr) {
+    const Handle* const handle = HandleFindAny(hSCObject);
+    if (handle == nullptr || (handle->Kind != HandleKind::ServiceManager && handle->Kind != HandleKind::Service)) {
         return FailFalse(ERROR_INVALID_HANDLE);
     }
+    const bool service = handle->Kind == HandleKind::Service;
     const std::string key = handle->Name;
-    HandleForget(handle);
-    SharedAccess state;
-    if (state.Error() == 0) {
-        RemoveIfUnused(&*state, key);
-        state.Commit();
+    HandleForget(hSCObject);
+    if (service) {
+        SharedAccess state;
+        if (state.Error() == 0) {
+            RemoveIfUnused(&*state, key);
+            state.Commit();
+        }
     }
     return !fails;
 }

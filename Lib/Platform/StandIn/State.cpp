@@ -130,13 +130,13 @@ bool StateLineRead(const std::string& line, SharedState* state) {
         }
         state->Keys[Lower(path)].Path = path;
     } else if (kind == "value") {
-        RegistryValue value;
+        StoredValue value;
         std::string path;
         words >> second >> value.Type >> data;
         if (!words || !Unescaped(first, &path) || !Unescaped(second, &value.Name) || !HexRead(data, &value.Data)) {
             return false;
         }
-        RegistryKey& key = state->Keys[Lower(path)];
+        StoredKey& key = state->Keys[Lower(path)];
         key.Path = path;
         key.Values[Lower(value.Name)] = value;
     } else if (kind == "service") {
@@ -217,6 +217,11 @@ SharedState& OwnState() {
 
 } // namespace
 
+bool DriverDeviceExists(const SharedState& state, std::string_view name) {
+    return Lower(name) == "ryxlib" && std::any_of(state.Services.begin(), state.Services.end(),
+                                                  [](const auto& one) { return one.second.Running; });
+}
+
 void OwnStateForget() {
     OwnState() = SharedState{};
 }
@@ -226,14 +231,7 @@ SharedAccess::SharedAccess() : State(&OwnState()) {
         return;
     }
     State = &Loaded;
-    LockFile = FolderLockTake();
-    ErrorNumber = LockFile < 0 ? ERROR_ACCESS_DENIED : StateRead(&Loaded);
-}
-
-SharedAccess::~SharedAccess() {
-    if (LockFile >= 0) {
-        close(LockFile);
-    }
+    ErrorNumber = Lock.Locked() ? StateRead(&Loaded) : ERROR_ACCESS_DENIED;
 }
 
 std::uint32_t SharedAccess::Commit() {

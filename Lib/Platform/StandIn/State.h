@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 
 namespace StandIn {
 
@@ -13,15 +14,15 @@ namespace StandIn {
 inline void* const ProcessHandle = reinterpret_cast<void*>(static_cast<std::intptr_t>(-1));
 inline void* const ThreadHandle = reinterpret_cast<void*>(static_cast<std::intptr_t>(-2));
 
-struct RegistryValue {
+struct StoredValue {
     std::string Name;
     std::uint32_t Type = 0;
     Bytes Data;
 };
 
-struct RegistryKey {
+struct StoredKey {
     std::string Path; // as it was written when the key was created
-    std::map<std::string, RegistryValue> Values;
+    std::map<std::string, StoredValue> Values;
 };
 
 struct Service {
@@ -39,39 +40,17 @@ struct StoredFile {
 
 // What all processes on the machine see. Every map goes by the lower-case form of the name.
 struct SharedState {
-    std::map<std::string, RegistryKey> Keys; // by their path under HKEY_LOCAL_MACHINE
+    std::map<std::string, StoredKey> Keys; // by their path under HKEY_LOCAL_MACHINE
     std::map<std::string, Service> Services;
     std::map<std::string, StoredFile> Files; // by FileKey
     std::uint32_t BufferUsers = 0;           // of the driver's communication buffer
     std::uint32_t BuffersLost = 0;           // buffers whose driver was stopped while they were in use
 };
 
-// Exclusive access to the shared state for as long as the object lives. Not to be nested.
-class SharedAccess {
-public:
-    SharedAccess();
-    ~SharedAccess();
-    SharedAccess(const SharedAccess&) = delete;
-    SharedAccess& operator=(const SharedAccess&) = delete;
+// Whether a started driver's device stands behind that name (without its prefix).
+bool DriverDeviceExists(const SharedState& state, std::string_view name);
 
-    // Why the state can't be used, as an error number; 0 when it can.
-    std::uint32_t Error() const { return ErrorNumber; }
-
-    SharedState* operator->() const { return State; }
-    SharedState& operator*() const { return *State; }
-
-    // Keeps what was changed. Without it, or when it fails, a state folder stays as it was. The result is an error
-    // number.
-    std::uint32_t Commit();
-
-private:
-    SharedState* State;
-    SharedState Loaded;
-    int LockFile = -1;
-    std::uint32_t ErrorNumber = 0;
-};
-
-// Exclusive access to the state folder without the state; nothing when there is no folder.
+// Exclusive access to the state folder; nothing when there is no folder. Not to be nested.
 class FolderLock {
 public:
     FolderLock();
@@ -85,16 +64,37 @@ private:
     int LockFile;
 };
 
+// Exclusive access to the shared state for as long as the object lives. Not to be nested.
+class SharedAccess {
+public:
+    SharedAccess();
+
+    // Why the state can't be used, as an error number; 0 when it can.
+    std::uint32_t Error() const { return ErrorNumber; }
+
+    SharedState* operator->() const { return State; }
+    SharedState& operator*() const { return *State; }
+
+    // Keeps what was changed. Without it, or when it fails, a state folder stays as it was. The result is an error
+    // number.
+    std::uint32_t Commit();
+
+private:
+    FolderLock Lock;
+    SharedState* State;
+    SharedState Loaded;
+    std::uint32_t ErrorNumber = 0;
+};
+
 // What belongs to this process alone and goes with the machine.
 struct ProcessState {
     std::uint64_t Affinity = 0;
     std::uint64_t ThreadAffinity = 0;
     std::uint32_t PriorityClass = 0x20;
     std::uint32_t ExecutionState = 0x80000000;
-    std::map<std::uint32_t, bool> PrivilegesEnabled; // by the low part of the identifier
-    std::map<std::string, int> ModulesLoaded;        // how often, by name
-    std::uint32_t SecurityIds = 0;                   // allocated and not freed
-    Bytes CommunicationBuffer;                       // the driver's, once this process asked for it
+    bool VariablesAllowed = false; // the privilege for firmware variables is enabled
+    std::uint32_t SecurityIds = 0; // allocated and not freed
+    Bytes CommunicationBuffer;     // the driver's, once this process asked for it
     std::uint32_t CommunicationAddress = 0;
     std::uint32_t RootTable = 0; // the ACPI root table that the driver found
 };

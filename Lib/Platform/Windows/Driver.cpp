@@ -83,7 +83,7 @@ bool FileNameAppend(char (&path)[PathCapacity], const char* name) {
 
 // Writes the driver that the program carries to the temporary folder, or else beside the executable.
 bool DriverFileWrite() {
-    const char* const name = Driver.Bits64 ? "RyxLib64.sys" : "RyxLib.sys";
+    const char* name = Driver.Bits64 ? "RyxLib64.sys" : "RyxLib.sys";
     const void* image = nullptr;
     std::uint32_t size = 0;
     if (!ExecutableFolderGet(Driver.Path, PathCapacity) || !FileNameAppend(Driver.Path, name) ||

@@ -1,12 +1,11 @@
-// The Windows operations, types and constants that the operating-system bindings use, answered by the stand-in.
+// The Windows operations that the operating-system bindings call, answered by the stand-in, with the types and
+// constants that the calls, the answers and the tests of both need.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
 #define WINAPI
-#define CALLBACK
-#define APIENTRY
 
 // Basic types. WCHAR is wchar_t, as L"" needs it, whatever its width; only the low 16 bits of each unit count.
 typedef int BOOL;
@@ -15,33 +14,25 @@ typedef std::uint16_t WORD;
 typedef std::uint32_t DWORD;
 typedef char CHAR;
 typedef std::int16_t SHORT;
-typedef int INT;
 typedef unsigned int UINT;
 typedef std::int32_t LONG;
-typedef std::uint32_t ULONG;
-typedef long long LONGLONG;
-typedef unsigned long long ULONGLONG;
 typedef wchar_t WCHAR;
 typedef std::intptr_t INT_PTR;
 typedef std::intptr_t LONG_PTR;
 typedef std::uintptr_t ULONG_PTR;
 typedef std::uintptr_t DWORD_PTR;
-typedef std::size_t SIZE_T;
 typedef void* PVOID;
 typedef void* LPVOID;
 typedef const void* LPCVOID;
 typedef char* LPSTR;
 typedef const char* LPCSTR;
-typedef WCHAR* LPWSTR;
 typedef const WCHAR* LPCWSTR;
 typedef BOOL *PBOOL, *LPBOOL;
-typedef BYTE *PBYTE, *LPBYTE;
-typedef WORD *PWORD, *LPWORD;
+typedef BYTE* LPBYTE;
 typedef DWORD *PDWORD, *LPDWORD;
-typedef LONG *PLONG, *LPLONG;
 typedef DWORD_PTR* PDWORD_PTR;
 typedef void* HANDLE;
-typedef HANDLE *PHANDLE, *LPHANDLE;
+typedef HANDLE* PHANDLE;
 typedef HANDLE HGLOBAL;
 typedef struct HKEY__ {
     int unused;
@@ -58,7 +49,7 @@ typedef struct SC_HANDLE__ {
 } * SC_HANDLE;
 typedef INT_PTR(WINAPI* FARPROC)();
 typedef LONG LSTATUS;
-typedef DWORD ACCESS_MASK, *PACCESS_MASK;
+typedef DWORD ACCESS_MASK;
 typedef ACCESS_MASK REGSAM;
 typedef DWORD EXECUTION_STATE;
 
@@ -71,7 +62,6 @@ typedef DWORD EXECUTION_STATE;
 #define MAKEINTRESOURCEA(i) ((LPSTR)((ULONG_PTR)((WORD)(i))))
 
 // Error numbers.
-#define NO_ERROR 0L
 #define ERROR_SUCCESS 0L
 #define ERROR_INVALID_FUNCTION 1L
 #define ERROR_FILE_NOT_FOUND 2L
@@ -79,28 +69,22 @@ typedef DWORD EXECUTION_STATE;
 #define ERROR_ACCESS_DENIED 5L
 #define ERROR_INVALID_HANDLE 6L
 #define ERROR_NOT_ENOUGH_MEMORY 8L
-#define ERROR_OUTOFMEMORY 14L
 #define ERROR_GEN_FAILURE 31L
 #define ERROR_SHARING_VIOLATION 32L
-#define ERROR_NOT_SUPPORTED 50L
 #define ERROR_INVALID_PARAMETER 87L
 #define ERROR_DISK_FULL 112L
 #define ERROR_INSUFFICIENT_BUFFER 122L
-#define ERROR_INVALID_NAME 123L
 #define ERROR_MOD_NOT_FOUND 126L
 #define ERROR_PROC_NOT_FOUND 127L
-#define ERROR_DIR_NOT_EMPTY 145L
 #define ERROR_ALREADY_EXISTS 183L
 #define ERROR_BAD_EXE_FORMAT 193L
 #define ERROR_ENVVAR_NOT_FOUND 203L
 #define ERROR_MORE_DATA 234L
 #define ERROR_NO_MORE_ITEMS 259L
 #define ERROR_NOT_OWNER 288L
-#define ERROR_IO_PENDING 997L
 #define ERROR_NOACCESS 998L
 #define ERROR_NO_TOKEN 1008L
 #define ERROR_KEY_DELETED 1018L
-#define ERROR_DEPENDENT_SERVICES_RUNNING 1051L
 #define ERROR_INVALID_SERVICE_CONTROL 1052L
 #define ERROR_SERVICE_ALREADY_RUNNING 1056L
 #define ERROR_SERVICE_DOES_NOT_EXIST 1060L
@@ -123,21 +107,8 @@ typedef DWORD EXECUTION_STATE;
 
 // Access rights.
 #define DELETE 0x00010000L
-#define READ_CONTROL 0x00020000L
-#define WRITE_DAC 0x00040000L
-#define WRITE_OWNER 0x00080000L
-#define SYNCHRONIZE 0x00100000L
-#define STANDARD_RIGHTS_REQUIRED 0x000F0000L
-#define STANDARD_RIGHTS_READ READ_CONTROL
-#define STANDARD_RIGHTS_WRITE READ_CONTROL
-#define STANDARD_RIGHTS_EXECUTE READ_CONTROL
-#define STANDARD_RIGHTS_ALL 0x001F0000L
-#define SPECIFIC_RIGHTS_ALL 0x0000FFFFL
-#define MAXIMUM_ALLOWED 0x02000000L
 #define GENERIC_READ 0x80000000L
 #define GENERIC_WRITE 0x40000000L
-#define GENERIC_EXECUTE 0x20000000L
-#define GENERIC_ALL 0x10000000L
 
 extern "C" {
 
@@ -149,13 +120,13 @@ BOOL WINAPI CloseHandle(HANDLE hObject);
 typedef struct _COORD {
     SHORT X;
     SHORT Y;
-} COORD, *PCOORD;
+} COORD;
 typedef struct _SMALL_RECT {
     SHORT Left;
     SHORT Top;
     SHORT Right;
     SHORT Bottom;
-} SMALL_RECT, *PSMALL_RECT;
+} SMALL_RECT;
 typedef struct _CONSOLE_SCREEN_BUFFER_INFO {
     COORD dwSize;
     COORD dwCursorPosition;
@@ -176,8 +147,6 @@ BOOL WINAPI SetConsoleCursorPosition(HANDLE hConsoleOutput, COORD dwCursorPositi
 
 // Modules and resources.
 HMODULE WINAPI GetModuleHandleA(LPCSTR lpModuleName);
-HMODULE WINAPI LoadLibraryA(LPCSTR lpLibFileName);
-BOOL WINAPI FreeLibrary(HMODULE hLibModule);
 FARPROC WINAPI GetProcAddress(HMODULE hModule, LPCSTR lpProcName);
 DWORD WINAPI GetModuleFileNameA(HMODULE hModule, LPSTR lpFilename, DWORD nSize);
 HRSRC WINAPI FindResourceA(HMODULE hModule, LPCSTR lpName, LPCSTR lpType);
@@ -197,9 +166,7 @@ typedef struct _OSVERSIONINFOA {
     DWORD dwBuildNumber;
     DWORD dwPlatformId;
     CHAR szCSDVersion[128];
-} OSVERSIONINFOA, *POSVERSIONINFOA, *LPOSVERSIONINFOA;
-#define VER_PLATFORM_WIN32_NT 2
-#define NORMAL_PRIORITY_CLASS 0x00000020
+} OSVERSIONINFOA, *LPOSVERSIONINFOA;
 #define HIGH_PRIORITY_CLASS 0x00000080
 #define ES_SYSTEM_REQUIRED ((DWORD)0x00000001)
 #define ES_DISPLAY_REQUIRED ((DWORD)0x00000002)
@@ -218,7 +185,6 @@ EXECUTION_STATE WINAPI SetThreadExecutionState(EXECUTION_STATE esFlags);
 // Tokens and access checks.
 typedef PVOID PSID;
 typedef PVOID PSECURITY_DESCRIPTOR;
-typedef WORD SECURITY_DESCRIPTOR_CONTROL, *PSECURITY_DESCRIPTOR_CONTROL;
 typedef struct _LUID {
     DWORD LowPart;
     LONG HighPart;
@@ -226,7 +192,7 @@ typedef struct _LUID {
 typedef struct _LUID_AND_ATTRIBUTES {
     LUID Luid;
     DWORD Attributes;
-} LUID_AND_ATTRIBUTES, *PLUID_AND_ATTRIBUTES;
+} LUID_AND_ATTRIBUTES;
 typedef struct _TOKEN_PRIVILEGES {
     DWORD PrivilegeCount;
     LUID_AND_ATTRIBUTES Privileges[1];
@@ -256,16 +222,16 @@ typedef struct _ACE_HEADER {
     BYTE AceType;
     BYTE AceFlags;
     WORD AceSize;
-} ACE_HEADER, *PACE_HEADER;
+} ACE_HEADER;
 typedef struct _ACCESS_ALLOWED_ACE {
     ACE_HEADER Header;
     ACCESS_MASK Mask;
     DWORD SidStart;
-} ACCESS_ALLOWED_ACE, *PACCESS_ALLOWED_ACE;
+} ACCESS_ALLOWED_ACE;
 typedef struct _SECURITY_DESCRIPTOR {
     BYTE Revision;
     BYTE Sbz1;
-    SECURITY_DESCRIPTOR_CONTROL Control;
+    WORD Control;
     PSID Owner;
     PSID Group;
     PACL Sacl;
@@ -280,16 +246,13 @@ typedef struct _GENERIC_MAPPING {
 typedef enum _SECURITY_IMPERSONATION_LEVEL {
     SecurityAnonymous,
     SecurityIdentification,
-    SecurityImpersonation,
-    SecurityDelegation
+    SecurityImpersonation
 } SECURITY_IMPERSONATION_LEVEL;
-#define TOKEN_ASSIGN_PRIMARY 0x0001
 #define TOKEN_DUPLICATE 0x0002
 #define TOKEN_IMPERSONATE 0x0004
 #define TOKEN_QUERY 0x0008
 #define TOKEN_ADJUST_PRIVILEGES 0x0020
 #define SE_PRIVILEGE_ENABLED 0x00000002L
-#define SE_SYSTEM_ENVIRONMENT_NAME "SeSystemEnvironmentPrivilege"
 #define SECURITY_NT_AUTHORITY                                                                                          \
     { 0, 0, 0, 0, 0, 5 }
 #define SECURITY_BUILTIN_DOMAIN_RID 0x00000020L
@@ -298,7 +261,6 @@ typedef enum _SECURITY_IMPERSONATION_LEVEL {
 #define ACCESS_ALLOWED_ACE_TYPE 0x0
 #define SID_REVISION 1
 #define SECURITY_DESCRIPTOR_REVISION 1
-#define SECURITY_DESCRIPTOR_MIN_LENGTH (sizeof(SECURITY_DESCRIPTOR))
 #define SE_DACL_PRESENT 0x0004
 BOOL WINAPI OpenProcessToken(HANDLE ProcessHandle, DWORD DesiredAccess, PHANDLE TokenHandle);
 BOOL WINAPI OpenThreadToken(HANDLE ThreadHandle, DWORD DesiredAccess, BOOL OpenAsSelf, PHANDLE TokenHandle);
@@ -320,37 +282,17 @@ BOOL WINAPI SetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR pSecurityDescriptor, 
                                       BOOL bDaclDefaulted);
 BOOL WINAPI SetSecurityDescriptorOwner(PSECURITY_DESCRIPTOR pSecurityDescriptor, PSID pOwner, BOOL bOwnerDefaulted);
 BOOL WINAPI SetSecurityDescriptorGroup(PSECURITY_DESCRIPTOR pSecurityDescriptor, PSID pGroup, BOOL bGroupDefaulted);
-BOOL WINAPI IsValidSecurityDescriptor(PSECURITY_DESCRIPTOR pSecurityDescriptor);
-void WINAPI MapGenericMask(PDWORD AccessMask, PGENERIC_MAPPING GenericMapping);
 BOOL WINAPI AccessCheck(PSECURITY_DESCRIPTOR pSecurityDescriptor, HANDLE ClientToken, DWORD DesiredAccess,
                         PGENERIC_MAPPING GenericMapping, PPRIVILEGE_SET PrivilegeSet, LPDWORD PrivilegeSetLength,
                         LPDWORD GrantedAccess, LPBOOL AccessStatus);
 
 // Files and devices.
-typedef struct _SECURITY_ATTRIBUTES {
-    DWORD nLength;
-    LPVOID lpSecurityDescriptor;
-    BOOL bInheritHandle;
-} SECURITY_ATTRIBUTES, *PSECURITY_ATTRIBUTES, *LPSECURITY_ATTRIBUTES;
-typedef struct _OVERLAPPED {
-    ULONG_PTR Internal;
-    ULONG_PTR InternalHigh;
-    union {
-        struct {
-            DWORD Offset;
-            DWORD OffsetHigh;
-        };
-        PVOID Pointer;
-    };
-    HANDLE hEvent;
-} OVERLAPPED, *LPOVERLAPPED;
+// Nobody passes either of these, so that nobody needs to know what they hold.
+typedef struct _SECURITY_ATTRIBUTES* LPSECURITY_ATTRIBUTES;
+typedef struct _OVERLAPPED* LPOVERLAPPED;
 #define FILE_SHARE_READ 0x00000001
-#define FILE_SHARE_WRITE 0x00000002
-#define CREATE_NEW 1
 #define CREATE_ALWAYS 2
 #define OPEN_EXISTING 3
-#define OPEN_ALWAYS 4
-#define TRUNCATE_EXISTING 5
 #define FILE_ATTRIBUTE_READONLY 0x00000001
 #define FILE_ATTRIBUTE_NORMAL 0x00000080
 DWORD WINAPI GetTempPathA(DWORD nBufferLength, LPSTR lpBuffer);
@@ -389,9 +331,6 @@ typedef struct _SERVICE_STATUS {
 #define SERVICE_DEMAND_START 0x00000003
 #define SERVICE_ERROR_NORMAL 0x00000001
 #define SERVICE_CONTROL_STOP 0x00000001
-#define SERVICE_STOPPED 0x00000001
-#define SERVICE_RUNNING 0x00000004
-#define SERVICE_ACCEPT_STOP 0x00000001
 SC_HANDLE WINAPI OpenSCManagerA(LPCSTR lpMachineName, LPCSTR lpDatabaseName, DWORD dwDesiredAccess);
 SC_HANDLE WINAPI CreateServiceA(SC_HANDLE hSCManager, LPCSTR lpServiceName, LPCSTR lpDisplayName, DWORD dwDesiredAccess,
                                 DWORD dwServiceType, DWORD dwStartType, DWORD dwErrorControl, LPCSTR lpBinaryPathName,
@@ -404,27 +343,16 @@ BOOL WINAPI DeleteService(SC_HANDLE hService);
 BOOL WINAPI CloseServiceHandle(SC_HANDLE hSCObject);
 
 // Registry.
-typedef struct _FILETIME {
-    DWORD dwLowDateTime;
-    DWORD dwHighDateTime;
-} FILETIME, *PFILETIME, *LPFILETIME;
 #define HKEY_LOCAL_MACHINE ((HKEY)(ULONG_PTR)((LONG)0x80000002))
 #define KEY_QUERY_VALUE 0x0001
 #define KEY_SET_VALUE 0x0002
 #define KEY_CREATE_SUB_KEY 0x0004
 #define KEY_ENUMERATE_SUB_KEYS 0x0008
-#define KEY_NOTIFY 0x0010
-#define KEY_CREATE_LINK 0x0020
 #define KEY_WOW64_64KEY 0x0100
-#define KEY_WOW64_32KEY 0x0200
 #define KEY_READ 0x20019
-#define KEY_WRITE 0x20006
 #define KEY_ALL_ACCESS 0xF003F
 #define REG_OPTION_NON_VOLATILE 0x00000000L
-#define REG_CREATED_NEW_KEY 0x00000001L
-#define REG_OPENED_EXISTING_KEY 0x00000002L
 #define REG_NONE 0
-#define REG_SZ 1
 #define REG_BINARY 3
 #define REG_DWORD 4
 LSTATUS WINAPI RegOpenKeyA(HKEY hKey, LPCSTR lpSubKey, PHKEY phkResult);

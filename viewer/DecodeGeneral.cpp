@@ -1,0 +1,112 @@
+// Decoders of string lists, languages, groups, additional information, extended onboard device information, and the
+// marks of inactive structures and of the table's end (types 11 to 14, 40, 41, 126 and 127). Of the lists of types 11
+// to 14 they show what the field rows name: the count or the first item.
+#include "Lib/API/RyxPrint.h"
+#include "viewer/Decoders.h"
+
+namespace {
+
+// Types 11 and 12, OEM Strings and System Configuration Options, which have the same layout.
+
+constexpr DecoderField StringCountFields[] = {
+    NumberField(3, "Count : 0x%02X (%02d)\n"),
+};
+
+// Type 13, BIOS Language Information.
+
+constexpr const char* LanguageFormatTexts[] = {"Long format", "Abbreviated format"};
+
+constexpr DecoderField Type13Fields[] = {
+    NumberField(3, "Installable Languages : 0x%02X (%02d)\n"),
+    TextField(4, "Flags : 0x%02X - %s\n", LanguageFormatTexts, 0x01),
+    CountedField(5),
+    StringField(6, "Current Languages : %s\n"),
+};
+
+// Type 14, Group Associations.
+
+constexpr DecoderField Type14Fields[] = {
+    StringField(3, "Group Name : %s\n"),
+    NumberField(4, "Item Type : 0x%02X (%02d)\n"),
+    NumberField(5, "Item Handle : 0x%04X (%02d)\n"),
+};
+
+// Type 40, Additional Information.
+
+constexpr std::uint8_t EntryCountRow = 3;
+constexpr std::uint8_t EntryListOffset = 0x05;
+constexpr std::size_t EntryValueOffset = 5; // within an entry: what stands before its value
+
+// Entries follow each other by their own lengths, so one that can't be right hides all that come after it.
+FieldOutcome AdditionalEntriesShow(const DecoderField&, const StructPlace& place) {
+    FieldValue entries;
+    FieldValue count;
+    if (StructAreaRead(place.Type, place.Instance, EntryListOffset, &entries) != RyxOk ||
+        !FieldRead(place, EntryCountRow, &count)) {
+        return FieldOutcome::Unreadable;
+    }
+    RyxPrintf("Number of Additional Information entries :\n");
+    std::span<const std::uint8_t> list = entries.Bytes;
+    for (; count.Number != 0 && !list.empty(); --count.Number) {
+        const std::size_t length = list[0];
+        if (length < EntryValueOffset || length > list.size()) {
+            break;
+        }
+        const unsigned handle = list[1] | list[2] << 8;
+        RyxPrintf("Entry Length : 0x%02X (%02d)\n", list[0], list[0]);
+        RyxPrintf("Referenced Handle : 0x%04X (%02d)\n", handle, handle);
+        RyxPrintf("Referenced Offset : 0x%02X\n", list[3]);
+        RyxPrintf("String : 0x%02X\n", list[4]);
+        if (length > EntryValueOffset) {
+            RyxPrintf("Value : 0x%02x\n", list[EntryValueOffset]);
+        }
+        list = list.subspan(length);
+    }
+    return FieldOutcome::Printed;
+}
+
+constexpr DecoderField Type40Fields[] = {
+    NumberField(EntryCountRow, "Number of Additional Information entries : 0x%02X (%d)\n"),
+    OwnField(4, AdditionalEntriesShow),
+};
+
+// Type 41, Onboard Devices Extended Information.
+
+constexpr const char* OnboardDeviceStatusTexts[] = {"Disabled", "Enabled"};
+
+constexpr const char* OnboardDeviceTypeTexts[] = {
+    "",           "Other", "Unknown",         "Video",           "SCSI Controller", "Ethernet",
+    "Token Ring", "Sound", "PATA Controller", "SATA Controller", "SAS Controller",
+};
+
+constexpr BitGroup OnboardDeviceGroups[] = {
+    {" Status : %s\n", 7, 0x1, OnboardDeviceStatusTexts},
+    {" Type : %s\n", 0, 0x7F, OnboardDeviceTypeTexts},
+};
+
+constexpr BitGroup DeviceFunctionGroups[] = {
+    {" Device Number : 0x%X\n", 3, 0x1F, {}},
+    {" Function Number : 0x%X\n", 0, 0x7, {}},
+};
+
+constexpr DecoderField Type41Fields[] = {
+    StringField(3, "Reference Designation : %s\n"),
+    GroupsField(4, "Device Type : 0x%02X\n", OnboardDeviceGroups),
+    NumberField(5, "Device Type Instance : 0x%02X (%d)\n"),
+    NumberField(6, "Segment Group Number : 0x%04X\n"),
+    NumberField(7, "Bus Number : 0x%02X (%d)\n"),
+    GroupsField(8, "Device/Function Number : 0x%02X\n", DeviceFunctionGroups),
+};
+
+} // namespace
+
+constinit const StructDecoder StructDecodeType11(11, "OEM Strings (Type 11)", DecoderForm::Single, StringCountFields);
+constinit const StructDecoder StructDecodeType12(12, "System Config (Type 12)", DecoderForm::Single, StringCountFields);
+constinit const StructDecoder StructDecodeType13(13, "BIOS Language (Type 13)", DecoderForm::Loop, Type13Fields);
+constinit const StructDecoder StructDecodeType14(14, "Group Association (Type 14)", DecoderForm::Loop, Type14Fields);
+constinit const StructDecoder StructDecodeType40(40, "Additional Info (Type 40)", DecoderForm::Loop, Type40Fields);
+constinit const StructDecoder StructDecodeType41(41, "Onboard Devices Extended Info (Type 41)", DecoderForm::Loop,
+                                                 Type41Fields);
+// Type 126, Inactive, and type 127, End-of-Table, have no fields of their own.
+constinit const StructDecoder StructDecodeType126(126, "Inactive (Type 126)", DecoderForm::Single, {});
+constinit const StructDecoder StructDecodeType127(127, "End-Of-Table (Type 127)", DecoderForm::Single, {});
