@@ -1,19 +1,29 @@
 # What users get: a zip file with the program, the README and the manual as plain text.
 install(TARGETS Quarrinet RUNTIME DESTINATION .)
 
+# Text files on Windows end their lines with CR LF.
 set(manual ${PROJECT_SOURCE_DIR}/docs/Quarrinet.1)
 set(manual_text ${PROJECT_BINARY_DIR}/Quarrinet.txt)
+set(readme ${PROJECT_SOURCE_DIR}/README.md)
+set(readme_text ${PROJECT_BINARY_DIR}/README.md)
 find_program(GROFF groff)
 if(EXISTS ${manual} AND GROFF)
-  # Text files on Windows end their lines with CR LF.
   add_custom_command(
     OUTPUT ${manual_text}
     COMMAND sh -c "\"$0\" -man -Tascii -P-cbou \"$1\" | sed 's/$/\\r/' >\"$2\"" ${GROFF} ${manual} ${manual_text}
     DEPENDS ${manual}
     VERBATIM)
-  add_custom_target(manual ALL DEPENDS ${manual_text})
+  # Users of the program have no sources: the README is theirs without the last part, which is for builders, and
+  # without its links to other files and to that part.
+  add_custom_command(
+    OUTPUT ${readme_text}
+    COMMAND sh -c "sed -E '/^## Install/,$d; s/\\[([^]]*)\\]\\(([^):#]+|#install)\\)/\\1/g; s/$/\\r/' \"$0\" >\"$1\"" ${readme}
+            ${readme_text}
+    DEPENDS ${readme}
+    VERBATIM)
+  add_custom_target(manual ALL DEPENDS ${manual_text} ${readme_text})
 endif()
-install(FILES ${manual_text} ${PROJECT_SOURCE_DIR}/README.md DESTINATION .)
+install(FILES ${manual_text} ${readme_text} DESTINATION .)
 
 set(CPACK_GENERATOR ZIP)
 set(CPACK_PACKAGE_FILE_NAME Quarrinet-${PROJECT_VERSION}-windows)

@@ -204,6 +204,36 @@ void FirmwareAnswers() {
     Write("FirmwareAnswers", "variables-long-identifier", Joined({0}, piece(Bytes(9000, 'x'))));
 }
 
+// Operations on the driver's device: opening it, each code with lengths that fit, closing and unloading.
+void DriverControls() {
+    const Bytes open{0x00, 0xC0, 1, 0x08, 0xC0, 1};
+    const Bytes close{0x01, 0x09, 0x02};
+    const auto control = [](std::uint8_t file, std::uint8_t code, std::uint8_t place, std::uint8_t length) {
+        return Bytes{4, file, code, 0, place, 0, 0, length};
+    };
+    const auto bare = [](std::uint8_t code, std::uint8_t length) { return Bytes{4, 0, code, 0x87, length}; };
+    const Bytes port{4, 0, 4, 0x84, 0xB2, 0, 1, 0, 0, 0, 0};
+    int number = 0;
+    for (const std::uint8_t kind : {0x00, 0x01, 0x07, 0x0D}) {
+        Bytes input{kind, 4, 0x10, 0, 24};
+        const Bytes record{'I', 'F', 'E', '$', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x11, 0};
+        input = Joined(input, record);
+        for (int range = kind / 4 % 4; range != 0; --range) {
+            input = Joined(input, {static_cast<std::uint8_t>(range), 0, 0, 0x80, 0});
+        }
+        input = Joined(input, open);
+        for (const std::uint8_t place : {1, 2, 3, 5, 7, 11}) {
+            input = Joined(Joined(input, control(0, 0, place, 16)), control(1, 1, place, 16));
+        }
+        input = Joined(Joined(input, control(0, 2, 1, 4)), control(1, 2, 1, 4));
+        input = Joined(Joined(input, control(0, 0, 9, 32)), control(0, 3, 1, 0));
+        input = Joined(Joined(input, port), bare(6, 2));
+        input = Joined(Joined(input, Bytes{4, 0, 5, 0x80, 4}), control(0, 7, 6, 4));
+        Write("DriverControl", std::to_string(number++), Joined(input, close));
+        Write("DriverControl", std::to_string(number++), Joined(input, {0x02, 0x09, 0x01, 0x03}));
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -218,5 +248,6 @@ int main(int argc, char** argv) {
     MachineFiles();
     RootTables();
     FirmwareAnswers();
+    DriverControls();
     return 0;
 }

@@ -1,11 +1,19 @@
 # Bash completion for quarrinet: its commands, the structure types behind /type, and response files.
 _quarrinet() {
-    local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} prefix=/ name given candidates=()
+    local word=$2 previous=$3 prefix=/ name given candidates=()
     COMPREPLY=()
-    # Bash takes a word apart at '@', so a file's name may stand alone behind it.
-    if [[ $word == @* || $previous == @ ]]; then
-        compopt -o filenames 2>/dev/null
-        mapfile -t COMPREPLY < <(compgen -f -- "${word#@}")
+    if [[ $word == @* ]]; then
+        # Within quotes the shell closes them behind a file's name. Elsewhere it would quote the '@' too, so blanks and
+        # their like are quoted here.
+        local quoted=
+        [[ ${COMP_WORDS[COMP_CWORD]} != [\"\']* ]] || quoted=yes
+        [[ -z $quoted ]] || compopt -o filenames 2>/dev/null
+        while IFS= read -r name; do
+            [[ ! -d $name ]] || name+=/
+            [[ -n $quoted ]] || printf -v name %q "$name"
+            COMPREPLY+=("@$name")
+        done < <(word=${word//\\/}; compgen -f -- "${word#@}")
+        [[ ${#COMPREPLY[@]} -ne 1 || ${COMPREPLY[0]} != */ ]] || compopt -o nospace 2>/dev/null
         return
     fi
     if [[ ${previous,,} == [/-]type ]]; then

@@ -2,6 +2,7 @@
 #include "Lib/API/RyxLib.h"
 #include "Lib/Common/LibraryReset.h"
 #include "Lib/Platform/StandIn/Handles.h"
+#include "Lib/Platform/StandIn/Kernel.h"
 #include "Lib/Platform/StandIn/Mutexes.h"
 #include "Lib/Platform/StandIn/State.h"
 #include "tests/Support.h"
@@ -56,6 +57,7 @@ Course WholeRun(const std::vector<std::string>& arguments) {
 // The end of a process: its handles and mutexes go, what other processes see stays.
 void ProcessEnd() {
     StandIn::FailCall(0);
+    StandIn::KernelFilesClose();
     StandIn::HandlesForget();
     StandIn::MutexesForget();
     StandIn::Process() = StandIn::ProcessState{};
@@ -160,6 +162,8 @@ const CallEffects Effects[] = {
     {"GetFileSize", Phase::Start, {Effect::NoImage}},
     {"ReadFile", Phase::Start, {Effect::NoImage}},
     {"DeviceIoControl", Phase::Listing, {Effect::Listing, Effect::None}},
+    {"MmMapLockedPagesSpecifyCache", Phase::Listing, {Effect::Listing, Effect::None}},
+    {"MmMapIoSpace", Phase::Listing, {Effect::Listing, Effect::None}},
     {"GetModuleHandleA", Phase::Listing, {Effect::Listing}},
     {"GetProcAddress", Phase::Listing, {Effect::Listing}},
     {"GetSystemFirmwareTable", Phase::Listing, {Effect::Listing}},
@@ -248,7 +252,7 @@ Lines LeftoversAllowed(const std::string& call, Phase phase) {
         {"SetFirmwareEnvironmentVariableW", {"firmware session open"}},
         // The driver keeps its buffer, and the rest of the stop is skipped.
         {"DeviceIoControl",
-         {tools, mutex, key, count, service, file, driver, "communication buffer with ",
+         {tools, mutex, key, count, service, file, driver, "communication buffer of 4096 bytes",
           "handle of device Global\\RYXLIB", "handle of mutex Global\\{"}},
     };
     const auto found = stop.find(call);

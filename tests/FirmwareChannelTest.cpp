@@ -12,7 +12,7 @@
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/Mutex.h"
 #include "Lib/Platform/StandIn/AcpiBuilder.h"
-#include "Lib/Platform/StandIn/State.h"
+#include "Lib/Platform/StandIn/Memory.h"
 #include "tests/Support.h"
 #include "tests/ToolRun.h"
 
@@ -176,7 +176,7 @@ TEST(FirmwareChannel, OpensAsksAndCloses) {
         EXPECT_EQ(RyxLibExit(), RyxOk);
         EXPECT_EQ(Requests(), before + (variables ? 1 : 0)) << "the session is closed by a variable";
         EXPECT_EQ(StandIn::ControlCount(DriverBufferRelease), variables ? 0U : 1U);
-        EXPECT_EQ(StandIn::SharedAccess()->BufferUsers, 0U);
+        EXPECT_TRUE(StandIn::MemoryAllocated().Data.empty());
     }
 }
 

@@ -93,6 +93,41 @@ TEST(Documents, TheReadmesExamplesGiveWhatTheyShow) {
     }
 }
 
+// How another computer's tables are brought here: the README's commands, with a folder in the place of that computer's
+// tables and a file in the place of what Windows would write.
+TEST(Documents, TheReadmesWaysToBringTablesEndInAListing) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(std::system(("ln -s '" QUARRINET_PROGRAM "' '" + folder.Path + "/quarrinet'").c_str()), 0);
+    const std::string table("\x11\x15\x04\x00\xFF\xFF\xFE\xFF\x48\x00\x40\x00\x00\x20\x09\x00\x01\x00\x18\x00\x00"
+                            "SLOT 7\0\0",
+                            29);
+    folder.Write("DMI", table);
+    std::string entry("_SM3_\0\x18\2\7\0\1\0\0\0\0\0\0\0\0\0\0\0\0\0", 24);
+    entry[12] = static_cast<char>(table.size());
+    folder.Write("smbios_entry_point", entry);
+    folder.Write("server-4.bin", std::string("\0\2\7\0\x1D\0\0\0", 8) + table);
+    int listings = 0;
+    bool inside = false;
+    for (std::string command : LinesOf("README.md")) {
+        inside = command.rfind("## ", 0) == 0 ? command == "## Machines" : inside;
+        if (!inside || command.rfind("    ", 0) != 0 || command.find("[IO.File]") != std::string::npos) {
+            continue;
+        }
+        const std::string there = "/sys/firmware/dmi/tables/";
+        if (const std::size_t at = command.find(there); at != std::string::npos) {
+            command.replace(at, there.size(), "./");
+        }
+        const std::string output = ShellRun(folder.Path, "sudo() { \"$@\"; } && " + command);
+        if (command.find("quarrinet") == std::string::npos) {
+            EXPECT_EQ(output, "") << command;
+        } else {
+            EXPECT_NE(output.find("Device Locator : SLOT 7\n"), std::string::npos) << command << "\n" << output;
+            ++listings;
+        }
+    }
+    EXPECT_EQ(listings, 2);
+}
+
 // The fields that the manual page lists: "4\~Vendor, 5\~BIOS Version, ..." in a paragraph under the type.
 TEST(Documents, TheManualListsTheFieldsOfEveryType) {
     bool inFields = false;

@@ -453,7 +453,8 @@ TEST(StandInState, OutlivesAKilledProcess) {
     OtherProcess killed(
         [&folder] {
             MachineSet(Shared(folder));
-            DriverStart();
+            Bytes address(4);
+            Request(DriverStart(), GetBuffer, LittleEndian(4096), &address);
             const HKEY key = KeyCreate("Software\\A key %", KEY_WOW64_64KEY);
             const DWORD two = 2;
             RegSetValueExA(key, "", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&two), sizeof two);
@@ -466,7 +467,14 @@ TEST(StandInState, OutlivesAKilledProcess) {
               (std::vector<std::string>{"driver RYXLIB from C:\\Windows\\Temp\\\\Helper.sys",
                                         "file C:\\Windows\\Temp\\\\Helper.sys", "registry key Software\\A key %",
                                         "registry value Software\\A key %\\ = 2", "service RYXLIB"}));
-    EXPECT_NE(DeviceOpen(), INVALID_HANDLE_VALUE);
+    // The driver goes on; of the buffer that the killed process held nothing is left.
+    const HANDLE device = DeviceOpen();
+    Bytes address(4);
+    Bytes none;
+    EXPECT_TRUE(Request(device, GetBuffer, LittleEndian(4096), &address));
+    EXPECT_TRUE(Request(device, ReleaseBuffer, LittleEndian(4096), &none));
+    EXPECT_FALSE(Request(device, ReleaseBuffer, LittleEndian(4096), &none));
+    EXPECT_TRUE(CloseHandle(device));
 
     // A state that can't be read is an error, and isn't written over.
     folder.Write("state/state", std::string("something else\n"));

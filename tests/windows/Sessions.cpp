@@ -81,10 +81,11 @@ struct Session {
     }
 };
 
-// A number in the registry as text; "none" without the value, "no key" without its key.
+// A number in the registry as text; "none" without the value, "no key" without its key. The tools write the view of
+// 64-bit programs where there is one; where there is none, asking for it changes nothing.
 std::string Number(const char* path, const char* value) {
     HKEY key = nullptr;
-    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, &key) != ERROR_SUCCESS) {
+    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, path, 0, KEY_READ | KEY_WOW64_64KEY, &key) != ERROR_SUCCESS) {
         return "no key";
     }
     DWORD number = 0;

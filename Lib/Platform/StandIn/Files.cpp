@@ -3,6 +3,7 @@
 
 #include "Lib/Platform/StandIn/Faults.h"
 #include "Lib/Platform/StandIn/Handles.h"
+#include "Lib/Platform/StandIn/Kernel.h"
 #include "Lib/Platform/StandIn/State.h"
 
 #include <shlwapi.h>
@@ -74,10 +75,9 @@ HANDLE DeviceOpen(std::string_view asked, DWORD access) {
             return NoFile(ERROR_FILE_NOT_FOUND);
         }
     }
-    if (!MachineGet().Administrator) {
-        return NoFile(ERROR_ACCESS_DENIED);
-    }
-    return HandleOpen({HandleKind::Device, std::string(asked), access});
+    Handle handle{HandleKind::Device, std::string(asked), access};
+    const std::uint32_t error = KernelFileOpen(std::string(name), access, MachineGet().Administrator, &handle.Opened);
+    return error == 0 ? HandleOpen(std::move(handle)) : NoFile(error);
 }
 
 // Opens a file of this computer; it is only ever read.

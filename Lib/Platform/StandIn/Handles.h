@@ -18,6 +18,7 @@ struct Handle {
     bool Impersonation = false; // a token that impersonates
     std::uint64_t Position = 0; // of a file
     int Descriptor = -1;        // of a file of this computer
+    void* Opened = nullptr;     // of a device: the kernel's file
 };
 
 // Opens a handle. A value is never given twice, so that a stale one is found out.

@@ -26,6 +26,12 @@ struct MemoryRegion {
     Bytes Data;
 };
 
+// A stretch of physical memory without its bytes.
+struct MemoryRange {
+    std::uint64_t Address;
+    std::uint64_t Length;
+};
+
 enum class Wow64 { No, Yes, Unknown };            // Unknown: the operation IsWow64Process does not exist
 enum class ConsoleKind { None, Fixed, Terminal }; // Fixed: a console of the size below, keys answered at once
 enum class FirmwareKind { None, Variables, Smi }; // how the maker's firmware answers requests, if at all
@@ -62,6 +68,7 @@ struct Machine {
     std::string Program;     // path of the program's own file; empty: the file of this process
     std::string StateFolder; // registry, services, drivers, files and mutexes shared there; empty:
                              // kept in the process
+    std::optional<std::vector<MemoryRange>> WindowsMemory{std::in_place}; // that Windows manages; none: it doesn't tell
     FirmwareKind Firmware = FirmwareKind::None;
     std::map<std::string, FirmwareVariable> Variables; // by "NAME {guid}"; beside those that the firmware model has
     bool VariablePrivilege = true;                     // false: SeSystemEnvironmentPrivilege can't be enabled

@@ -2,6 +2,7 @@
 #include "Lib/Platform/StandIn/Faults.h"
 #include "Lib/Platform/StandIn/FirmwareModel.h"
 #include "Lib/Platform/StandIn/Handles.h"
+#include "Lib/Platform/StandIn/Kernel.h"
 #include "Lib/Platform/StandIn/Machine.h"
 #include "Lib/Platform/StandIn/Mutexes.h"
 #include "Lib/Platform/StandIn/State.h"
@@ -58,18 +59,13 @@ void SharedLeftovers(const SharedState& state, std::vector<std::string>* lines) 
     for (const auto& [key, file] : state.Files) {
         lines->push_back("file " + file.Path);
     }
-    if (state.BufferUsers != 0) {
-        lines->push_back("communication buffer with " + std::to_string(state.BufferUsers) + " users");
-    }
-    if (state.BuffersLost != 0) {
-        lines->push_back("communication buffer lost with its driver");
-    }
 }
 
 } // namespace
 
 void MachineSet(Machine machine) {
     HandlesForget();
+    KernelForget();
     MutexesForget();
     OwnStateForget();
     FirmwareForget();
@@ -96,6 +92,9 @@ std::vector<std::string> Leftovers() {
     }
     for (const auto& [value, handle] : HandlesOpen()) {
         lines.push_back(HandleLine(handle));
+    }
+    for (const std::string& line : KernelLeftovers()) {
+        lines.push_back(line);
     }
     for (const std::string& name : MutexesHeld()) {
         lines.push_back("mutex held " + name);

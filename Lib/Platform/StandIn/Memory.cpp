@@ -1,8 +1,7 @@
-// The machine's physical memory: its regions, and the driver's communication buffer above them.
+// The machine's physical memory: its regions, and what the driver has allocated above them.
 #include "Lib/Platform/StandIn/Memory.h"
 
 #include "Lib/Platform/StandIn/Machine.h"
-#include "Lib/Platform/StandIn/State.h"
 
 #include <algorithm>
 #include <cstring>
@@ -30,9 +29,9 @@ Overlap OverlapOf(std::uint64_t address, std::uint64_t length, std::uint64_t reg
 } // namespace
 
 void MemoryRead(std::uint64_t address, std::size_t length, std::uint8_t* buffer) {
-    const ProcessState& process = Process();
+    const AllocatedMemory& allocated = MemoryAllocated();
     const auto& regions = MachineGet().Memory;
-    const Overlap own = OverlapOf(address, length, process.CommunicationAddress, process.CommunicationBuffer.size());
+    const Overlap own = OverlapOf(address, length, allocated.Address, allocated.Data.size());
     // Mostly one region holds the whole range, and nothing that comes later touches it.
     std::size_t first = 0;
     bool whole = false;
@@ -54,7 +53,7 @@ void MemoryRead(std::uint64_t address, std::size_t length, std::uint8_t* buffer)
         }
     }
     if (own.Length != 0) {
-        std::memcpy(buffer + own.InRange, process.CommunicationBuffer.data() + own.InRegion, own.Length);
+        std::memcpy(buffer + own.InRange, allocated.Data.data() + own.InRegion, own.Length);
     }
 }
 
@@ -66,20 +65,25 @@ void MemoryWrite(std::uint64_t address, std::size_t length, const std::uint8_t* 
             std::memcpy(region.Data.data() + overlap.InRegion, data + overlap.InRange, overlap.Length);
         }
     }
-    ProcessState& process = Process();
-    const Overlap own = OverlapOf(address, length, process.CommunicationAddress, process.CommunicationBuffer.size());
+    AllocatedMemory& allocated = MemoryAllocated();
+    const Overlap own = OverlapOf(address, length, allocated.Address, allocated.Data.size());
     if (own.Length != 0) {
-        std::memcpy(process.CommunicationBuffer.data() + own.InRegion, data + own.InRange, own.Length);
+        std::memcpy(allocated.Data.data() + own.InRegion, data + own.InRange, own.Length);
     }
 }
 
 bool MemoryCovered(std::uint64_t address, std::uint64_t length) {
-    const ProcessState& process = Process();
+    const AllocatedMemory& allocated = MemoryAllocated();
     const auto& regions = MachineGet().Memory;
-    return OverlapOf(address, length, process.CommunicationAddress, process.CommunicationBuffer.size()).Length != 0 ||
+    return OverlapOf(address, length, allocated.Address, allocated.Data.size()).Length != 0 ||
            std::any_of(regions.begin(), regions.end(), [&](const MemoryRegion& region) {
                return OverlapOf(address, length, region.Address, region.Data.size()).Length != 0;
            });
+}
+
+AllocatedMemory& MemoryAllocated() {
+    static AllocatedMemory memory;
+    return memory;
 }
 
 } // namespace StandIn

@@ -1,6 +1,8 @@
 // The machine's physical memory.
 #pragma once
 
+#include "Lib/Platform/StandIn/Machine.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -14,5 +16,12 @@ void MemoryWrite(std::uint64_t address, std::size_t length, const std::uint8_t* 
 
 // Whether anything covers a part of the range.
 bool MemoryCovered(std::uint64_t address, std::uint64_t length);
+
+// Memory that the driver has allocated: it stands above everything else.
+struct AllocatedMemory {
+    std::uint32_t Address = 0;
+    Bytes Data; // empty while there is none
+};
+AllocatedMemory& MemoryAllocated();
 
 } // namespace StandIn

@@ -1,6 +1,7 @@
 // The process and the system's version: handles, processors, priority, power.
 #include "Lib/Platform/StandIn/Faults.h"
 #include "Lib/Platform/StandIn/Handles.h"
+#include "Lib/Platform/StandIn/Kernel.h"
 #include "Lib/Platform/StandIn/Mutexes.h"
 #include "Lib/Platform/StandIn/State.h"
 
@@ -39,6 +40,9 @@ BOOL WINAPI CloseHandle(HANDLE hObject) {
     }
     if (handle->Kind == HandleKind::Mutex) {
         MutexHandleClosed(handle->Name);
+    }
+    if (handle->Kind == HandleKind::Device) {
+        KernelFileClose(handle->Opened);
     }
     HandleForget(hObject);
     return !fails;

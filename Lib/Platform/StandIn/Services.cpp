@@ -4,6 +4,7 @@
 #include "Lib/Platform/StandIn/Faults.h"
 #include "Lib/Platform/StandIn/Files.h"
 #include "Lib/Platform/StandIn/Handles.h"
+#include "Lib/Platform/StandIn/Kernel.h"
 #include "Lib/Platform/StandIn/State.h"
 
 #include <windows.h>
@@ -22,15 +23,6 @@ Bytes ImageMake(std::string_view heading, std::size_t size, std::uint8_t step) {
         image.push_back(filler = static_cast<std::uint8_t>(filler * 5 + step));
     }
     return image;
-}
-
-void DriverStop(SharedState* state, Service* service) {
-    service->Running = false;
-    // The buffer's memory is lost when the driver goes before its users gave it back.
-    state->BuffersLost += state->BufferUsers != 0 ? 1 : 0;
-    state->BufferUsers = 0;
-    Process().CommunicationBuffer.clear();
-    Process().RootTable = 0;
 }
 
 // Removes a service that was marked for deletion, once nothing uses it. Handles of other processes don't count: they
@@ -196,11 +188,19 @@ BOOL WINAPI StartServiceA(SC_HANDLE hService, DWORD, LPCSTR*) {
     if (access.Found == nullptr) {
         return FALSE;
     }
-    if (const std::uint32_t error = StartError(*access.State, *access.Found); error != 0) {
+    std::uint32_t error = StartError(*access.State, *access.Found);
+    if (error == 0) {
+        error = KernelDriverStart();
+    }
+    if (error != 0) {
         return FailFalse(error);
     }
     access.Found->Running = true;
-    return access.Commit();
+    const BOOL kept = access.Commit();
+    if (!kept) {
+        KernelDriverStop();
+    }
+    return kept;
 }
 
 BOOL WINAPI ControlService(SC_HANDLE hService, DWORD dwControl, LPSERVICE_STATUS) {
@@ -214,8 +214,12 @@ BOOL WINAPI ControlService(SC_HANDLE hService, DWORD dwControl, LPSERVICE_STATUS
     if (!access.Found->Running) {
         return FailFalse(ERROR_SERVICE_NOT_ACTIVE);
     }
-    DriverStop(&*access.State, access.Found);
-    return access.Commit();
+    access.Found->Running = false;
+    const BOOL kept = access.Commit();
+    if (kept) {
+        KernelDriverStop();
+    }
+    return kept;
 }
 
 BOOL WINAPI DeleteService(SC_HANDLE hService) {

@@ -112,7 +112,6 @@ std::string StateText(const SharedState& state) {
         text << "file " << Escaped(fileKey) << ' ' << Escaped(file.Path) << ' ' << file.Attributes << ' '
              << Hex(file.Data) << '\n';
     }
-    text << "buffer " << state.BufferUsers << ' ' << state.BuffersLost << '\n';
     return text.str();
 }
 
@@ -154,12 +153,9 @@ bool StateLineRead(const std::string& line, SharedState* state) {
             return false;
         }
         state->Files[key] = file;
-    } else if (kind == "buffer") {
-        std::istringstream numbers(line.substr(kind.size()));
-        numbers >> state->BufferUsers >> state->BuffersLost;
-        return static_cast<bool>(numbers);
     } else {
-        return false;
+        // Other releases also write how many use the driver's buffer, which each process knows for itself.
+        return kind == "buffer";
     }
     return true;
 }

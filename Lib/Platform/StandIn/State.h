@@ -43,8 +43,6 @@ struct SharedState {
     std::map<std::string, StoredKey> Keys; // by their path under HKEY_LOCAL_MACHINE
     std::map<std::string, Service> Services;
     std::map<std::string, StoredFile> Files; // by FileKey
-    std::uint32_t BufferUsers = 0;           // of the driver's communication buffer
-    std::uint32_t BuffersLost = 0;           // buffers whose driver was stopped while they were in use
 };
 
 // Whether a started driver's device stands behind that name (without its prefix).
@@ -94,9 +92,6 @@ struct ProcessState {
     std::uint32_t ExecutionState = 0x80000000;
     bool VariablesAllowed = false; // the privilege for firmware variables is enabled
     std::uint32_t SecurityIds = 0; // allocated and not freed
-    Bytes CommunicationBuffer;     // the driver's, once this process asked for it
-    std::uint32_t CommunicationAddress = 0;
-    std::uint32_t RootTable = 0; // the ACPI root table that the driver found
 };
 
 ProcessState& Process();

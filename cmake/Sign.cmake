@@ -1,0 +1,15 @@
+# Signatures under the driver images and the Windows program; packaging/sign says what the names mean. Without a
+# certificate nothing is signed.
+set(names RYX_SIGN_CERTIFICATE RYX_SIGN_KEY RYX_SIGN_PASSWORD_FILE RYX_SIGN_CHAIN)
+set(RYX_SIGN_TIMESTAMP "" CACHE STRING "Address of a time stamp server for signatures")
+set(sign ${CMAKE_COMMAND} -E env RYX_SIGN_TIMESTAMP=${RYX_SIGN_TIMESTAMP})
+foreach(name ${names})
+  set(${name} "" CACHE FILEPATH "For signing, see packaging/sign")
+  list(APPEND sign ${name}=${${name}})
+endforeach()
+list(APPEND sign bash ${PROJECT_SOURCE_DIR}/packaging/sign)
+if(RYX_SIGN_CERTIFICATE)
+  set(signed TRUE)
+else()
+  set(signed FALSE)
+endif()

@@ -1,0 +1,27 @@
+// What the driver calls of the kernel.
+#pragma once
+
+#ifdef __MINGW32__
+// Two of the compiler's own operations stand in the kernel's header once more, where C++ doesn't take them.
+#include <intrin.h>
+#define InterlockedBitTestAndSet KernelInterlockedBitTestAndSet
+#define InterlockedBitTestAndReset KernelInterlockedBitTestAndReset
+#endif
+#include <ntddk.h>
+
+// The kernel exports these to every driver; its headers declare them for file systems only.
+extern "C" NTSYSAPI NTSTATUS NTAPI ObOpenObjectByPointer(PVOID Object, ULONG HandleAttributes,
+                                                         PACCESS_STATE PassedAccessState, ACCESS_MASK DesiredAccess,
+                                                         POBJECT_TYPE ObjectType, KPROCESSOR_MODE AccessMode,
+                                                         PHANDLE Handle);
+extern "C" NTSYSAPI NTSTATUS NTAPI ZwSetSecurityObject(HANDLE Handle, SECURITY_INFORMATION SecurityInformation,
+                                                       PSECURITY_DESCRIPTOR SecurityDescriptor);
+
+namespace RyxDriver {
+
+// A literal as the kernel takes names.
+template <USHORT Size> constexpr UNICODE_STRING NameOf(const WCHAR (&text)[Size]) {
+    return {(Size - 1) * sizeof(WCHAR), Size * sizeof(WCHAR), const_cast<WCHAR*>(text)};
+}
+
+} // namespace RyxDriver

@@ -1,0 +1,184 @@
+// Fuzz target: the helper driver under whatever programs do with its device, on a machine with memory of which Windows
+// manages some. What the driver says is compared with a model of what it may do.
+// Input: whether Windows tells what it manages, and how much; a piece of memory; then operations, one after another.
+#include "Lib/Platform/StandIn/Kernel.h"
+#include "Lib/Platform/StandIn/Memory.h"
+#include "fuzz/Harness.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <iterator>
+#include <memory>
+
+namespace {
+
+constexpr std::uint64_t AddressEnd = 1ULL << 32U;
+constexpr std::uint32_t LargestTransfer = 16U << 20U;
+constexpr std::uint32_t ReadMemory = 0x222182;
+constexpr std::uint32_t WriteMemory = 0x222186;
+constexpr std::uint32_t GetBuffer = 0x22218A;
+constexpr std::uint32_t ReleaseBuffer = 0x22218E;
+constexpr std::uint32_t LocateRsdt = 0x2221AA;
+constexpr std::uint32_t LocateRsdtNear = 0x2221C2;
+constexpr std::uint32_t Codes[] = {ReadMemory, WriteMemory, GetBuffer, ReleaseBuffer,
+                                   0x22219E,   LocateRsdt,  0x2221B0,  LocateRsdtNear};
+
+// Places where something begins or ends.
+constexpr std::uint32_t Places[] = {0,        0x1000,   0x9F000,  0xA0000,    0xE0000,    0xF0000,
+                                    0x100000, 0x110000, 0x3F0000, 0x3F000000, 0xFFFF0000, 0xFFFFFFF0};
+
+std::uint32_t Address(InputReader* input) {
+    const std::uint32_t place = Places[input->Byte() % std::size(Places)];
+    return place + static_cast<std::uint32_t>(static_cast<std::int16_t>(input->Word()));
+}
+
+struct File {
+    void* Opened = nullptr;
+    std::uint32_t Held = 0; // users of the buffer that it stands for
+};
+
+struct Model {
+    int Searches = 0; // so far, and the large transfers: what takes long is done a few times only
+    int LargeTransfers = 0;
+    std::vector<StandIn::MemoryRange> Managed; // as the driver has to see it
+    std::array<File, 4> Files;
+
+    bool Open() const {
+        return std::any_of(Files.begin(), Files.end(), [](const File& one) { return one.Opened != nullptr; });
+    }
+    std::uint64_t Users() const {
+        std::uint64_t users = 0;
+        for (const File& one : Files) {
+            users += one.Held;
+        }
+        return users;
+    }
+    bool MayTouch(std::uint32_t address, std::uint64_t length) const {
+        const StandIn::AllocatedMemory& own = StandIn::MemoryAllocated();
+        if (address >= own.Address && address + length <= own.Address + std::uint64_t{own.Data.size()}) {
+            return true;
+        }
+        return address + length <= AddressEnd &&
+               std::none_of(Managed.begin(), Managed.end(), [&](const StandIn::MemoryRange& one) {
+                   return address < one.Address + one.Length && one.Address < address + length;
+               });
+    }
+};
+
+void Control(InputReader* input, Model* model) {
+    File& file = model->Files[input->Byte() % model->Files.size()];
+    const std::uint8_t choice = input->Byte();
+    std::uint32_t code = Codes[choice % std::size(Codes)];
+    if (choice >= 0xC0) {
+        code = 0x222000U + input->Word();
+    }
+    StandIn::Bytes given;
+    if (const std::uint8_t kind = input->Byte(); kind < 0x80) {
+        const std::uint32_t address = Address(input);
+        given.resize(sizeof address);
+        std::memcpy(given.data(), &address, sizeof address);
+    } else {
+        given = input->Take(kind % 9);
+    }
+    std::uint32_t length = input->Byte();
+    if (length >= 0x40) {
+        length = length == 0xFF && model->LargeTransfers++ < 1 ? LargestTransfer + input->Byte() % 2
+                                                               : input->Word() % 0x2001;
+    }
+    const bool search = code == LocateRsdt || code == LocateRsdtNear;
+    if (file.Opened == nullptr || (search && ++model->Searches > 2)) {
+        return;
+    }
+    const std::unique_ptr<std::uint8_t[]> output(new std::uint8_t[length]);
+    std::fill_n(output.get(), length, 0xEE);
+    std::uint32_t first = 0;
+    std::copy_n(given.begin(), std::min(given.size(), sizeof first), reinterpret_cast<std::uint8_t*>(&first));
+    const bool memory = code == ReadMemory || code == WriteMemory;
+    const bool allowed =
+        memory && given.size() == 4 && length != 0 && length <= LargestTransfer && model->MayTouch(first, length);
+    std::uint32_t returned = 0;
+    const bool served =
+        StandIn::KernelControl(file.Opened, code, given.data(), static_cast<std::uint32_t>(given.size()), output.get(),
+                               length, &returned) == 0;
+    if (served && std::find(std::begin(Codes), std::end(Codes), code) == std::end(Codes)) {
+        Fault("a code that the driver doesn't have was served");
+    }
+    if (memory && served != allowed) {
+        Fault(served ? "memory was touched that may not be" : "memory was refused that may be touched");
+    }
+    if (served && code == GetBuffer) {
+        ++file.Held;
+    } else if (code == ReleaseBuffer && served) {
+        if (file.Held == 0) {
+            Fault("a buffer was released that was not held");
+        }
+        --file.Held;
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    InputReader input(data, size);
+    const std::uint8_t kind = input.Byte();
+    StandIn::Machine machine;
+    const std::uint32_t place = Address(&input);
+    machine.Memory = {{place, input.Take(input.Byte())}};
+    if (machine.Memory[0].Address + machine.Memory[0].Data.size() > AddressEnd) {
+        machine.Memory.clear();
+    }
+    Model model;
+    if (kind % 4 == 0) {
+        machine.WindowsMemory.reset();
+        model.Managed = {{0, 0xA0000}, {0x100000, AddressEnd - 0x100000}};
+    } else {
+        for (int count = kind / 4 % 4; count != 0; --count) {
+            model.Managed.push_back({Address(&input), input.Word() * 16ULL});
+        }
+        // Mostly what is left is little, so that a search through it takes no time.
+        if (kind < 0xF0) {
+            model.Managed.push_back({0x140000, 0xFFE00000 - 0x140000});
+        }
+        machine.WindowsMemory = model.Managed;
+        const auto end = std::find_if(machine.WindowsMemory->begin(), machine.WindowsMemory->end(),
+                                      [](const auto& one) { return one.Address == 0 && one.Length == 0; });
+        model.Managed.assign(machine.WindowsMemory->begin(), end); // an empty range at 0 ends the system's account
+    }
+    StartOver(machine);
+    if (StandIn::KernelDriverStart() != 0) {
+        Fault("the driver does not start");
+    }
+    bool running = true;
+    for (int step = 0; step < 64 && !input.Empty(); ++step) {
+        const std::uint8_t operation = input.Byte();
+        File& file = model.Files[operation / 8 % model.Files.size()];
+        if (operation % 8 == 0 && running && file.Opened == nullptr) {
+            const std::uint32_t access = (input.Byte() & 0xC0U) << 24U;
+            const bool administrator = input.Byte() % 4 != 0;
+            const bool opened = StandIn::KernelFileOpen("RYXLIB", access, administrator, &file.Opened) == 0;
+            if (opened != (administrator && access == 0xC0000000)) {
+                Fault("the wrong users may open the device");
+            }
+        } else if (operation % 8 == 1) {
+            StandIn::KernelFileClose(file.Opened);
+            file = File{};
+        } else if (operation % 8 == 2 && running) {
+            StandIn::KernelDriverStop();
+            running = false;
+        } else if (operation % 8 == 3 && !running && !model.Open()) {
+            running = StandIn::KernelDriverStart() == 0;
+        } else {
+            Control(&input, &model);
+        }
+        if (StandIn::MemoryAllocated().Data.empty() != (model.Users() == 0)) {
+            Fault("the communication buffer doesn't go with its users");
+        }
+    }
+    StandIn::KernelFilesClose();
+    StandIn::KernelDriverStop();
+    if (!StandIn::KernelLeftovers().empty()) {
+        Fault("the driver left " + StandIn::KernelLeftovers().front());
+    }
+    return 0;
+}

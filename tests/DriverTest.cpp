@@ -1,0 +1,490 @@
+// Tests of the helper driver: requests as the kernel sends them, and what the driver leaves when it goes.
+#include "Lib/Platform/StandIn/Faults.h"
+#include "Lib/Platform/StandIn/Kernel.h"
+#include "Lib/Platform/StandIn/Machine.h"
+#include "Lib/Platform/StandIn/Memory.h"
+#include "tests/Support.h"
+
+#include <algorithm>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <list>
+#include <ntddk.h>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+using StandIn::Bytes;
+using StandIn::Machine;
+using Ranges = std::vector<StandIn::MemoryRange>;
+
+namespace {
+
+constexpr ULONG ReadMemory = 0x222182;
+constexpr ULONG WriteMemory = 0x222186;
+constexpr ULONG GetBuffer = 0x22218A;
+constexpr ULONG ReleaseBuffer = 0x22218E;
+constexpr ULONG WritePort = 0x22219E;
+constexpr ULONG LocateRsdt = 0x2221AA;
+constexpr ULONG GetVersion = 0x2221B0;
+constexpr ULONG LocateRsdtNear = 0x2221C2;
+constexpr ULONG Served[] = {ReadMemory, WriteMemory, GetBuffer,  ReleaseBuffer,
+                            WritePort,  LocateRsdt,  GetVersion, LocateRsdtNear};
+
+constexpr std::size_t LargestTransfer = 16U << 20U;
+constexpr std::uint64_t FourGiB = 1ULL << 32U;
+
+Bytes LittleEndian(std::uint32_t value) {
+    return {static_cast<std::uint8_t>(value), static_cast<std::uint8_t>(value >> 8U),
+            static_cast<std::uint8_t>(value >> 16U), static_cast<std::uint8_t>(value >> 24U)};
+}
+
+std::uint32_t Number(const Bytes& bytes) {
+    std::uint32_t number = 0;
+    std::memcpy(&number, bytes.data(), std::min(bytes.size(), sizeof number));
+    return number;
+}
+
+// A machine on which Windows manages these ranges, or doesn't say.
+Machine Managed(std::optional<Ranges> ranges) {
+    Machine machine;
+    machine.WindowsMemory = std::move(ranges);
+    return machine;
+}
+
+// The loaded driver on a machine.
+class Loaded {
+public:
+    explicit Loaded(Machine machine) {
+        StandIn::MachineSet(std::move(machine));
+        EXPECT_EQ(DriverEntry(&Driver, nullptr), STATUS_SUCCESS);
+    }
+    ~Loaded() { Unload(); }
+    Loaded(const Loaded&) = delete;
+    Loaded& operator=(const Loaded&) = delete;
+
+    // Unloads it, whatever is open; it must then have left nothing.
+    void Unload() {
+        if (Driver.DriverUnload != nullptr) {
+            Driver.DriverUnload(&Driver);
+            Driver.DriverUnload = nullptr;
+            EXPECT_EQ(StandIn::KernelLeftovers(), std::vector<std::string>());
+        }
+    }
+
+    NTSTATUS Send(IRP* irp, IO_STACK_LOCATION* stack) {
+        irp->CurrentStackLocation = stack;
+        const NTSTATUS status = Driver.MajorFunction[stack->MajorFunction](Driver.DeviceObject, irp);
+        EXPECT_EQ(irp->Completions, 1U);
+        EXPECT_EQ(irp->IoStatus.Status, status);
+        return status;
+    }
+
+    NTSTATUS SendPlain(UCHAR function, FILE_OBJECT* file, IO_SECURITY_CONTEXT* security = nullptr) {
+        IRP irp{};
+        IO_STACK_LOCATION stack{};
+        stack.MajorFunction = function;
+        stack.FileObject = file;
+        stack.Parameters.Create.SecurityContext = security;
+        return Send(&irp, &stack);
+    }
+
+    FILE_OBJECT* Open() {
+        IO_SECURITY_CONTEXT security{FILE_READ_DATA | FILE_WRITE_DATA};
+        Files.push_back({Driver.DeviceObject, nullptr});
+        EXPECT_EQ(SendPlain(IRP_MJ_CREATE, &Files.back(), &security), STATUS_SUCCESS);
+        return &Files.back();
+    }
+
+    void Close(FILE_OBJECT* file) { EXPECT_EQ(SendPlain(IRP_MJ_CLOSE, file), STATUS_SUCCESS); }
+
+    // Sends a control request. `output` is as long as the request's, and gets what comes.
+    NTSTATUS Control(FILE_OBJECT* file, ULONG code, Bytes input, Bytes* output) {
+        IRP irp{};
+        MDL pages{};
+        IO_STACK_LOCATION stack{};
+        stack.MajorFunction = IRP_MJ_DEVICE_CONTROL;
+        stack.FileObject = file;
+        stack.Parameters.DeviceIoControl = {static_cast<ULONG>(output->size()), static_cast<ULONG>(input.size()), code};
+        pages.StartVa = output->data();
+        pages.ByteCount = static_cast<ULONG>(output->size());
+        const bool buffered = (code & 3U) == METHOD_BUFFERED;
+        if (buffered && output->size() > input.size()) {
+            input.resize(output->size());
+        }
+        irp.AssociatedIrp.SystemBuffer = input.empty() ? nullptr : input.data();
+        irp.MdlAddress = buffered || output->empty() ? nullptr : &pages;
+        const NTSTATUS status = Send(&irp, &stack);
+        EXPECT_LE(irp.IoStatus.Information, output->size());
+        EXPECT_TRUE(NT_SUCCESS(status) || irp.IoStatus.Information == 0);
+        if (buffered) {
+            std::copy_n(input.begin(), irp.IoStatus.Information, output->begin());
+        }
+        return status;
+    }
+
+    NTSTATUS Read(FILE_OBJECT* file, std::uint32_t address, std::size_t length) {
+        Bytes output(length);
+        return Control(file, ReadMemory, LittleEndian(address), &output);
+    }
+
+    NTSTATUS Write(FILE_OBJECT* file, std::uint32_t address, Bytes data) {
+        return Control(file, WriteMemory, LittleEndian(address), &data);
+    }
+
+    // The buffer's address; 0 when there is none to be had.
+    std::uint32_t BufferGet(FILE_OBJECT* file, std::uint32_t size = 4096) {
+        Bytes address(4, 0xEE);
+        const NTSTATUS status = Control(file, GetBuffer, LittleEndian(size), &address);
+        EXPECT_EQ(status, Number(address) != 0 ? STATUS_SUCCESS : STATUS_INSUFFICIENT_RESOURCES);
+        return Number(address);
+    }
+
+    NTSTATUS BufferRelease(FILE_OBJECT* file) {
+        Bytes none;
+        return Control(file, ReleaseBuffer, LittleEndian(4096), &none);
+    }
+
+    DRIVER_OBJECT Driver{};
+
+private:
+    std::list<FILE_OBJECT> Files;
+};
+
+bool BufferExists() {
+    return !StandIn::MemoryAllocated().Data.empty();
+}
+
+void Put(Machine* machine, std::uint64_t address, std::string_view text) {
+    machine->Memory.push_back({address, Bytes(text.begin(), text.end())});
+}
+
+} // namespace
+
+TEST(Driver, ServesItsCodesAndNoOther) {
+    Loaded driver(Managed(Ranges()));
+    FILE_OBJECT* const file = driver.Open();
+    const std::set<ULONG> served(std::begin(Served), std::end(Served));
+    for (const ULONG base : {0x222000U, 0x220000U, 0x22E000U, 0x70000U, 0xFFFFF000U, 0U}) {
+        for (ULONG code = base; code - base < 0x1000; ++code) {
+            if (served.count(code) == 0) {
+                Bytes output(8, 0xEE);
+                ASSERT_EQ(driver.Control(file, code, Bytes(8), &output), STATUS_INVALID_DEVICE_REQUEST) << code;
+                ASSERT_EQ(output, Bytes(8, 0xEE));
+            }
+        }
+    }
+    const std::set<int> functions = {IRP_MJ_CREATE, IRP_MJ_CLOSE, IRP_MJ_DEVICE_CONTROL};
+    for (int function = 0; function <= IRP_MJ_MAXIMUM_FUNCTION; ++function) {
+        EXPECT_EQ(driver.Driver.MajorFunction[function] != nullptr, functions.count(function) != 0) << function;
+    }
+    Bytes version(2);
+    EXPECT_EQ(driver.Control(file, GetVersion, {}, &version), STATUS_SUCCESS);
+    EXPECT_EQ(version, (Bytes{1, 1}));
+}
+
+TEST(Driver, LengthsAreCheckedForEachCode) {
+    struct Lengths {
+        ULONG Code;
+        std::size_t Input;
+        std::size_t Least;
+        std::size_t Most;
+    };
+    const Lengths all[] = {{ReadMemory, 4, 1, LargestTransfer},
+                           {WriteMemory, 4, 1, LargestTransfer},
+                           {GetBuffer, 4, 4, 4},
+                           {ReleaseBuffer, 4, 0, 0},
+                           {WritePort, 6, 0, 0},
+                           {LocateRsdt, 0, 4, 4},
+                           {GetVersion, 0, 2, 2},
+                           {LocateRsdtNear, 4, 4, 4}};
+    Loaded driver(Managed(Ranges()));
+    FILE_OBJECT* const file = driver.Open();
+    for (const Lengths& one : all) {
+        const auto send = [&](std::size_t input, std::size_t output) {
+            Bytes data(output, 0xEE);
+            const NTSTATUS status = driver.Control(file, one.Code, Bytes(input), &data);
+            EXPECT_TRUE(NT_SUCCESS(status) || data == Bytes(output, 0xEE) || one.Code == GetBuffer);
+            return status;
+        };
+        SCOPED_TRACE(one.Code);
+        EXPECT_EQ(send(one.Input + 1, one.Least), STATUS_INVALID_PARAMETER);
+        EXPECT_EQ(send(one.Input, one.Most + 1), STATUS_INVALID_PARAMETER);
+        if (one.Input != 0) {
+            EXPECT_EQ(send(one.Input - 1, one.Least), STATUS_INVALID_PARAMETER);
+            EXPECT_EQ(send(0, one.Least), STATUS_INVALID_PARAMETER);
+        }
+        if (one.Least != 0) {
+            EXPECT_EQ(send(one.Input, one.Least - 1), STATUS_BUFFER_TOO_SMALL);
+        }
+        for (const std::size_t output : {one.Least, one.Most}) {
+            const NTSTATUS status = send(one.Input, output);
+            EXPECT_NE(status, STATUS_BUFFER_TOO_SMALL);
+            // A buffer of size 0 can't be had, and there is none to release.
+            EXPECT_TRUE(status != STATUS_INVALID_PARAMETER || one.Code == ReleaseBuffer);
+        }
+    }
+}
+
+TEST(Driver, MissingBuffersAreAStatus) {
+    Loaded driver(Managed(Ranges()));
+    FILE_OBJECT* const file = driver.Open();
+    Bytes input(6);
+    Bytes output(4);
+    struct Given {
+        ULONG Code;
+        ULONG OutputLength;
+        bool System;
+        std::optional<ULONG> Pages;
+        NTSTATUS Expected;
+    };
+    const Given all[] = {{ReadMemory, 4, true, std::nullopt, STATUS_INVALID_PARAMETER},
+                         {ReadMemory, 4, true, 3, STATUS_INVALID_PARAMETER},
+                         {ReadMemory, 4, false, 4, STATUS_INVALID_PARAMETER},
+                         {ReadMemory, 4, true, 4, STATUS_SUCCESS},
+                         {WriteMemory, 4, true, std::nullopt, STATUS_INVALID_PARAMETER},
+                         {GetVersion, 2, false, std::nullopt, STATUS_INVALID_PARAMETER}};
+    for (const Given& one : all) {
+        for (const bool mappingFails : {false, true}) {
+            IRP irp{};
+            MDL pages{};
+            IO_STACK_LOCATION stack{};
+            stack.MajorFunction = IRP_MJ_DEVICE_CONTROL;
+            stack.FileObject = file;
+            stack.Parameters.DeviceIoControl = {one.OutputLength, one.Code == GetVersion ? 0U : 4U, one.Code};
+            pages.StartVa = output.data();
+            pages.ByteCount = one.Pages.value_or(0);
+            irp.AssociatedIrp.SystemBuffer = one.System ? input.data() : nullptr;
+            irp.MdlAddress = one.Pages ? &pages : nullptr;
+            if (mappingFails) {
+                StandIn::FailCall(StandIn::CallTotal() + 1);
+            }
+            const bool mapped = one.Expected == STATUS_SUCCESS;
+            EXPECT_EQ(driver.Send(&irp, &stack), mapped && mappingFails ? STATUS_INSUFFICIENT_RESOURCES : one.Expected);
+            StandIn::FailCall(0);
+        }
+    }
+}
+
+TEST(Driver, LeavesTheMemoryThatWindowsManagesAlone) {
+    Machine machine = Managed(Ranges{{0x200000, 0x1000}, {0x1000, 0x9E000}, {0x201000, 0x3000}, {0xFFFFF000, 0x9000}});
+    machine.Memory = {{0, Bytes(0x300000, 7)}};
+    Loaded driver(machine);
+    FILE_OBJECT* const file = driver.Open();
+    struct Range {
+        std::uint32_t Address;
+        std::size_t Length;
+        bool Allowed;
+    };
+    const Range ranges[] = {
+        {0, 0x1000, true},          {0xFFF, 2, false},          {0x1000, 1, false},
+        {0x9EFFF, 1, false},        {0x9F000, 1, true},         {0, 0x100000, false},
+        {0x9F000, 0x161000, true},  {0x9F000, 0x161001, false}, {0x1FFFFF, 1, true},
+        {0x200FFF, 2, false},       {0x203FFF, 1, false},       {0x204000, 16, true},
+        {0xFFFFEFFF, 1, true},      {0xFFFFEFFF, 2, false},     {0xFFFFFFFF, 1, false},
+        {0xFFFFFFFF, 2, false},     {0xFFFFFFF0, 0x100, false}, {0x204000, LargestTransfer, true},
+        {0xFF000000, 0x1000, true},
+    };
+    for (const Range& one : ranges) {
+        SCOPED_TRACE(testing::Message() << std::hex << one.Address << ' ' << one.Length);
+        const NTSTATUS expected = one.Allowed ? STATUS_SUCCESS : STATUS_ACCESS_DENIED;
+        EXPECT_EQ(driver.Read(file, one.Address, one.Length), expected);
+        EXPECT_EQ(driver.Write(file, one.Address, Bytes(one.Length, one.Allowed ? 7 : 8)), expected);
+    }
+    EXPECT_EQ(StandIn::MachineGet().Memory[0].Data, Bytes(0x300000, 7)) << "a refused write wrote";
+}
+
+TEST(Driver, WithoutAnAccountOfMemoryOnlyTheFirmwaresIsOpen) {
+    for (const bool known : {false, true}) {
+        Machine machine = Managed(known ? std::optional(Ranges()) : std::nullopt);
+        if (known) { // the system has one, but can't give it
+            machine.Faults = {{*StandIn::OperationFind("MmGetPhysicalMemoryRanges"), 0, 0}};
+        }
+        Loaded driver(machine);
+        FILE_OBJECT* const file = driver.Open();
+        EXPECT_EQ(driver.Read(file, 0xA0000, 0x60000), STATUS_SUCCESS);
+        EXPECT_EQ(driver.Read(file, 0xFFFFF, 1), STATUS_SUCCESS);
+        EXPECT_EQ(driver.Read(file, 0x9FFFF, 1), STATUS_ACCESS_DENIED);
+        EXPECT_EQ(driver.Read(file, 0xFFFFF, 2), STATUS_ACCESS_DENIED);
+        EXPECT_EQ(driver.Write(file, 0x100000, {1}), STATUS_ACCESS_DENIED);
+        EXPECT_EQ(driver.Read(file, 0xFFFFFFFF, 1), STATUS_ACCESS_DENIED);
+        EXPECT_EQ(driver.Read(file, 0, 1), STATUS_ACCESS_DENIED);
+        const std::uint32_t buffer = driver.BufferGet(file);
+        EXPECT_EQ(driver.Read(file, buffer, 4096), STATUS_SUCCESS);
+    }
+}
+
+TEST(Driver, BufferIsSharedCountedAndTheOnlyExceptionToTheRanges) {
+    Loaded driver(Managed(Ranges{{0, FourGiB}}));
+    FILE_OBJECT* const first = driver.Open();
+    FILE_OBJECT* const second = driver.Open();
+    EXPECT_EQ(driver.BufferGet(first, 0), 0U);
+    EXPECT_EQ(driver.BufferGet(first, LargestTransfer + 1), 0U);
+    EXPECT_FALSE(BufferExists());
+
+    const std::uint32_t address = driver.BufferGet(first);
+    EXPECT_GE(address, 0x10000U);
+    EXPECT_EQ(driver.BufferGet(second), address);
+    EXPECT_EQ(driver.BufferGet(second, 4097), 0U) << "the one that is there is smaller";
+    EXPECT_EQ(driver.Write(first, address + 4095, {5}), STATUS_SUCCESS);
+    EXPECT_EQ(driver.Write(first, address + 4095, {5, 5}), STATUS_ACCESS_DENIED);
+    EXPECT_EQ(driver.Read(first, address - 1, 2), STATUS_ACCESS_DENIED);
+    EXPECT_EQ(driver.Read(first, address + 4096, 1), STATUS_ACCESS_DENIED);
+    Bytes data(2);
+    EXPECT_EQ(driver.Control(second, ReadMemory, LittleEndian(address + 4094), &data), STATUS_SUCCESS);
+    EXPECT_EQ(data, (Bytes{0, 5}));
+
+    // Who holds nothing has nothing to give back, even while others hold it.
+    FILE_OBJECT* const third = driver.Open();
+    EXPECT_EQ(driver.BufferRelease(third), STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(driver.BufferRelease(first), STATUS_SUCCESS);
+    EXPECT_EQ(driver.BufferRelease(first), STATUS_INVALID_PARAMETER);
+    EXPECT_TRUE(BufferExists());
+    EXPECT_EQ(driver.BufferRelease(second), STATUS_SUCCESS);
+    EXPECT_FALSE(BufferExists());
+    EXPECT_EQ(driver.Read(first, address, 1), STATUS_ACCESS_DENIED);
+}
+
+TEST(Driver, CloseGivesBackWhatACrashedUserHeld) {
+    Loaded driver(Managed(Ranges()));
+    FILE_OBJECT* const lives = driver.Open();
+    FILE_OBJECT* const crashes = driver.Open();
+    driver.BufferGet(lives);
+    driver.BufferGet(crashes);
+    driver.BufferGet(crashes);
+    driver.Close(crashes);
+    EXPECT_TRUE(BufferExists());
+    driver.Close(driver.Open()); // one that never held it
+    EXPECT_TRUE(BufferExists());
+    EXPECT_EQ(driver.BufferRelease(lives), STATUS_SUCCESS);
+    EXPECT_FALSE(BufferExists());
+
+    // Unloading frees everything, whoever holds it; a close that comes too late changes nothing.
+    FILE_OBJECT* const open = driver.Open();
+    driver.BufferGet(open);
+    driver.Unload();
+    EXPECT_FALSE(BufferExists());
+    driver.Close(open);
+}
+
+TEST(Driver, OpensOnlyForReadingAndWritingByTheRightUsers) {
+    Loaded driver(Managed(Ranges()));
+    const std::pair<ACCESS_MASK, NTSTATUS> asked[] = {
+        {FILE_READ_DATA, STATUS_ACCESS_DENIED},
+        {FILE_WRITE_DATA, STATUS_ACCESS_DENIED},
+        {0, STATUS_ACCESS_DENIED},
+        {0x120080, STATUS_ACCESS_DENIED}, // attributes only
+        {FILE_READ_DATA | FILE_WRITE_DATA, STATUS_SUCCESS},
+    };
+    for (const auto& [access, expected] : asked) {
+        IO_SECURITY_CONTEXT security{access};
+        FILE_OBJECT file{driver.Driver.DeviceObject, nullptr};
+        EXPECT_EQ(driver.SendPlain(IRP_MJ_CREATE, &file, &security), expected) << access;
+    }
+    driver.Unload();
+
+    constexpr std::uint32_t readWrite = 0xC0000000;
+    StandIn::MachineSet({});
+    ASSERT_EQ(StandIn::KernelDriverStart(), 0U);
+    void* file = nullptr;
+    EXPECT_EQ(StandIn::KernelFileOpen("RYXLIB", readWrite, false, &file), 5U); // the access list
+    EXPECT_EQ(StandIn::KernelFileOpen("RYXLIB", 0x80000000, true, &file), 5U); // the driver
+    EXPECT_EQ(StandIn::KernelFileOpen("ryxlib", readWrite, true, &file), 0U);
+    EXPECT_EQ(StandIn::KernelFileOpen("RyxLib2", readWrite, true, &file), 2U);
+}
+
+TEST(Driver, RootTableSearchLooksOnlyWhereItMay) {
+    constexpr std::uint32_t start = 0x200000;
+    constexpr std::uint32_t piece = 0x4000; // that the search looks at at once
+    const std::string table("RSDT\x28\0\0\0", 8);
+    const std::string record = std::string("IFE$") + std::string(16, 0) + std::string("\0\0\x20\0", 4);
+    struct Case {
+        const char* What;
+        Ranges Managed;
+        std::vector<std::uint32_t> Tables;
+        std::uint32_t Found; // 0: none
+    };
+    const Case cases[] = {
+        {"the second of two", {}, {start + 0x1000, start + 0x100000}, start + 0x100000},
+        {"the second of three", {}, {start, start + 0x30, start + 0x100000}, start + 0x30},
+        {"one inside another is none", {}, {start + 8, start + 0x10}, start + 8},
+        {"across the border of two pieces", {}, {start + piece - 2}, start + piece - 2},
+        {"a signature at the end of a piece", {}, {start + 2 * piece - 4}, start + 2 * piece - 4},
+        {"the last header that fits", {}, {start + (32U << 20U) - 36}, start + (32U << 20U) - 36},
+        {"a header too late", {}, {start + (32U << 20U) - 35}, 0},
+        {"in managed memory", {{start + 0x1000, 0x1000}}, {start + 0x1000, start + 0x3000}, start + 0x3000},
+        {"partly in managed memory", {{start + 0x1000, 0x1000}}, {start + 0xFF0}, 0},
+        {"between managed ranges in no order",
+         {{start + 0x3000, 0x2000000}, {start, 0x1000}, {start + 0x1000, 0x800}},
+         {start + 0x17F0, start + 0x1800, start + 0x3000},
+         start + 0x1800},
+        {"none but managed memory", {{start, 0x2000000}}, {start, start + 0x1000}, 0},
+    };
+    for (const Case& one : cases) {
+        SCOPED_TRACE(one.What);
+        Machine machine = Managed(one.Managed);
+        Put(&machine, 0xE0010, record);
+        for (const std::uint32_t place : one.Tables) {
+            Put(&machine, place, table);
+        }
+        Loaded driver(machine);
+        FILE_OBJECT* const file = driver.Open();
+        Bytes found(4, 0xEE);
+        EXPECT_EQ(driver.Control(file, LocateRsdt, {}, &found), one.Found != 0 ? STATUS_SUCCESS : STATUS_NOT_FOUND);
+        EXPECT_EQ(Number(found), one.Found != 0 ? one.Found : 0xEEEEEEEE);
+        if (one.Found != 0) { // it is kept
+            StandIn::MachineGet().Memory.clear();
+            EXPECT_EQ(driver.Control(file, LocateRsdtNear, LittleEndian(0), &found), STATUS_SUCCESS);
+            EXPECT_EQ(Number(found), one.Found);
+        }
+    }
+}
+
+TEST(Driver, RootTableSearchNearAnAddress) {
+    const std::string table("RSDT\xFF\xFF\xFF\xFF", 8); // a length that leads out of the address space
+    const std::pair<std::uint32_t, std::uint32_t> placesFound[] = {
+        {0x1000000, 0x1000000}, {0x17FFFDC, 0x17FFFDC}, {0x17FFFDD, 0},
+        {0x800000, 0x800000},   {0x7FFFFF, 0},          {0xFFFFDC, 0xFFFFDC},
+    };
+    for (const auto& [place, expected] : placesFound) {
+        Machine machine = Managed(Ranges());
+        Put(&machine, place, table);
+        Loaded driver(machine);
+        Bytes found(4);
+        EXPECT_EQ(driver.Control(driver.Open(), LocateRsdtNear, LittleEndian(0x1000000), &found),
+                  expected != 0 ? STATUS_SUCCESS : STATUS_NOT_FOUND);
+        EXPECT_EQ(Number(found), expected);
+    }
+    for (const std::uint32_t edge : {0U, 0xFFFFFFFFU}) {
+        Loaded driver(Managed(Ranges()));
+        Bytes found(4);
+        EXPECT_EQ(driver.Control(driver.Open(), LocateRsdtNear, LittleEndian(edge), &found), STATUS_NOT_FOUND);
+    }
+}
+
+TEST(Driver, EntryThatFailsLeavesNothing) {
+    for (const char* const call :
+         {"IoCreateDevice", "ObOpenObjectByPointer", "ZwSetSecurityObject", "IoCreateSymbolicLink"}) {
+        SCOPED_TRACE(call);
+        Machine machine;
+        machine.Faults = {{*StandIn::OperationFind(call), 0, 0}};
+        StandIn::MachineSet(machine);
+        DRIVER_OBJECT driver{};
+        EXPECT_FALSE(NT_SUCCESS(DriverEntry(&driver, nullptr)));
+        EXPECT_EQ(StandIn::KernelLeftovers(), std::vector<std::string>());
+        EXPECT_EQ(driver.DeviceObject, nullptr);
+    }
+}
+
+// What users see of a machine whose firmware keeps its table where Windows has its own memory.
+TEST(Driver, TableInManagedMemoryIsAnErrorThatTheToolTells) {
+    StandIn::SmbiosBuilder table;
+    table.Begin(1).String("Example");
+    Machine machine = StandIn::MachineWithTable(table, 2, 8);
+    machine.WindowsMemory = Ranges{{0x1000, 0x9E000}, {0xE0000, 0x1000}};
+    const Viewed viewed = View({"/nologo", "/type", "1"}, machine);
+    EXPECT_EQ(viewed.Error, 153U);
+    EXPECT_EQ(viewed.Output, "Failed to read physical memory data(SMBIOS) to buffer. Status = 800000CC\n\n"
+                             "Error: Type 1 is not supported.\n\n\nERROR 153 - Not supported! Status = 3.\n");
+}
