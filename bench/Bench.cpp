@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <limits>
@@ -45,17 +46,39 @@ StandIn::Machine SampleMake(Road road, int) {
     return machine;
 }
 
+// Fills in a memory device just begun.
+void MemoryDeviceAdd(StandIn::SmbiosBuilder& table, int number) {
+    const std::string slot = std::to_string(number);
+    table.Word(0x27).Word(0xFFFE).Word(72).Word(64).Word(0x2000).Byte(9).Byte(0);
+    table.String("CPU1 DIMM " + slot).String("NODE 0 CHANNEL " + slot).Byte(0x18).Word(0x2080).Word(1866);
+    table.String("Example Memory").String("0000" + slot).String("Tag " + slot).String("EM-8G-1866-R");
+    table.Byte(2).Dword(0).Word(1600).Word(1350).Word(1500).Word(1500);
+}
+
 // A server with a processor and memory devices only, each as firmware fills them in.
 StandIn::Machine ServerMake(Road road, int structures) {
     StandIn::SmbiosBuilder table;
     for (int i = 0; i + 1 < structures; ++i) {
-        const std::string slot = std::to_string(i);
-        table.Begin(17).Word(0x27).Word(0xFFFE).Word(72).Word(64).Word(0x2000).Byte(9).Byte(0);
-        table.String("CPU1 DIMM " + slot).String("NODE 0 CHANNEL " + slot).Byte(0x18).Word(0x2080).Word(1866);
-        table.String("Example Memory").String("0000" + slot).String("Tag " + slot).String("EM-8G-1866-R");
-        table.Byte(2).Dword(0).Word(1600).Word(1350).Word(1500).Word(1500);
+        MemoryDeviceAdd(table.Begin(17), i);
     }
     table.Begin(127);
+    return StandIn::MachineWithTable(table, 2, 8, road == Road::Legacy);
+}
+
+// A server of today, all of which is wanted: memory devices, where they are mapped to, and ports, with high handles.
+StandIn::Machine WholeMake(Road road, int structures) {
+    StandIn::SmbiosBuilder table;
+    for (int i = 0; i + 1 < structures; ++i) {
+        const auto handle = static_cast<std::uint16_t>(0x100 + i);
+        if (i % 3 == 0) {
+            MemoryDeviceAdd(table.Begin(17, handle), i);
+        } else if (i % 3 == 1) {
+            table.Begin(20, handle).Dword(0).Dword(0x7FFFFF).Word(0x100).Word(0x101).Byte(0xFF).Byte(1).Byte(1);
+        } else {
+            table.Begin(8, handle).String("J" + std::to_string(i)).Byte(0).String("USB").Byte(0x12).Byte(0x10);
+        }
+    }
+    table.Begin(127, 0xFEFF);
     return StandIn::MachineWithTable(table, 2, 8, road == Road::Legacy);
 }
 
@@ -64,7 +87,8 @@ constexpr std::uint32_t PartNumber = 17 * RyxFieldsPerType + 18;
 const Subject Sample{"sample machine", SampleMake, 0, PartNumber, 3};
 const Subject Servers[] = {{"32 structures", ServerMake, 32, PartNumber, 31},
                            {"64 structures", ServerMake, 64, PartNumber, 63},
-                           {"128 structures", ServerMake, 128, PartNumber, 127}};
+                           {"128 structures", ServerMake, 128, PartNumber, 127},
+                           {"300 structures, whole", WholeMake, 300, PartNumber, 100}};
 
 // Makes the machine the process's, and starts the library on it.
 void Start(const Subject& subject, Road road) {
@@ -74,6 +98,7 @@ void Start(const Subject& subject, Road road) {
     StandIn::Machine machine = subject.Make(road, subject.Structures);
     machine.Console = StandIn::ConsoleKind::None;
     StandIn::MachineSet(std::move(machine));
+    setenv("QUARRINET_WHOLE", subject.Make == WholeMake ? "1" : "0", 1);
     LibraryReset();
     if (RyxLibInit(2, arguments) != RyxOk) {
         std::fprintf(stderr, "bench: the library does not start\n");

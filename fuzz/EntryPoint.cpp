@@ -17,7 +17,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     StandIn::Machine machine;
     if (where == 0) {
         std::string error;
-        if (!StandIn::IsDump(bytes) || !StandIn::DumpInstall(machine, "dump", bytes, &error)) {
+        std::string notice;
+        if (!StandIn::IsDump(bytes) || !StandIn::DumpInstall(machine, "dump", bytes, &error, &notice)) {
             return -1;
         }
     } else if (where == 1) {

@@ -90,6 +90,37 @@ TEST(AcpiRootTable, WaysAreTakenInOrder) {
     machine.RegistryBinary.begin()->second = Marked("DSDT", 1);
     EXPECT_EQ((Begin(machine), FoundMark()), 2U);
     EXPECT_EQ(AcpiXsdtTableGet(nullptr), RyxErrorArgument);
+    // One of a header alone is a table, and one byte less is none.
+    for (const std::uint32_t size : {36U, 35U}) {
+        machine.RegistryBinary.begin()->second = AcpiBuilder("RSDT", size).Table();
+        EXPECT_EQ((Begin(machine), FoundMark()), size == 36 ? 36U - 100 : 2U);
+    }
+}
+
+// The copy is the first binary value of the first key of each level, down to 31 levels; it is cut, but not asked for in
+// parts, and a value of a name that is too long to ask for is passed by.
+TEST(AcpiRootTable, RegistryIsDescended) {
+    const std::string top = "HARDWARE\\ACPI\\RSDT";
+    const auto below = [&top](int levels) {
+        std::string path = top;
+        for (int level = 0; level < levels; ++level) {
+            path += "\\B";
+        }
+        return path;
+    };
+    Machine machine;
+    machine.RegistryBinary = {{below(31) + "\\00000000", Marked("RSDT", 1)}};
+    EXPECT_EQ((Begin(machine), FoundMark()), 1U);
+    machine.RegistryBinary = {{below(32) + "\\00000000", Marked("RSDT", 1)}};
+    EXPECT_EQ((Begin(machine), FoundMark()), 0U);
+    machine.RegistryBinary = {{top + "\\A\\" + std::string(255, '0'), Marked("RSDT", 1)},
+                              {top + "\\A\\1", Marked("RSDT", 2)},
+                              {top + "\\B\\C\\0", Marked("RSDT", 3)}};
+    EXPECT_EQ((Begin(machine), FoundMark()), 1U);
+    machine.RegistryBinary = {{top + "\\A\\" + std::string(256, '0'), Marked("RSDT", 1)},
+                              {top + "\\A\\1", AcpiBuilder("XSDT", 0x10001).Table()}};
+    EXPECT_EQ((Begin(machine), FoundMark()), 0x10000U - 100);
+    EXPECT_EQ(StandIn::Leftovers().front().find("handle of registry"), std::string::npos);
 }
 
 TEST(AcpiRootTable, SegmentIsSearchedToItsBound) {
@@ -128,14 +159,40 @@ TEST(AcpiRootTable, OwnSearchIsPreferredButNeedsTheDriver) {
     machine.Memory.push_back({DsdtAddress + 0x2000, Marked("RSDT", 5)});
     EXPECT_EQ((Begin(machine), FoundMark()), 5U);
 
+    // A table's length is that of a header at least, and of the work buffer at most; whatever else is passed by.
+    const std::pair<std::uint32_t, bool> lengths[] = {{35, false}, {36, true}, {0x10000, true}, {0x10001, false}};
+    for (const auto& [length, taken] : lengths) {
+        Machine sized = machine;
+        Bytes table = Marked("RSDT", 6);
+        BytesPut(table, 4, length);
+        sized.Memory.push_back({DsdtAddress + 0x1800, table});
+        EXPECT_EQ((Begin(sized), FoundMark()), taken ? length - 100 : 5U) << length;
+    }
+    // Below a low DSDT and above a high one the search ends with the address space.
+    for (const std::uint32_t dsdt : {0x200000U, 0xFFC00000U}) {
+        Machine edge;
+        AddSystemTable(edge);
+        BytesPut(edge.AcpiTables["FACP"], 40, dsdt);
+        edge.Memory.push_back({dsdt == 0x200000 ? 0x1000U : 0xFFFFFFDCU, AcpiBuilder("RSDT", 36).Table()});
+        EXPECT_EQ((Begin(edge), FoundMark()), 36U - 100) << dsdt;
+    }
+
     // Without the record, only systems newer than 6.1 can ask the driver to look near the DSDT.
     machine.Memory.erase(machine.Memory.begin(), machine.Memory.begin() + 2);
     EXPECT_EQ((Begin(machine), FoundMark()), 5U);
     EXPECT_EQ(StandIn::ControlCount(DriverRsdtLocateNear), 1U);
-    machine.WindowsMajor = 6;
-    machine.WindowsMinor = 1;
-    EXPECT_EQ((Begin(machine), FoundMark()), 0U);
-    EXPECT_EQ(StandIn::ControlCount(DriverRsdtLocateNear), 0U);
+    for (const auto& [major, minor] : {std::pair{5U, 9U}, {6U, 1U}, {6U, 2U}, {7U, 0U}}) {
+        machine.WindowsMajor = major;
+        machine.WindowsMinor = minor;
+        const bool newer = major * 10 + minor > 61;
+        EXPECT_EQ((Begin(machine), FoundMark()), newer ? 5U : 0U);
+        EXPECT_EQ(StandIn::ControlCount(DriverRsdtLocateNear), newer ? 1U : 0U);
+    }
+    // A FADT that the system serves has a DSDT's address, and no more than the buffer holds.
+    for (const auto& [size, read] : {std::pair{0x8001U, false}, {0x8000U, true}, {44U, true}, {43U, false}}) {
+        machine.AcpiTables["FACP"].resize(size);
+        EXPECT_EQ((Begin(machine), FoundMark()), read ? 5U : 0U) << size;
+    }
 }
 
 TEST(AcpiRootTable, AddressesAndLengthsAreChecked) {
@@ -165,13 +222,8 @@ TEST(AcpiRootTable, AddressesAndLengthsAreChecked) {
         {"maker's table with a wild pointer",
          [](Machine& m) {
              AddMakerTable(m);
-             BytesPut(m.AcpiTables["BATB"], 62, std::uint64_t{0xFFFFFFFFFFFFFFFF});
-         }},
-        {"FADT too short for a DSDT address",
-         [](Machine& m) {
-             AddSystemTable(m);
-             m.AcpiTables["FACP"].resize(43);
-             m.Memory.clear();
+             BytesPut(m.AcpiTables["BATB"], 62, std::uint64_t{0xFFFFFFDD});
+             m.Memory.push_back({0xFFFFFFDD, AcpiRootPointer(0, 0x200000)});
          }},
     };
     for (const auto& [name, change] : cases) {
@@ -293,6 +345,14 @@ TEST(AcpiData, ResultsAndDefaults) {
     Begin(MachineOf({SpareBuffer(0x77000), MakerBuffer(0x66000)}));
     EXPECT_EQ(AcpiDataCollect(), RyxOk);
     EXPECT_EQ(AcpiStateGet().CommunicationBuffer, 0x66000U);
+    Machine registry = MachineOf({MakerBuffer(0x66000)});
+    registry.RegistryBinary["HARDWARE\\ACPI\\RSDT\\Example\\Board\\00000001"] = registry.Memory[1].Data;
+    registry.Memory.erase(registry.Memory.begin() + 1);
+    Begin(registry);
+    EXPECT_EQ(AcpiDataCollect(), RyxOk) << "the registry's copy names the tables as the one in memory does";
+    BytesPut(registry.RegistryBinary.begin()->second, 4, std::uint32_t{35});
+    Begin(registry);
+    EXPECT_EQ(AcpiDataCollect(), RyxErrorNoCommunication) << "one that states less than its header names none";
     Begin(MachineOf({MakerBuffer(0), SpareBuffer(0x77000)}));
     EXPECT_EQ(AcpiDataCollect(), RyxOk);
     EXPECT_EQ(AcpiStateGet().CommunicationBuffer, 0x77000U);
@@ -331,7 +391,7 @@ TEST(AcpiData, TablesThatClaimTooMuchAreLeftAlone) {
     Bytes cut = Fadt().Table();
     cut.resize(66);
     BytesPut(cut, 4, std::uint32_t{66});
-    for (const std::uint32_t length : {0xFFFFFFFFU, 35U, 400U}) {
+    for (const std::uint32_t length : {0xFFFFFFFFU, 35U, 400U, 0x400000U, 0x400001U}) {
         machine = MachineOf({cut});
         machine.Memory.push_back({0x500000, Dsdt()});
         BytesPut(machine.Memory.back().Data, 4, length);
@@ -339,17 +399,17 @@ TEST(AcpiData, TablesThatClaimTooMuchAreLeftAlone) {
         AcpiDataCollect();
         EXPECT_EQ(AcpiStateGet().SmiPort, 0xB2);
         EXPECT_EQ(AcpiStateGet().Pm1aControl, 0U);
-        EXPECT_EQ(AcpiStateGet().SleepS5, length == 400 ? 9 : 0);
+        EXPECT_EQ(AcpiStateGet().SleepS5, length == 400 || length == 0x400000 ? 9 : 0) << length;
     }
     // Entries into nothing, past the address space, of 0, and twice the same.
     machine = Machine();
-    machine.Memory = {{0x80000, AcpiRootTable<std::uint64_t>({0, 0x9000000, 0xFFFFFFFC, 0x100000100000,
+    machine.Memory = {{0x80000, AcpiRootTable<std::uint64_t>({0, 0x9000000, 0xFFFFFFF8, 0xFFFFFFF9, 0x100000100000,
                                                               0xFFFFFFFFFFFFFFFF, 0x80000, 0x100000, 0x100000})},
                       {0x100000, MakerBuffer(0x66000)},
                       {0xF0000, AcpiRootPointer(0x80000, 0)}};
     Begin(machine);
     EXPECT_EQ(AcpiDataCollect(), RyxOk);
-    EXPECT_EQ(AcpiStateGet().TableCount, 4U);
+    EXPECT_EQ(AcpiStateGet().TableCount, 5U);
 }
 
 TEST(AcpiData, UnreadableTablesAreNotFollowed) {

@@ -78,7 +78,8 @@ TEST(DecodeMappedAddress, PointingDevice) {
                   {5, 0x05, {0x9F}, "Interface : 0x9F - Unrecognized\n"},
                   {5, 0x05, {0xA0}, "Interface : 0xA0 - Bus mouse DB-9\n"},
                   {5, 0x05, {0xA2}, "Interface : 0xA2 - USB\n"},
-                  {5, 0x05, {0xA3}, "Interface : 0xA3 - Unrecognized\n"}});
+                  {5, 0x05, {0xA4}, "Interface : 0xA4 - SPI\n"},
+                  {5, 0x05, {0xA5}, "Interface : 0xA5 - Unrecognized\n"}});
 }
 
 TEST(DecodeMappedAddress, Battery) {

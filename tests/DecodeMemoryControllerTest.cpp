@@ -82,7 +82,8 @@ TEST(DecodeMemoryController, Modules) {
                 {{20, ""}});
     ExpectFields(6, area,
                  {{5, 5, {0x0C}, "Bank Connections : 0x0C - No Connections\n"},
-                  {5, 5, {0x0D}, "Bank Connections : 0x0D - Unrecognized\n"},
+                  {5, 5, {0xFE}, "Bank Connections : 0xFE - Unrecognized\n"},
+                  {5, 5, {0xFF}, "Bank Connections : 0xFF - No Connections\n"},
                   {8, 9, {0x06}, "Installed Size : 0x06 - 0064 MB\n"},
                   {8, 9, {0x0D}, "Installed Size : 0x0D - 8192 MB\n"},
                   {8, 9, {0x9E}, "Installed Size : 0x9E - 1073741824 MB\n"},

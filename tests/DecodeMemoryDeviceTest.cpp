@@ -33,7 +33,9 @@ TEST(DecodeMemoryDevice, EventLog) {
                 {{20, ""}, {21, "Log Header Format"}});
     const std::string label = "Log Header Format : ";
     ExpectFields(15, Bytes(19),
-                 {{7, 0x0A, {0x05}, "Access Method : 0x05 - Unrecognized\n"},
+                 {{7, 0x0A, {0x7F}, "Access Method : 0x7F - Unrecognized\n"},
+                  {7, 0x0A, {0x80}, "Access Method : 0x80 - BIOS Vendor or OEM-specific\n"},
+                  {7, 0x0A, {0xFF}, "Access Method : 0xFF - BIOS Vendor or OEM-specific\n"},
                   {11, 0x14, {0x00}, label + "0x00 - No header\n"},
                   {11, 0x14, {0x02}, label + "0x02 - Available for future assignment by this spec\n"},
                   {11, 0x14, {0x7F}, label + "0x7F - Available for future assignment by this spec\n"},
@@ -96,7 +98,8 @@ TEST(DecodeMemoryDevice, MemoryArray) {
                   {4, 0x04, {0x9F}, "Location : 0x9F - Unrecognized\n"},
                   {4, 0x04, {0xA0}, "Location : 0xA0 - PC-98/C20 add-on card\n"},
                   {4, 0x04, {0xA3}, "Location : 0xA3 - PC-98/Local bus add-on card\n"},
-                  {4, 0x04, {0xA4}, "Location : 0xA4 - Unrecognized\n"},
+                  {4, 0x04, {0xA4}, "Location : 0xA4 - CXL add-on card\n"},
+                  {4, 0x04, {0xA5}, "Location : 0xA5 - Unrecognized\n"},
                   {5, 0x05, {0x07}, "Use : 0x07 - Cache memory \n"},
                   {5, 0x05, {0x08}, "Use : 0x08 - Unrecognized \n"},
                   {6, 0x06, {0x07}, "Memory Error Correction : 0x07 - CRC \n"},
@@ -131,7 +134,9 @@ TEST(DecodeMemoryDevice, MemoryDevice) {
                  {{8, 0x0C, {0xFF, 0xFF}, "Size : 0xFFFF - 67107840KB, 65535MB, 63GB\n"},
                   {9, 0x0E, {0x00}, "Form Factor : 0x00 -  \n"},
                   {9, 0x0E, {0x0F}, "Form Factor : 0x0F - FB-DIMM \n"},
-                  {9, 0x0E, {0x10}, "Form Factor : 0x10 - Unrecognized \n"},
+                  {9, 0x0E, {0x13}, "Form Factor : 0x13 - CSODIMM \n"},
+                  {9, 0x0E, {0x14}, "Form Factor : 0x14 - Unrecognized \n"},
                   {13, 0x12, {0x19}, "Memory Type : 0x19 - FBD2 \n"},
-                  {13, 0x12, {0x1A}, "Memory Type : 0x1A - Unrecognized \n"}});
+                  {13, 0x12, {0x1A}, "Memory Type : 0x1A - DDR4 \n"},
+                  {13, 0x12, {0x26}, "Memory Type : 0x26 - Unrecognized \n"}});
 }

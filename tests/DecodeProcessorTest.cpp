@@ -48,11 +48,14 @@ TEST(DecodeProcessor, Processor) {
                   {14, 0x18, {0xFF}, "Status : 0xFF - Other\n"},
                   {15, 0x19, {0x00}, "Processor Upgrade : 0x00 - \n"},
                   {15, 0x19, {0x24}, "Processor Upgrade : 0x24 - Socket BGA1155\n"},
-                  {15, 0x19, {0x2D}, "Processor Upgrade : 0x2D - Unrecognized\n"},
+                  {15, 0x19, {0x40}, "Processor Upgrade : 0x40 - Socket LGA1700\n"},
+                  {15, 0x19, {0x58}, "Processor Upgrade : 0x58 - Unrecognized\n"},
                   {26, 0x28, {0xC6, 0x00}, "Processor Family2 : 0x00C6 - Intel(R) Core(TM) i7 processor\n"},
                   {26, 0x28, {0xF4, 0x01}, "Processor Family2 : 0x01F4 - Video Processor\n"},
                   {26, 0x28, {0xFF, 0x01}, "Processor Family2 : 0x01FF - Reserved [1FF]\n"},
-                  {26, 0x28, {0x00, 0x02}, "Processor Family2 : 0x0200 - Unrecognized\n"},
+                  {26, 0x28, {0x00, 0x02}, "Processor Family2 : 0x0200 - RISC-V RV32\n"},
+                  {26, 0x28, {0x03, 0x02}, "Processor Family2 : 0x0203 - Unrecognized\n"},
+                  {26, 0x28, {0x07, 0x03}, "Processor Family2 : 0x0307 - Intel(R) Core(TM) Ultra 9\n"},
                   {26, 0x28, {0xFF, 0xFF}, "Processor Family2 : 0xFFFF - Unrecognized\n"}});
 }
 

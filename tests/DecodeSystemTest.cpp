@@ -148,7 +148,8 @@ TEST(DecodeSystem, Chassis) {
                     {"more elements than the table holds", chassis(255, 255, {}), "\n", {18}}});
     ExpectFields(3, Bytes(17),
                  {{5, 5, {0x1D}, "Type : 0x1D - Blade Enclosure\n"},
-                  {5, 5, {0x9E}, "Type : 0x9E - Unrecognized\n"},
+                  {5, 5, {0xA4}, "Type : 0xA4 - Stick PC\n"},
+                  {5, 5, {0xA5}, "Type : 0xA5 - Unrecognized\n"},
                   {9, 9, {7}, "Boot-up State : 0x07 - Unrecognized\n"},
                   {11, 0x0B, {6}, "Thermal State : 0x06 - Non-recoverable\n"},
                   {12, 0x0C, {6}, "Security State : 0x06 - Unrecognized\n"}});

@@ -1,12 +1,18 @@
 // Tests of the machines that a user can choose: machine files, dumps, folders, this computer and the sample.
+#include "Lib/Platform/StandIn/MachineTables.h"
 #include "tests/Support.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <gtest/gtest.h>
 #include <map>
 #include <numeric>
 #include <optional>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace StandIn;
 
@@ -30,14 +36,14 @@ std::string MemoryText(const Machine& machine, std::uint64_t address, std::size_
     return text;
 }
 
-// Reads a machine that must be usable.
-Machine Usable(const std::string& choice) {
+// Reads a machine that must be usable, and tells the user so much.
+Machine Usable(const std::string& choice, const std::string& told = "") {
     std::string error;
     std::string notice;
     std::optional<Machine> machine = MachineRead(choice, &error, &notice);
     EXPECT_TRUE(machine) << error;
     EXPECT_EQ(error, "");
-    EXPECT_EQ(notice, "");
+    EXPECT_EQ(notice, told);
     return machine ? std::move(*machine) : Machine();
 }
 
@@ -127,10 +133,11 @@ TEST(MachineFile, EveryKeyIsUnderstood) {
 TEST(MachineFile, ErrorsNameTheFileAndTheLine) {
     const TemporaryFolder folder;
     const std::string two = folder.Write("two.bin", "\x12\x34");
+    const std::string rsmb = folder.Write("rsmb.bin", *SampleMachine().SmbiosTable);
     const std::string missing = folder.Path + "/missing.bin";
     const std::string noFile = missing + ": No such file or directory";
     const std::map<std::string, std::string> cases{
-        {"tables\n", "1: the line is not of the form key = value"},
+        {"administrator = yes\ntables\n", "2: the line is not of the form key = value"},
         {"# a comment\r\n\r\n = yes", "3: the line is not of the form key = value"},
         {"administrator = \x1b[2J", "1: the line is not text"},
         {"administrators = yes", "1: unknown key \"administrators\""},
@@ -170,6 +177,10 @@ TEST(MachineFile, ErrorsNameTheFileAndTheLine) {
         // What the whole file makes is found out at its end, and still told with the line that asked for it.
         {"tables = missing.bin\nadministrator = no\n", "1: tables: " + noFile},
         {"administrator = no\ntables = two.bin\n\n", "2: tables: " + two + ": neither a folder of tables nor a dump"},
+        {"tables = rsmb.bin",
+         "1: tables: " + rsmb +
+             ": neither a folder of tables nor a dump, but an answer of the firmware table service, "
+             "which the line \"firmware-table RSMB = rsmb.bin\" of a machine file reads"},
         {"state = two.bin\n# end", "1: state: " + two + ": Not a directory"},
     };
     for (const auto& [content, reason] : cases) {
@@ -214,7 +225,12 @@ TEST(MachineDump, TablesAreCutToWhatTheFileHolds) {
         for (const Case& item : {Case{0x20, 6, 6}, Case{0x20, 4, 4}, Case{0x20, 600, 6}, Case{0x23, 6, 3},
                                  Case{0x25, 6, 1}, Case{0x26, 6, 0}, Case{0x20, 0, 0}}) {
             const std::string path = folder.Write("some.dmp", Dump(legacy, item.Offset, item.StatedLength, SmallTable));
-            const Machine machine = Usable(path);
+            // A 64-bit entry point states the most that the table may hold: one with its end in it is whole.
+            const bool isShort = (legacy || item.Offset != 0x20) && item.Size < item.StatedLength;
+            const Machine machine =
+                Usable(path, isShort ? path + ": the structure table is cut short: " + std::to_string(item.Size) +
+                                           " of " + std::to_string(item.StatedLength) + " bytes"
+                                     : "");
             Bytes expected{0, 3, 2, 1, static_cast<std::uint8_t>(item.Size), 0, 0, 0};
             if (legacy) {
                 expected = {0, 2, 7, 0, static_cast<std::uint8_t>(item.Size), 0, 0, 0};
@@ -263,27 +279,223 @@ TEST(MachineDump, TheEntryPointMakesRoomForTheTable) {
     }
 }
 
+// Rights of nobody in particular for as long as the object lives, also where the tests run as root.
+struct WithoutRights {
+    WithoutRights() { EXPECT_TRUE(geteuid() != 0 || seteuid(65534) == 0); }
+    ~WithoutRights() { EXPECT_EQ(seteuid(getuid()), 0); }
+};
+
 TEST(MachineChoice, FoldersAndThisComputer) {
     const TemporaryFolder folder;
-    EXPECT_EQ(Refusal(folder.Path), folder.Path + "/smbios_entry_point: No such file or directory");
-    folder.Write("smbios_entry_point", EntryPoint30(3, 1, 0x7654321076543210, 5)); // its address is of no use here
+    const std::string entry = folder.Path + "/smbios_entry_point";
+    EXPECT_EQ(Refusal(folder.Path), entry + ": No such file or directory");
+    folder.Write("smbios_entry_point", EntryPoint30(3, 1, 0x7654321076543210, 6)); // its address is of no use here
     EXPECT_EQ(Refusal(folder.Path), folder.Path + "/DMI: No such file or directory");
-    folder.Write("DMI", SmallTable);
-    EXPECT_EQ(Usable(folder.Path).SmbiosTable, (Bytes{0, 3, 1, 1, 5, 0, 0, 0, 127, 4, 0x34, 0x12, 0}));
-    EXPECT_EQ(Usable(folder.Write("machine.txt", "tables = .")).SmbiosTable->size(), 13U);
-    folder.Write("smbios_entry_point", "_SM4_");
-    EXPECT_EQ(Refusal(folder.Path),
-              folder.Path + "/smbios_entry_point: the entry point begins with neither _SM_ nor _SM3_");
+    Bytes longer = SmallTable;
+    longer.push_back(0x55);
+    folder.Write("DMI", longer);
+    const Bytes answer{0, 3, 1, 1, 6, 0, 0, 0, 127, 4, 0x34, 0x12, 0, 0};
+    EXPECT_EQ(Usable(folder.Path).SmbiosTable, answer);
+    EXPECT_EQ(Usable(folder.Write("machine.txt", "tables = .")).SmbiosTable, answer);
+    folder.Write("DMI", Bytes{127, 4, 0x34});
+    EXPECT_EQ(Usable(folder.Path, folder.Path + "/DMI: the structure table is cut short: 3 of 6 bytes").SmbiosTable,
+              (Bytes{0, 3, 1, 1, 3, 0, 0, 0, 127, 4, 0x34}));
 
-    // Whether this computer's tables can be read differs from one to the next; both choices must agree on it.
+    // The same files as this computer's.
+    const auto computer = [](const std::string& tables, bool orSample, const std::string& failure,
+                             const std::string& told) {
+        std::string error;
+        std::string notice;
+        std::optional<Machine> machine = HostMachine(tables, orSample, &error, &notice);
+        EXPECT_EQ(machine.has_value(), failure.empty());
+        EXPECT_EQ(error, failure);
+        EXPECT_EQ(notice, told);
+        return machine ? std::move(*machine) : Machine();
+    };
+    folder.Write("DMI", longer);
+    EXPECT_EQ(computer(folder.Path, true, "", "").SmbiosTable, answer);
+    const std::string none = "this computer has no SMBIOS tables";
+    computer(folder.Path + "/missing", false,
+             none + ": " + folder.Path + "/missing/smbios_entry_point: No such file or directory", "");
+    EXPECT_EQ(computer(folder.Path + "/missing", true, "", none + "; showing the built-in sample machine").SmbiosTable,
+              SampleMachine().SmbiosTable);
+    chmod(entry.c_str(), 0);
+    for (const bool orSample : {false, true}) {
+        const WithoutRights here;
+        const Machine machine =
+            computer(folder.Path, orSample, "", entry + ": Permission denied; running without administrator rights");
+        EXPECT_FALSE(machine.Administrator || machine.SmbiosTable);
+    }
+    {
+        const WithoutRights here;
+        EXPECT_EQ(Refusal(folder.Path), entry + ": Permission denied") << "of a copy that is no computer";
+    }
+    chmod(entry.c_str(), 0600);
+    folder.Write("smbios_entry_point", "_SM4_");
+    const std::string neither = entry + ": the entry point begins with neither _SM_ nor _SM3_";
+    EXPECT_EQ(Refusal(folder.Path), neither);
+    computer(folder.Path, true, neither, "");
+}
+
+TEST(MachineChoice, WhatIsNoMachineIsCalledWhatItIs) {
+    const TemporaryFolder folder;
+    const std::string path = folder.Path + "/given";
+    const Bytes answer = *SampleMachine().SmbiosTable;
+    const std::string table(answer.begin() + 8, answer.end());
+    Bytes longAnswer = answer;
+    longAnswer.push_back(0); // a byte that the header does not count
+    Bytes shortAnswer = answer;
+    shortAnswer.pop_back(); // fewer than it counts
+    const std::string service =
+        ", but an answer of the firmware table service, which the line \"firmware-table RSMB = " + path +
+        "\" of a machine file reads";
+    const auto text = [](const Bytes& bytes) { return std::string(bytes.begin(), bytes.end()); };
+    const std::pair<std::string, std::string> cases[] = {
+        {text(answer), service},
+        {text(longAnswer), service},
+        {text(shortAnswer), ", but binary bytes"},
+        {table, ", but a structure table without its entry point"},
+        {table.substr(0, table.size() - 1), ", but binary bytes"},
+        {"\x7F" + std::string("ELF\2\1\1\0\0\0", 9), ", but binary bytes"},
+        {std::string("\xFF\xFE#\0", 4), ", but UTF-16 text"},
+        {std::string("\xFE\xFF\0#", 4), ", but UTF-16 text"},
+        {std::string("a\0=\0b\0", 6), ", but UTF-16 text"},
+        {"# a tool 1.0\nGetting data.\n\nHandle 0x0000\n", " (line 2: the line is not of the form key = value)"},
+        {"\n<?xml version=\"1.0\"?>\n", " (line 2: unknown key \"<?xml version\")"},
+        {"\xEF\xBB\xBF{\n", " (line 1: the line is not of the form key = value)"},
+        {"\x01\x02", " (line 1: the line is not text)"},
+    };
+    for (const auto& [content, name] : cases) {
+        folder.Write("given", content);
+        EXPECT_EQ(Refusal(path), path + ": neither a dump nor a machine file" + name + AcceptedForms) << name;
+    }
+    folder.Write("given", EntryPoint21(2, 7, 0xE0000, 100, 1, 9));
+    EXPECT_EQ(Refusal(path), path +
+                                 ": the table offset 0xE0000 lies past the end of the file (0x1F bytes): an entry "
+                                 "point without its structure table" +
+                                 AcceptedForms);
+    // A mark at the start of the text is none of its keys.
+    EXPECT_FALSE(Usable(folder.Write("given", "\xEF\xBB\xBF"
+                                              "administrator = no\r\n"))
+                     .Administrator);
+}
+
+TEST(MachineChoice, NothingIsWaitedForThatNeverComes) {
+    const TemporaryFolder folder;
+    const std::string fifo = folder.Path + "/fifo";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const std::string machine = folder.Write("machine.txt", "firmware-table RSMB = fifo\n");
+    EXPECT_EQ(Refusal(fifo), fifo + ": No data available");
+    EXPECT_EQ(Refusal(machine), machine + ":1: firmware-table RSMB: " + fifo + ": No data available");
+    EXPECT_EQ(Refusal(folder.Write("machine.txt", "memory 0x0 = .")),
+              machine + ":1: memory 0x0: " + folder.Path + "/.: Is a directory");
+    // Somebody who writes, be it late, is waited for.
+    std::FILE* const writer = popen(("exec >" + fifo + "; sleep 0.1; echo administrator = no").c_str(), "w");
     std::string error;
     std::string notice;
-    const bool readable = MachineRead("host", &error, &notice).has_value();
-    EXPECT_EQ(error.empty(), readable);
-    ASSERT_TRUE(MachineRead("", &error, &notice));
-    EXPECT_EQ(error, "");
-    EXPECT_EQ(notice,
-              readable ? "" : "no SMBIOS tables can be read on this computer; showing the built-in sample machine");
+    std::optional<Machine> read;
+    for (int tries = 0; !read && tries < 1000; ++tries) {
+        usleep(1000);
+        read = MachineRead(fifo, &error, &notice);
+    }
+    EXPECT_TRUE(read && !read->Administrator) << error;
+    pclose(writer);
+}
+
+TEST(MachineState, AFolderThatCantBeUsedIsNamed) {
+    const TemporaryFolder folder;
+    const std::string machine = folder.Write("machine.txt", "state = kept");
+    const std::string kept = folder.Path + "/kept/";
+    const std::string head = "quarrinet-machine-state 1\n";
+    const auto fifo = [](const std::string& path) { EXPECT_EQ(mkfifo(path.c_str(), 0600), 0); };
+    const struct {
+        const char* File;
+        std::function<void(const std::string& path)> Make;
+        std::string Fault;
+    } cases[] = {
+        {"lock", [](const std::string& path) { std::filesystem::create_directory(path); }, ": Is a directory"},
+        {"lock", fifo, ": not a regular file"},
+        {"state", fifo, ": not a regular file"},
+        {"state.new", fifo, ": not a regular file"},
+        {"mutex-Tool.owner", fifo, ": not a regular file"},
+        {"state", [](const std::string& path) { std::filesystem::create_directory(path); }, ": not a regular file"},
+        {"state", [&](const std::string&) { folder.Write("kept/state", "notes\n"); }, ": not the state of a machine"},
+        {"state", [&](const std::string&) { folder.Write("kept/state", head + "key a\nkey %2\n"); },
+         ":3: not a line of a machine's state"},
+        {"state", [&](const std::string&) { folder.Write("kept/state", head + "service a b 2 0\n"); },
+         ":2: not a line of a machine's state"},
+        {"state", [&](const std::string&) { folder.Write("kept/state", head + "service a b 1 0 3\n"); },
+         ":2: not a line of a machine's state"},
+        {"state",
+         [&](const std::string& path) {
+             folder.Write("kept/state", head);
+             std::filesystem::resize_file(path, (16U << 20) + 1);
+         },
+         ": File too large"},
+        {"state", [](const std::string& path) { std::filesystem::create_symlink(path, path); },
+         ": Too many levels of symbolic links"},
+    };
+    for (const auto& test : cases) {
+        std::filesystem::create_directory(kept);
+        test.Make(kept + test.File);
+        EXPECT_EQ(Refusal(machine), machine + ":1: state: " + kept + test.File + test.Fault);
+        std::filesystem::remove_all(kept);
+    }
+
+    Usable(machine);
+    chmod((kept + "lock").c_str(), 0666);
+    folder.Write("kept/mutex-Tool.open", "");
+    chmod((kept + "mutex-Tool.open").c_str(), 0);
+    std::filesystem::permissions(kept, std::filesystem::perms::all);
+    {
+        const WithoutRights here;
+        EXPECT_EQ(Refusal(machine), machine + ":1: state: " + kept + "mutex-Tool.open: Permission denied");
+    }
+    std::filesystem::remove(kept + "mutex-Tool.open");
+    std::filesystem::permissions(kept, std::filesystem::perms(0555));
+    {
+        const WithoutRights here;
+        EXPECT_EQ(Refusal(machine), machine + ":1: state: " + kept + "state.new: Permission denied");
+    }
+    std::filesystem::permissions(kept, std::filesystem::perms::all);
+}
+
+// The program under a limit to its memory; sanitizers need more of it than any limit leaves.
+TEST(MachineChoice, TooLittleMemoryIsOneLine) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP();
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+    GTEST_SKIP();
+#endif
+#endif
+    const TemporaryFolder folder;
+    const std::string large = folder.Write("large", "");
+    std::filesystem::resize_file(large, 200U << 20);
+    const std::string machine = folder.Write("machine.txt", "memory 0x0 = machine.txt\nmemory 0x0 = large\n");
+    const std::pair<std::string, std::string> cases[] = {
+        {"/dev/zero", "/dev/zero: not enough memory to read it"},
+        {large, large + ": not enough memory to read it"},
+        {machine, machine + ":2: not enough memory to read it"},
+    };
+    for (const auto& [choice, line] : cases) {
+        const std::string command =
+            "ulimit -v 100000; QUARRINET_MACHINE=" + choice + " exec " QUARRINET_PROGRAM " 2>&1";
+        std::FILE* const program = popen(command.c_str(), "r");
+        ASSERT_NE(program, nullptr);
+        std::array<char, 4096> output{};
+        output[std::fread(output.data(), 1, output.size() - 1, program)] = 0;
+        EXPECT_EQ(output.data(), "quarrinet: " + line + "\n");
+        EXPECT_EQ(WEXITSTATUS(pclose(program)), 255);
+    }
+}
+
+TEST(MachineChoice, NoticesReachTheUser) {
+    const TemporaryFolder folder;
+    const std::string path = folder.Write("some.dmp", Dump(true, 0x20, 600, SmallTable));
+    const Ran ran = RunProgram({"/nologo", "/type", "127"}, path);
+    EXPECT_EQ(ran.Errors, "quarrinet: " + path + ": the structure table is cut short: 6 of 600 bytes\n");
+    EXPECT_EQ(ran.ExitCode, 0);
 }
 
 TEST(SampleMachine, HoldsEveryTypeInFullLength) {

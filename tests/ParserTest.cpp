@@ -1,6 +1,7 @@
 // Table acquisition, the structure walk and the field lookup.
 #include "Lib/API/RyxSmbios.h"
 #include "Lib/Platform/Driver.h"
+#include "Lib/Platform/StandIn/AcpiBuilder.h"
 #include "tests/Support.h"
 
 #include <gtest/gtest.h>
@@ -153,13 +154,22 @@ TEST(Acquisition, TheServicesAnswerIsChecked) {
     machine.SmbiosTable = Bytes(8);
     Start(machine);
     EXPECT_EQ(Field(11, 3), "none") << "a header alone is an empty table";
-    SmbiosBuilder large;
-    for (int i = 0; i < 100; ++i) {
-        large.Begin(130).Raw(Bytes(200, 1)).SetString(std::string(700, 'x'));
+    // A table of more than 64 KiB is asked for again, and one of more than 16 MiB is not taken.
+    constexpr std::uint32_t largest = 16U << 20U;
+    const std::pair<std::uint32_t, std::uint64_t> sizes[] = {
+        {0x10000, 1}, {0x10001, 2}, {largest, 2}, {largest + 1, 1}};
+    for (const auto& [size, calls] : sizes) {
+        Bytes answer(good.begin(), good.begin() + 8);
+        answer.resize(size);
+        StandIn::BytesPut(answer, 4, size - 8);
+        std::copy_n(Bytes{11, 5, 0, 0, 7}.begin(), 5, answer.end() - 7);
+        answer[8 + 1] = 4;
+        std::fill(answer.begin() + 12, answer.end() - 9, std::uint8_t{'x'});
+        machine.SmbiosTable = answer;
+        Start(machine);
+        Captured([size = size] { EXPECT_EQ(Field(11, 3), size > largest ? "8000000E" : "07") << size; });
+        EXPECT_EQ(StandIn::CallCount("GetSystemFirmwareTable"), calls) << size;
     }
-    large.Begin(11).Byte(7);
-    Start(StandIn::MachineWithTable(large, 2, 8, false));
-    EXPECT_EQ(Field(11, 3), "07") << "a table of more than 64 KiB is asked for again";
 }
 
 TEST(Acquisition, IsCountedOnBothRoads) {

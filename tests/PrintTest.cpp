@@ -89,6 +89,17 @@ TEST(Print, WithoutAConsoleOrAPageNothingPauses) {
     EXPECT_EQ(StandIn::CallCount("GetConsoleScreenBufferInfo"), 1U) << "only the paged print asks";
 }
 
+TEST(Print, NoStringOfATableDrivesATerminal) {
+    const std::string name = "a\x1B[2Jb\tc\x7F\x1F\u00E9 d";
+    StandIn::SmbiosBuilder table;
+    table.Begin(1).String(name).Raw({0, 0, 0});
+    StandIn::Machine machine = StandIn::MachineWithTable(table, 2, 8);
+    const std::vector<std::string> request{"/nologo", "/type", "1", "1", "4"};
+    EXPECT_EQ(View(request, machine).Output, "\nManufacturer : " + name + "\n") << "to a file as it is";
+    machine.Console = StandIn::ConsoleKind::Fixed;
+    EXPECT_EQ(View(request, machine).Output, "\nManufacturer : a.[2Jb.c..\u00E9 d\n");
+}
+
 TEST(Platform, NameIsTheSameOnEveryVersion) {
     for (const std::uint32_t major : {4U, 5U, 10U}) {
         StandIn::Machine machine;

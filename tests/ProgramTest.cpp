@@ -2,21 +2,12 @@
 #include "Lib/Platform/StandIn/Machine.h"
 #include "Lib/Platform/StandIn/SmbiosBuilder.h"
 #include "tests/Support.h"
+#include "tests/Terminal.h"
 
 #include <windows.h>
 
 #include <algorithm>
-#include <csignal>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
-#include <poll.h>
-#include <pty.h>
-#include <sys/wait.h>
-#include <termios.h>
-#include <unistd.h>
 
 namespace {
 
@@ -48,8 +39,58 @@ TEST(Program, TheProbeStartsNothing) {
     const Ran ran = RunProgram({"/_exec_", "/type", "1"});
     EXPECT_EQ(ran.ExitCode, 0);
     EXPECT_EQ(ran.Output + ran.Errors, "");
+    const Ran without = RunProgram({"/_exec_"}, "/there/is/no/such/machine");
+    EXPECT_EQ(without.ExitCode, 0);
+    EXPECT_EQ(without.Output + without.Errors, "");
     EXPECT_EQ(RunProgram({"/_EXEC_"}).ExitCode, 105);
     EXPECT_EQ(RunProgram({"/type", "/_exec_"}).ExitCode, 105);
+}
+
+std::size_t CountOf(const std::string& text, const std::string& part) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
+// A server of today: more than 128 structures, none of them with a handle below 0100h.
+TEST(Program, ShowsTheWholeTableWhenAsked) {
+    StandIn::SmbiosBuilder table;
+    std::uint16_t handle = 0x100;
+    for (const auto& [type, count] : {std::pair{4, 2}, {38, 2}, {17, 130}, {8, 100}, {20, 65}, {127, 1}}) {
+        for (int i = 0; i < count; ++i) {
+            table.Begin(static_cast<std::uint8_t>(type), handle++).Byte(0);
+        }
+    }
+    ASSERT_EQ(table.Count(), 300);
+    const TemporaryFolder folder;
+    folder.Write("rsmb", *StandIn::MachineWithTable(table, 2, 8, false).SmbiosTable);
+    const std::string machine = folder.Write("machine", "firmware-table RSMB = rsmb\n");
+    const auto run = [&machine](const std::vector<std::string>& arguments) {
+        return RunProgram(Behind("/nologo", arguments), machine);
+    };
+    for (const char* no : {"", "0"}) {
+        setenv("QUARRINET_WHOLE", no, 1);
+        EXPECT_EQ(run({"/type"}).Output, "") << "the last structure, of type 127, is not among the first 128";
+        EXPECT_EQ(run({"/type", "4"}).ExitCode, 153);
+    }
+    setenv("QUARRINET_WHOLE", "1", 1);
+    const Ran all = run({"/type"});
+    EXPECT_EQ(all.ExitCode, 0);
+    EXPECT_EQ(CountOf(all.Output, "\nType : "), 2U + 2 + 127 + 100 + 65 + 1) << "of each type 127 at most";
+    EXPECT_NE(all.Output.find("Handle : 0x022A (554)"), std::string::npos);
+    EXPECT_EQ(run({"/type", "4", "0", "3"}).Output, "\nHandle : 0x0100 (256)\n");
+    EXPECT_EQ(CountOf(run({"/type", "4"}).Output, "Processor (Type 04)"), 2U);
+    for (const char* type : {"4", "38"}) {
+        const std::string second = type == std::string("4") ? "0x0101 (257)" : "0x0103 (259)";
+        EXPECT_EQ(run({"/type", type, "2", "3"}).Output, "\nHandle : " + second + "\n");
+        EXPECT_EQ(run({"/type", type, "3"}).ExitCode, 153);
+    }
+    EXPECT_EQ(run({"/type", "17", "128", "3"}).Output, "\nHandle : 0x0183 (387)\n");
+    EXPECT_EQ(run({"/type", "17", "129"}).ExitCode, 153);
+    unsetenv("QUARRINET_WHOLE");
+    EXPECT_TRUE(run({"/type", "4", "2"}).Output.starts_with("\nError: Type 4, handle ID [2] is not supported.\n"));
 }
 
 TEST(Program, ExitsWithTheViewersErrorNumber) {
@@ -117,63 +158,6 @@ TEST(Program, UnusableMachinesEndItBeforeItStarts) {
     EXPECT_NE(RunProgram({}, folder.Path + "/key").Errors.find("2"), std::string::npos) << "the line's number";
 }
 
-// The program at a pseudo-terminal of its own: what is shown is collected until it has been quiet for a while.
-class Terminal {
-public:
-    Terminal(const std::vector<std::string>& arguments, const std::string& machine, unsigned short rows) {
-        winsize size{rows, 80, 0, 0};
-        Process = forkpty(&Master, nullptr, nullptr, &size);
-        if (Process == 0) {
-            setenv("QUARRINET_MACHINE", machine.c_str(), 1);
-            execv(QUARRINET_PROGRAM, ArgumentVector(Behind(QUARRINET_PROGRAM, arguments)).Data());
-            _exit(127);
-        }
-    }
-    ~Terminal() {
-        if (Process > 0) {
-            kill(Process, SIGKILL);
-            waitpid(Process, nullptr, 0);
-        }
-        close(Master);
-    }
-    Terminal(const Terminal&) = delete;
-    Terminal& operator=(const Terminal&) = delete;
-
-    // What was shown until `ending` came, or until the program ended. Line ends are as the program wrote them.
-    std::string ShownUntil(const std::string& ending) {
-        std::string shown;
-        while (shown.find(ending) == std::string::npos || ending.empty()) {
-            pollfd wait{Master, POLLIN, 0};
-            char piece[4096];
-            const ssize_t got = poll(&wait, 1, 20000) == 1 ? read(Master, piece, sizeof piece) : -1;
-            if (got <= 0) {
-                break;
-            }
-            std::copy_if(piece, piece + got, std::back_inserter(shown),
-                         [](char shownByte) { return shownByte != '\r'; });
-        }
-        return shown;
-    }
-    // Presses a key once the program waits for one: from then on the terminal does not echo.
-    void Press(char key) const {
-        termios mode{};
-        for (int waited = 0; waited < 20000 && tcgetattr(Master, &mode) == 0 && (mode.c_lflag & ECHO) != 0; ++waited) {
-            usleep(1000);
-        }
-        EXPECT_EQ(write(Master, &key, 1), 1);
-    }
-    int ExitCode() {
-        int state = 0;
-        waitpid(Process, &state, 0);
-        Process = -1;
-        return WIFEXITED(state) ? WEXITSTATUS(state) : -1;
-    }
-
-private:
-    int Master = -1;
-    pid_t Process = -1;
-};
-
 TEST(Paging, PausesAtATerminalAndNowhereElse) {
     const std::string pause = "Press any key to continue...\n";
     const std::string redirected = RunProgram({"/b", "/type", "0"}).Output;
@@ -187,7 +171,7 @@ TEST(Paging, PausesAtATerminalAndNowhereElse) {
         const std::string page = shown.substr(0, at);
         EXPECT_EQ(std::count(page.begin(), page.end(), '\n'), 23);
         whole += page;
-        terminal.Press('q');
+        terminal.Press("q");
         shown = terminal.ShownUntil(pause);
         const std::string cleared = "\033[2J\033[H";
         ASSERT_EQ(shown.rfind(cleared, 0), 0U) << "the key is not echoed and the screen is cleared";
@@ -195,6 +179,31 @@ TEST(Paging, PausesAtATerminalAndNowhereElse) {
     }
     EXPECT_GE(pauses, 2);
     EXPECT_EQ(whole + shown, redirected);
+    EXPECT_EQ(terminal.ExitCode(), 0);
+}
+
+TEST(Paging, OnePressIsOneKeyWhateverItSends) {
+    const std::string pause = "Press any key to continue...\n";
+    // Page Down, an arrow, function keys, Alt with a letter, letters of two and three bytes, Escape.
+    const std::vector<std::string> keys{"\x1B[6~", "\x1BOA", "\x1B[15;5~", "\x1B[[A",
+                                        "\x1Bx",   "\u00E9", "\u20AC",     "\x1B"};
+    Terminal terminal({"/b", "/type"}, "sample", 25);
+    std::string shown = terminal.ShownUntil(pause);
+    std::size_t presses = 0;
+    std::size_t pauses = 0;
+    for (std::size_t at; (at = shown.find(pause)) != std::string::npos; ++presses) {
+        pauses += shown.find(pause, at + 1) == std::string::npos ? 1 : 2;
+        terminal.Press(keys[presses % keys.size()]);
+        shown = terminal.ShownUntil(pause);
+    }
+    EXPECT_GE(presses, keys.size());
+    EXPECT_EQ(presses, pauses);
+    EXPECT_EQ(terminal.ExitCode(), 0);
+}
+
+TEST(Paging, WithoutAKeyboardThereIsNone) {
+    Terminal terminal({"/b", "/type", "0"}, "sample", 25, false);
+    EXPECT_EQ(terminal.ShownUntil(""), RunProgram({"/b", "/type", "0"}).Output);
     EXPECT_EQ(terminal.ExitCode(), 0);
 }
 
@@ -228,7 +237,7 @@ TEST(Shared, TheLastOfTwoProgramsRemovesTheDriver) {
         EXPECT_EQ(SharedCount(state.Path, "Software\\RyxDrv", "RefCount"), 1) << "the first still runs";
         EXPECT_EQ(SharedCount(state.Path, "Software\\RyxTool", "ToolsRefCount"), 1);
         for (std::string shown = "Press any key"; shown.find("Press any key") != std::string::npos;) {
-            first.Press(' ');
+            first.Press(" ");
             shown = first.ShownUntil("Press any key");
         }
         EXPECT_EQ(first.ExitCode(), 0);

@@ -1,5 +1,6 @@
 // Tests of the library's start and stop: processors, rights, the driver's life, the running tools.
 #include "Lib/API/RyxLib.h"
+#include "Lib/API/RyxSmbios.h"
 #include "Lib/Common/Instance.h"
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Common/PowerRequest.h"
@@ -357,6 +358,18 @@ TEST(Start, LooksAtArgumentsAndEnvironment) {
     EXPECT_EQ(RyxLibInit(0, nullptr), RyxOk);
     EXPECT_FALSE(InstanceStateGet().PackageFolderSet) << "without arguments neither is looked at";
     unsetenv("PACKORGDIR");
+}
+
+TEST(Start, TheEnvironmentAsksForTheWholeTable) {
+    EXPECT_EQ(RyxLibInit(0, nullptr), RyxOk);
+    EXPECT_FALSE(RyxSmbiosWholeGet());
+    for (const auto& [value, whole] : {std::pair{"1", true}, {"", false}, {"yes", true}, {"0", false}, {"00", true}}) {
+        setenv("QUARRINET_WHOLE", value, 1);
+        StartOver(Machine());
+        EXPECT_EQ(RyxLibInit(0, nullptr), RyxOk);
+        EXPECT_EQ(RyxSmbiosWholeGet(), whole) << value;
+    }
+    unsetenv("QUARRINET_WHOLE");
 }
 
 TEST(Power, AsksByVersion) {

@@ -1,7 +1,7 @@
 // The viewer's command flow, its selection and frame, and the entry point display.
 #include "Lib/Platform/Driver.h"
 #include "tests/Support.h"
-#include "viewer/Decoders.h"
+#include "viewer/StructDispatch.h"
 #include "viewer/ViewerState.h"
 
 #include <gtest/gtest.h>

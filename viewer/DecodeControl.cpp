@@ -13,6 +13,12 @@ constexpr const char* EventLogAccessTexts[] = {
     "Memory-mapped physical 32-bit addr", "General-Purpose NonVolatile Data",
 };
 
+constexpr TextRange NewerEventLogAccessTexts[] = {
+    {0x80, 0xFF, "BIOS Vendor or OEM-specific"},
+};
+
+constexpr TextTable EventLogAccessMethods = TextTable(EventLogAccessTexts).With(NewerEventLogAccessTexts);
+
 constexpr const char* EventLogStatusNames[] = {"Log area Valid", "Log area full", nullptr};
 
 constexpr const char* EventLogHeaderFormatLowTexts[] = {"No header", "Type 1 log header"};
@@ -106,7 +112,7 @@ constexpr DecoderField Type15Fields[] = {
     NumberField(3, "Log Area Length : 0x%04X (%02d Byte)\n"),
     NumberField(4, "Log Header Start Offset : 0x%04X (%02d)\n"),
     NumberField(5, "Log Data Start Offset : 0x%04X (%02d)\n"),
-    TextField(6, "Access Method : 0x%02X - %s\n", EventLogAccessTexts),
+    TextField(6, "Access Method : 0x%02X - %s\n", EventLogAccessMethods),
     BitsField(7, "Log Status : 0x%02X\n", EventLogStatusNames),
     NumberField(8, "Log Change Token : 0x%08X (%d)\n"),
     NumberField(9, "Access Method Address : 0x%08X (%d)\n"),

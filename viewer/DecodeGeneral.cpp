@@ -79,9 +79,16 @@ constexpr const char* OnboardDeviceTypeTexts[] = {
     "Token Ring", "Sound", "PATA Controller", "SATA Controller", "SAS Controller",
 };
 
+constexpr TextRange NewerOnboardDeviceTypeTexts[] = {
+    {0x0B, "Wireless LAN"}, {0x0C, "Bluetooth"},       {0x0D, "WWAN"},
+    {0x0E, "eMMC"},         {0x0F, "NVMe Controller"}, {0x10, "UFS Controller"},
+};
+
+constexpr TextTable OnboardDeviceTypes = TextTable(OnboardDeviceTypeTexts).With(NewerOnboardDeviceTypeTexts);
+
 constexpr BitGroup OnboardDeviceGroups[] = {
     {" Status : %s\n", 7, 0x1, OnboardDeviceStatusTexts},
-    {" Type : %s\n", 0, 0x7F, OnboardDeviceTypeTexts},
+    {" Type : %s\n", 0, 0x7F, OnboardDeviceTypes},
 };
 
 constexpr BitGroup DeviceFunctionGroups[] = {

@@ -61,6 +61,12 @@ constexpr const char* IpmiInterfaceTypeTexts[] = {
     "BT:Block Transfer",
 };
 
+constexpr TextRange NewerIpmiInterfaceTypeTexts[] = {
+    {0x04, "SSIF:SMBus System Interface"},
+};
+
+constexpr TextTable IpmiInterfaceTypes = TextTable(IpmiInterfaceTypeTexts).With(NewerIpmiInterfaceTypeTexts);
+
 constexpr const char* IpmiRegisterSpacingTexts[] = {
     "On successive byte boundaries",
     "On 32-bit boundaries",
@@ -86,7 +92,7 @@ constexpr BitGroup IpmiModifierGroups[] = {
 
 // The NV storage mark stands on a line of its own: the value's line is ended before it.
 constexpr DecoderField Type38Fields[] = {
-    TextField(3, "Interface Type : 0x%02X - %s\n", IpmiInterfaceTypeTexts),
+    TextField(3, "Interface Type : 0x%02X - %s\n", IpmiInterfaceTypes),
     NumberField(4, "IPMI Specification Revision : 0x%02X\n"),
     NumberField(5, "I2C Slave Address : 0x%02X\n"),
     MarkField(6, "NV Storage Device Address : 0x%02X\n", 0xFF, "- No storage device exists\n"),

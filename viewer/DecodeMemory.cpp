@@ -34,7 +34,11 @@ constexpr const char* ArrayLocationHigh[] = {
     "PC-98/Local bus add-on card",
 };
 
-constexpr TextTable ArrayLocationTexts{ArrayLocationLow, ArrayLocationHigh};
+constexpr TextRange NewerArrayLocationTexts[] = {
+    {0xA4, "CXL add-on card"},
+};
+
+constexpr TextTable ArrayLocationTexts = TextTable(ArrayLocationLow, ArrayLocationHigh).With(NewerArrayLocationTexts);
 
 constexpr const char* ArrayUseTexts[] = {
     "", "Other", "Unknown", "System memory", "Video memory", "Flash memory", "Non-volatile RAM", "Cache memory",
@@ -66,11 +70,29 @@ constexpr const char* MemoryFormFactorTexts[] = {
     "DIMM", "TSOP",  "Row of chips", "RIMM", "SODIMM", "SRIMM", "FB-DIMM",
 };
 
+constexpr TextRange NewerMemoryFormFactorTexts[] = {
+    {0x10, "Die"},
+    {0x11, "CAMM"},
+    {0x12, "CUDIMM"},
+    {0x13, "CSODIMM"},
+};
+
+constexpr TextTable MemoryFormFactors = TextTable(MemoryFormFactorTexts).With(NewerMemoryFormFactorTexts);
+
 constexpr const char* MemoryDeviceTypeTexts[] = {
     "",      "Other",  "Unknown",      "DRAM",     "EDRAM",    "VRAM",     "SRAM",  "RAM",   "ROM",
     "FLASH", "EEPROM", "FEPROM",       "EPROM",    "CDRAM",    "3DRAM",    "SDRAM", "SGRAM", "RDRAM",
     "DDR",   "DDR2",   "DDR2 FB-DIMM", "Reserved", "Reserved", "Reserved", "DDR3",  "FBD2",
 };
+
+constexpr TextRange NewerMemoryDeviceTypeTexts[] = {
+    {0x1A, "DDR4"},   {0x1B, "LPDDR"},  {0x1C, "LPDDR2"},
+    {0x1D, "LPDDR3"}, {0x1E, "LPDDR4"}, {0x1F, "Logical non-volatile device"},
+    {0x20, "HBM"},    {0x21, "HBM2"},   {0x22, "DDR5"},
+    {0x23, "LPDDR5"}, {0x24, "HBM3"},   {0x25, "MRDIMM"},
+};
+
+constexpr TextTable MemoryDeviceTypes = TextTable(MemoryDeviceTypeTexts).With(NewerMemoryDeviceTypeTexts);
 
 constexpr const char* MemoryTypeDetailNames[] = {
     "Reserved, set to 0",
@@ -103,11 +125,11 @@ constexpr DecoderField Type17Fields[] = {
     NumberField(5, "Total Width : 0x%04X (%02d)bits\n"),
     NumberField(6, "Data Width : 0x%04X (%02d)bits\n"),
     OwnField(7, MemorySizePrint, "Size : 0x%04X - %dKB, %dMB, %dGB\n"),
-    TextField(8, "Form Factor : 0x%02X - %s \n", MemoryFormFactorTexts),
+    TextField(8, "Form Factor : 0x%02X - %s \n", MemoryFormFactors),
     NumberField(9, "Device Set : 0x%02X (%02d)\n"),
     StringField(10, "Device Locator : %s\n"),
     StringField(11, "Bank Locator : %s\n"),
-    TextField(12, "Memory Type : 0x%02X - %s \n", MemoryDeviceTypeTexts),
+    TextField(12, "Memory Type : 0x%02X - %s \n", MemoryDeviceTypes),
     BitsField(13, "Type Detail : 0x%04X\n", MemoryTypeDetailNames),
     NumberField(14, "Speed : 0x%04X (%02d)MHz\n"),
     StringField(15, "Manufacturer : %s\n"),

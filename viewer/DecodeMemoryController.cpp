@@ -71,6 +71,12 @@ constexpr const char* BankConnectionTexts[] = {"RAS# 0",   "RAS# 1",   "RAS# 2",
                                                "RAS# 5",   "RAS# 6",   "RAS# 7",        "RAS# 0&1", "RAS# 2&3",
                                                "RAS# 4&5", "RAS# 6&7", "No Connections"};
 
+constexpr TextRange NewerBankConnectionTexts[] = {
+    {0xFF, "No Connections"},
+};
+
+constexpr TextTable BankConnections = TextTable(BankConnectionTexts).With(NewerBankConnectionTexts);
+
 // The size codes that are not a power of two, from FirstTextSize on.
 constexpr const char* ModuleSizeTexts[] = {"Not determinable", "Module is installed", "Module not installed"};
 
@@ -89,7 +95,7 @@ void ModuleSizePrint(const DecoderField& field, const FieldValue& value) {
 
 constexpr DecoderField Type6Fields[] = {
     StringField(3, "Socket Designation : %s\n"),
-    TextField(4, "Bank Connections : 0x%02X - %s\n", BankConnectionTexts),
+    TextField(4, "Bank Connections : 0x%02X - %s\n", BankConnections),
     NumberField(5, "Current Speed : 0x%02X (%d ns)\n"),
     BitsField(6, "Current Memory Type : 0x%04X\n", MemoryTypeNames),
     OwnField(7, ModuleSizePrint, "Installed Size : 0x%02X - "),

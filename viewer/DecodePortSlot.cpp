@@ -48,7 +48,12 @@ constexpr const char* ConnectorTypeLowTexts[] = {
 
 constexpr const char* ConnectorTypeHighTexts[] = {"PC-98", "PC-98Hireso", "PC-H98", "PC-98Note", "PC-98Full"};
 
-constexpr TextTable ConnectorTypeTexts(ConnectorTypeLowTexts, ConnectorTypeHighTexts, OtherPortRanges);
+constexpr TextRange NewerConnectorTypeTexts[] = {
+    {0x23, "USB Type-C Receptacle"},
+};
+
+constexpr TextTable ConnectorTypeTexts =
+    TextTable(ConnectorTypeLowTexts, ConnectorTypeHighTexts, OtherPortRanges).With(NewerConnectorTypeTexts);
 
 constexpr const char* PortTypeLowTexts[] = {
     "None",
@@ -89,7 +94,13 @@ constexpr const char* PortTypeLowTexts[] = {
 
 constexpr const char* PortTypeHighTexts[] = {"8251 Compatible", "8251 FIFO Compatible"};
 
-constexpr TextTable PortTypeTexts(PortTypeLowTexts, PortTypeHighTexts, OtherPortRanges);
+constexpr TextRange NewerPortTypeTexts[] = {
+    {0x22, "MFDP (Multi-Function Display Port)"},
+    {0x23, "Thunderbolt"},
+};
+
+constexpr TextTable PortTypeTexts =
+    TextTable(PortTypeLowTexts, PortTypeHighTexts, OtherPortRanges).With(NewerPortTypeTexts);
 
 constexpr DecoderField Type8Fields[] = {
     StringField(3, "Internal Reference Designator : %s\n"),
@@ -150,7 +161,47 @@ constexpr const char* SlotTypeHighTexts[] = {
     "PCI Express Gen 3 x16",
 };
 
-constexpr TextTable SlotTypeTexts(SlotTypeLowTexts, SlotTypeHighTexts);
+constexpr TextRange NewerSlotTypeTexts[] = {
+    {0x14, "M.2 Socket 1-DP"},
+    {0x15, "M.2 Socket 1-SD"},
+    {0x16, "M.2 Socket 2"},
+    {0x17, "M.2 Socket 3"},
+    {0x18, "MXM Type I"},
+    {0x19, "MXM Type II"},
+    {0x1A, "MXM Type III (standard connector)"},
+    {0x1B, "MXM Type III (HE connector)"},
+    {0x1C, "MXM Type IV"},
+    {0x1D, "MXM 3.0 Type A"},
+    {0x1E, "MXM 3.0 Type B"},
+    {0x1F, "PCI Express Gen 2 SFF-8639 (U.2)"},
+    {0x20, "PCI Express Gen 3 SFF-8639 (U.2)"},
+    {0x21, "PCI Express Mini 52-pin with bottom-side keep-outs"},
+    {0x22, "PCI Express Mini 52-pin without bottom-side keep-outs"},
+    {0x23, "PCI Express Mini 76-pin"},
+    {0x24, "PCI Express Gen 4 SFF-8639 (U.2)"},
+    {0x25, "PCI Express Gen 5 SFF-8639 (U.2)"},
+    {0x26, "OCP NIC 3.0 Small Form Factor (SFF)"},
+    {0x27, "OCP NIC 3.0 Large Form Factor (LFF)"},
+    {0x28, "OCP NIC Prior to 3.0"},
+    {0x30, "CXL Flexbus 1.0"},
+    {0xB8, "PCI Express Gen 4"},
+    {0xB9, "PCI Express Gen 4 x1"},
+    {0xBA, "PCI Express Gen 4 x2"},
+    {0xBB, "PCI Express Gen 4 x4"},
+    {0xBC, "PCI Express Gen 4 x8"},
+    {0xBD, "PCI Express Gen 4 x16"},
+    {0xBE, "PCI Express Gen 5"},
+    {0xBF, "PCI Express Gen 5 x1"},
+    {0xC0, "PCI Express Gen 5 x2"},
+    {0xC1, "PCI Express Gen 5 x4"},
+    {0xC2, "PCI Express Gen 5 x8"},
+    {0xC3, "PCI Express Gen 5 x16"},
+    {0xC4, "PCI Express Gen 6 and Beyond"},
+    {0xC5, "EDSFF E1"},
+    {0xC6, "EDSFF E3"},
+};
+
+constexpr TextTable SlotTypeTexts = TextTable(SlotTypeLowTexts, SlotTypeHighTexts).With(NewerSlotTypeTexts);
 
 constexpr const char* SlotBusWidthTexts[] = {"",         "Other",    "Unknown",    "8 bit",      "16 bit",
                                              "32 bit",   "64 bit",   "128 bit",    "1x or x1",   "2x or x2",
@@ -158,7 +209,20 @@ constexpr const char* SlotBusWidthTexts[] = {"",         "Other",    "Unknown", 
 
 constexpr const char* SlotUsageTexts[] = {"", "Other", "Unknown", "Available", "In use"};
 
+constexpr TextRange NewerSlotUsageTexts[] = {
+    {0x05, "Unavailable"},
+};
+
+constexpr TextTable SlotUsages = TextTable(SlotUsageTexts).With(NewerSlotUsageTexts);
+
 constexpr const char* SlotLengthTexts[] = {"", "Other", "Unknown", "Short Length", "Long Length"};
+
+constexpr TextRange NewerSlotLengthTexts[] = {
+    {0x05, "2.5\" drive form factor"},
+    {0x06, "3.5\" drive form factor"},
+};
+
+constexpr TextTable SlotLengths = TextTable(SlotLengthTexts).With(NewerSlotLengthTexts);
 
 constexpr const char* SlotCharacteristic1Names[] = {
     "Characteristics Unknown",
@@ -185,8 +249,8 @@ constexpr DecoderField Type9Fields[] = {
     StringField(3, "Slot Designation : %s\n"),
     TextLineField(4, "Slot Type : 0x%02X - ", SlotTypeTexts),
     TextField(5, "Slot Data Bus Width : 0x%02X - %s\n", SlotBusWidthTexts),
-    TextField(6, "Current Usage : 0x%02X - %s\n", SlotUsageTexts),
-    TextField(7, "Slot Length : 0x%02X - %s\n", SlotLengthTexts),
+    TextField(6, "Current Usage : 0x%02X - %s\n", SlotUsages),
+    TextField(7, "Slot Length : 0x%02X - %s\n", SlotLengths),
     NumberField(8, "Slot ID : 0x%04X (%d)\n"),
     BitsField(9, "Slot Characteristics1 : 0x%02X\n", SlotCharacteristic1Names),
     BitsField(10, "Slot Characteristics2 : 0x%02X\n", SlotCharacteristic2Names),
@@ -226,7 +290,13 @@ constexpr const char* PointingInterfaceLow[] = {
 
 constexpr const char* PointingInterfaceHigh[] = {"Bus mouse DB-9", "Bus mouse micro-DIN", "USB"};
 
-constexpr TextTable PointingInterfaceTexts{PointingInterfaceLow, PointingInterfaceHigh};
+constexpr TextRange NewerPointingInterfaceTexts[] = {
+    {0xA3, "I2C"},
+    {0xA4, "SPI"},
+};
+
+constexpr TextTable PointingInterfaceTexts =
+    TextTable(PointingInterfaceLow, PointingInterfaceHigh).With(NewerPointingInterfaceTexts);
 
 constexpr DecoderField Type21Fields[] = {
     TextField(3, "Type : 0x%02X - %s\n", PointingDeviceTypeTexts),

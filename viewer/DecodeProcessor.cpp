@@ -219,11 +219,47 @@ constexpr TextCode ProcessorFamilyTexts[] = {
     {0x1F4, "Video Processor"},
 };
 
+// Codes behind that end, which only the word can hold.
+constexpr TextRange NewerProcessorFamilyTexts[] = {
+    {0x200, "RISC-V RV32"},
+    {0x201, "RISC-V RV64"},
+    {0x202, "RISC-V RV128"},
+    {0x258, "LoongArch"},
+    {0x259, "Loongson(TM) 1 Processor Family"},
+    {0x25A, "Loongson(TM) 2 Processor Family"},
+    {0x25B, "Loongson(TM) 3 Processor Family"},
+    {0x25C, "Loongson(TM) 2K Processor Family"},
+    {0x25D, "Loongson(TM) 3A Processor Family"},
+    {0x25E, "Loongson(TM) 3B Processor Family"},
+    {0x25F, "Loongson(TM) 3C Processor Family"},
+    {0x260, "Loongson(TM) 3D Processor Family"},
+    {0x261, "Loongson(TM) 3E Processor Family"},
+    {0x262, "Dual-Core Loongson(TM) 2K Processor 2xxx Series"},
+    {0x26C, "Quad-Core Loongson(TM) 3A Processor 5xxx Series"},
+    {0x26D, "Multi-Core Loongson(TM) 3A Processor 5xxx Series"},
+    {0x26E, "Quad-Core Loongson(TM) 3B Processor 5xxx Series"},
+    {0x26F, "Multi-Core Loongson(TM) 3B Processor 5xxx Series"},
+    {0x270, "Multi-Core Loongson(TM) 3C Processor 5xxx Series"},
+    {0x271, "Multi-Core Loongson(TM) 3D Processor 5xxx Series"},
+    {0x300, "Intel(R) Core(TM) 3"},
+    {0x301, "Intel(R) Core(TM) 5"},
+    {0x302, "Intel(R) Core(TM) 7"},
+    {0x303, "Intel(R) Core(TM) 9"},
+    {0x304, "Intel(R) Core(TM) Ultra 3"},
+    {0x305, "Intel(R) Core(TM) Ultra 5"},
+    {0x306, "Intel(R) Core(TM) Ultra 7"},
+    {0x307, "Intel(R) Core(TM) Ultra 9"},
+};
+
 constexpr std::uint64_t FamilyEnd = 0x200;
 
 static_assert(std::ranges::adjacent_find(ProcessorFamilyTexts, std::ranges::greater_equal(), &TextCode::Code) ==
                   std::end(ProcessorFamilyTexts),
               "a family code stands twice or out of order");
+static_assert(std::ranges::adjacent_find(NewerProcessorFamilyTexts, std::ranges::greater_equal(), &TextRange::First) ==
+                      std::end(NewerProcessorFamilyTexts) &&
+                  NewerProcessorFamilyTexts[0].First >= FamilyEnd,
+              "a newer family code stands twice, out of order or among the reserved ones");
 
 void FamilyPrint(const DecoderField& field, const FieldValue& value) {
     const auto code = static_cast<unsigned int>(value.Number);
@@ -232,6 +268,8 @@ void FamilyPrint(const DecoderField& field, const FieldValue& value) {
     if (text == nullptr && code < FamilyEnd) {
         std::snprintf(reserved, sizeof reserved, "Reserved [%X]", code);
         text = reserved;
+    } else if (text == nullptr) {
+        text = TextFind(NewerProcessorFamilyTexts, code);
     }
     RyxPrintf(field.Format, code, text != nullptr ? text : UnrecognizedText);
 }
@@ -297,6 +335,22 @@ constexpr const char* ProcessorUpgradeTexts[] = {
     "Socket LGA1356-3",
 };
 
+constexpr TextRange NewerProcessorUpgradeTexts[] = {
+    {0x2D, "Socket LGA1150"}, {0x2E, "Socket BGA1168"},   {0x2F, "Socket BGA1234"}, {0x30, "Socket BGA1364"},
+    {0x31, "Socket AM4"},     {0x32, "Socket LGA1151"},   {0x33, "Socket BGA1356"}, {0x34, "Socket BGA1440"},
+    {0x35, "Socket BGA1515"}, {0x36, "Socket LGA3647-1"}, {0x37, "Socket SP3"},     {0x38, "Socket SP3r2"},
+    {0x39, "Socket LGA2066"}, {0x3A, "Socket BGA1392"},   {0x3B, "Socket BGA1510"}, {0x3C, "Socket BGA1528"},
+    {0x3D, "Socket LGA4189"}, {0x3E, "Socket LGA1200"},   {0x3F, "Socket LGA4677"}, {0x40, "Socket LGA1700"},
+    {0x41, "Socket BGA1744"}, {0x42, "Socket BGA1781"},   {0x43, "Socket BGA1211"}, {0x44, "Socket BGA2422"},
+    {0x45, "Socket LGA1211"}, {0x46, "Socket LGA2422"},   {0x47, "Socket LGA5773"}, {0x48, "Socket BGA5773"},
+    {0x49, "Socket AM5"},     {0x4A, "Socket SP5"},       {0x4B, "Socket SP6"},     {0x4C, "Socket BGA883"},
+    {0x4D, "Socket BGA1190"}, {0x4E, "Socket BGA4129"},   {0x4F, "Socket LGA4710"}, {0x50, "Socket LGA7529"},
+    {0x51, "Socket BGA1964"}, {0x52, "Socket BGA1792"},   {0x53, "Socket BGA2049"}, {0x54, "Socket BGA2551"},
+    {0x55, "Socket LGA1851"}, {0x56, "Socket BGA2114"},   {0x57, "Socket BGA2833"},
+};
+
+constexpr TextTable ProcessorUpgrades = TextTable(ProcessorUpgradeTexts).With(NewerProcessorUpgradeTexts);
+
 constexpr const char* ProcessorCharacteristicNames[] = {
     "Reserved",
     "Unknown",
@@ -334,7 +388,7 @@ constexpr DecoderField Type4Fields[] = {
     NumberField(11, "Max Speed : 0x%04X (%d)MHz\n"),
     NumberField(12, "Current Speed : 0x%04X (%d)MHz\n"),
     TextField(13, "Status : 0x%02X - %s\n", ProcessorStatusTexts, 0x07),
-    TextField(14, "Processor Upgrade : 0x%02X - %s\n", ProcessorUpgradeTexts),
+    TextField(14, "Processor Upgrade : 0x%02X - %s\n", ProcessorUpgrades),
     NumberField(15, "L1 Cache Handle : 0x%04X (%d)\n"),
     NumberField(16, "L2 Cache Handle : 0x%04X (%d)\n"),
     NumberField(17, "L3 Cache Handle : 0x%04X (%d)\n"),

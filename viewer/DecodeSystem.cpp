@@ -178,6 +178,13 @@ constexpr const char* ChassisTypeTexts[] = {"None",
                                             "Blade",
                                             "Blade Enclosure"};
 
+constexpr TextRange NewerChassisTypeTexts[] = {
+    {0x1E, "Tablet"},      {0x1F, "Convertible"}, {0x20, "Detachable"}, {0x21, "IoT Gateway"},
+    {0x22, "Embedded PC"}, {0x23, "Mini PC"},     {0x24, "Stick PC"},
+};
+
+constexpr TextTable ChassisTypes = TextTable(ChassisTypeTexts).With(NewerChassisTypeTexts);
+
 constexpr const char* ChassisStateTexts[] = {"None",    "Other",    "Unknown",        "Safe",
                                              "Warning", "Critical", "Non-recoverable"};
 
@@ -198,7 +205,7 @@ void ContainedElementsPrint(const DecoderField&, const FieldValue& value) {
 
 constexpr DecoderField Type3Fields[] = {
     StringField(3, "Manufacturer : %s\n"),
-    TextField(4, "Type : 0x%02X - %s\n", ChassisTypeTexts, ChassisTypeMask),
+    TextField(4, "Type : 0x%02X - %s\n", ChassisTypes, ChassisTypeMask),
     StringField(5, "Version : %s\n"),
     StringField(6, "Serial Number : %s\n"),
     StringField(7, "Asset Tag : %s\n"),

@@ -1,5 +1,6 @@
 // The frame that every decoder follows.
 #include "Lib/API/RyxPrint.h"
+#include "Lib/API/RyxSmbios.h"
 #include "viewer/StructDispatch.h"
 #include "viewer/ViewerState.h"
 
@@ -30,6 +31,9 @@ FieldOutcome FieldShow(const DecoderField& field, const StructPlace& place) {
 
 // Shows one structure. True when the whole decoder ends with it.
 bool StructShow(const StructPlace& place, std::span<const DecoderField> fields) {
+    if (RyxInterrupted()) {
+        return true;
+    }
     FieldValue type;
     if (!FieldRead(place, TypeRow, &type) || type.Number >= StructTypeNameTable.size()) {
         return false;
@@ -63,8 +67,12 @@ bool StructShow(const StructPlace& place, std::span<const DecoderField> fields) 
 
 } // namespace
 
+bool StructDecoder::FirstOnly() const {
+    return Form == DecoderForm::Single && !RyxSmbiosWholeGet();
+}
+
 RyxStatus StructDecoder::operator()() const {
-    const bool first = Form == DecoderForm::Single;
+    const bool first = FirstOnly();
     const std::uint8_t end = first ? 2 : ViewerInstanceEnd;
     for (std::uint8_t instance = first ? 1 : ViewerInstanceFirst; instance < end; ++instance) {
         if (StructShow({Type, instance}, Fields)) {

@@ -6,7 +6,8 @@
 #include <algorithm>
 #include <cstddef>
 
-// Which structures of its type a decoder shows: the first one only, or those in the viewer's instance range.
+// Which structures of its type a decoder shows: the first one only (unless the whole table is wanted), or those in the
+// viewer's instance range.
 enum class DecoderForm : std::uint8_t { Single, Loop };
 
 // A decoder: the display name of its type, and its fields from number 4 on, whose rows ascend; else it does not
@@ -27,6 +28,9 @@ struct StructDecoder {
             last = field.Row > last ? field.Row : throw "the rows of a decoder ascend";
         }
     }
+
+    // Tells whether no structure but the first one is shown, whatever the instance range.
+    bool FirstOnly() const;
 
     // Shows the selected fields of the structures; a field that can't be read ends a structure's output silently.
     // Always RyxOk.

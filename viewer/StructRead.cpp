@@ -6,12 +6,22 @@
 #include "viewer/ViewerState.h"
 
 #include <algorithm>
-#include <array>
+#include <iterator>
 
 namespace {
 
-constexpr std::uint64_t SelectionLimit = 128;
-constexpr std::array<std::uint64_t, 11> SingleInstanceTypes = {0, 1, 2, 3, 4, 11, 12, 24, 32, 126, 127};
+constexpr std::uint8_t ControlEnd = 0x20; // what is below controls terminals
+constexpr std::uint8_t ControlDelete = 0x7F;
+
+// Keeps a text of the machine from driving the terminal that shows it. The text is at the start of the latest value.
+void ControlsHide(std::size_t length) {
+    std::uint8_t* data = nullptr;
+    std::uint64_t size = 0;
+    if (RyxConsoleIsOutput() && RyxBinInfoGet(ViewerFieldBin, &data, &size) == RyxOk) {
+        std::replace_if(
+            data, data + length, [](std::uint8_t byte) { return byte < ControlEnd || byte == ControlDelete; }, '.');
+    }
+}
 
 // Keeps the value that the library gave, if any, and takes its bytes.
 RyxStatus ValueTake(RyxStatus status, RyxBin* bin, FieldValue* value) {
@@ -34,15 +44,6 @@ RyxStatus ValueTake(RyxStatus status, RyxBin* bin, FieldValue* value) {
 }
 
 } // namespace
-
-RyxStatus SelectionCheck(std::uint64_t type, std::uint64_t instance, std::uint64_t field) {
-    if (instance > SelectionLimit || type > SelectionLimit || field > SelectionLimit) {
-        return RyxErrorUnsupported;
-    }
-    const bool single =
-        std::find(SingleInstanceTypes.begin(), SingleInstanceTypes.end(), type) != SingleInstanceTypes.end();
-    return single && instance > 1 ? RyxErrorUnsupported : RyxOk;
-}
 
 RyxStatus EpsFieldRead(std::uint32_t field, FieldValue* value) {
     ViewerBinClear();
@@ -72,6 +73,7 @@ RyxStatus StructStringRead(std::uint32_t field, std::uint32_t instance, std::str
     }
     *text = std::string_view(reinterpret_cast<const char*>(value.Bytes.data()), value.Bytes.size());
     *text = text->substr(0, text->find('\0'));
+    ControlsHide(text->size());
     if (text->empty()) {
         *text = "NULL";
     }

@@ -7,10 +7,6 @@
 #include <span>
 #include <string_view>
 
-// RyxOk when the viewer accepts the selection of a type, an instance (0: every one) and a field (0: every one),
-// RyxErrorUnsupported when not.
-RyxStatus SelectionCheck(std::uint64_t type, std::uint64_t instance, std::uint64_t field);
-
 // What was read: the bytes as SMBIOS stores them, and the first eight of them as a little-endian number.
 struct FieldValue {
     std::span<const std::uint8_t> Bytes;
@@ -26,6 +22,7 @@ RyxStatus StructFieldRead(std::uint32_t field, std::uint32_t instance, FieldValu
 RyxStatus StructAreaRead(std::uint8_t type, std::uint32_t instance, std::uint8_t offset, FieldValue* value);
 
 // The text of a string field, whole and terminated, "NULL" for an empty or absent string. It stays valid as bytes do.
+// Where standard output is a console, a dot stands for every control character.
 RyxStatus StructStringRead(std::uint32_t field, std::uint32_t instance, std::string_view* text);
 
 // The SMBIOS version from the entry point; an out-parameter keeps its value when its field can't be read.

@@ -16,7 +16,7 @@
 #include "Lib/Platform/System.h"
 
 #include <cstdio>
-#include <cstdlib>
+#include <cstring>
 
 namespace {
 
@@ -63,11 +63,17 @@ void ArgumentsScan(std::uint32_t count, char** arguments) {
 
 // Keeps the folder of packages, cut to the space that there is.
 void PackageFolderKeep() {
-    if (const char* folder = std::getenv("PACKORGDIR")) {
+    if (const char* const folder = EnvironmentGet("PACKORGDIR")) {
         InstanceState& instance = InstanceStateGet();
         std::snprintf(instance.PackageFolder, sizeof instance.PackageFolder, "%s", folder);
         instance.PackageFolderSet = true;
     }
+}
+
+// Whether the environment asks for the whole table.
+bool WholeTableWanted() {
+    const char* const value = EnvironmentGet("QUARRINET_WHOLE");
+    return value != nullptr && *value != '\0' && std::strcmp(value, "0") != 0;
 }
 
 RyxStatus PowerChange(std::uint8_t operation) {
@@ -79,6 +85,7 @@ RyxStatus PowerChange(std::uint8_t operation) {
 
 RyxStatus RyxLibInit(std::uint32_t argumentCount, char** arguments) {
     LibraryContextGet().Options = {};
+    LibraryContextGet().WholeTable = WholeTableWanted();
     RyxArgsSet(argumentCount, arguments);
     if (const RyxStatus status = PlatformPrepare(); status != RyxOk) {
         return status;

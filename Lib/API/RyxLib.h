@@ -7,8 +7,9 @@
 
 // Starts the library and the platform: clears the options, records the arguments (kept, not copied), pins the process
 // to one processor, checks administrator rights, loads the helper driver, registers the instance, holds the system
-// awake and chooses a firmware communication method. RyxErrorGeneral, RyxErrorNotAdministrator, RyxErrorDriverLoad,
-// RyxErrorPowerRequest; what was done by then is not undone.
+// awake and chooses a firmware communication method. The environment variable QUARRINET_WHOLE, set to anything but the
+// empty text or 0, makes the whole table count (RyxSmbiosWholeGet). RyxErrorGeneral, RyxErrorNotAdministrator,
+// RyxErrorDriverLoad, RyxErrorPowerRequest; what was done by then is not undone.
 RyxStatus RyxLibInit(std::uint32_t argumentCount, char** arguments);
 
 // Undoes the start in reverse; the last tool on the machine removes the driver service. RyxErrorDriverRequest: the

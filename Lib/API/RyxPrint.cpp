@@ -4,6 +4,7 @@
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Platform/Console.h"
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 
@@ -27,6 +28,17 @@ std::uint32_t FormatLines(const char* format, std::uint32_t width) {
     return lines;
 }
 
+// Writes a text and sees it off; keeps the error that prevents it.
+void OutputWrite(const char* text) {
+    if (std::fputs(text, stdout) >= 0 && std::fflush(stdout) == 0) {
+        return;
+    }
+    int& error = LibraryContextGet().OutputError;
+    if (error == 0 && !OutputReaderGone()) {
+        error = errno;
+    }
+}
+
 // Counts a print's lines and pauses when they fill the page. The page is measured at the first paged print that finds a
 // console, and kept.
 void PageCount(const char* format) {
@@ -48,10 +60,11 @@ void PageCount(const char* format) {
     }
     pager.LineCount += FormatLines(format, pager.Width);
     if (pager.LineCount >= pager.PageLimit) {
-        std::fputs("Press any key to continue...\n", stdout);
-        std::fflush(stdout);
+        OutputWrite("Press any key to continue...\n");
         RyxKeyWait();
-        RyxConsoleClear();
+        if (!RyxInterrupted()) {
+            RyxConsoleClear();
+        }
         pager.LineCount = 0;
     }
 }
@@ -63,19 +76,27 @@ RyxStatus RyxPrintf(const char* format, ...) {
         return RyxErrorArgument;
     }
     LibraryContext& context = LibraryContextGet();
-    if (context.Options.Byte[RyxOptionQuiet] == 1) {
+    if (context.Options.Byte[RyxOptionQuiet] == 1 || RyxInterrupted()) {
         return RyxOk;
     }
     std::va_list arguments;
     va_start(arguments, format);
     std::vsnprintf(context.PrintBuffer, sizeof context.PrintBuffer, format, arguments);
     va_end(arguments);
-    std::fputs(context.PrintBuffer, stdout);
+    OutputWrite(context.PrintBuffer);
     if (context.Options.Byte[RyxOptionPaging] == 1) {
         PageCount(format);
     }
-    std::fflush(stdout);
     return RyxOk;
+}
+
+int RyxOutputErrorGet() {
+    OutputWrite(""); // what was printed past RyxPrintf
+    return LibraryContextGet().OutputError;
+}
+
+bool RyxConsoleIsOutput() {
+    return ConsoleIsOutput();
 }
 
 RyxStatus RyxConsoleSizeGet(std::uint32_t* width, std::uint32_t* height) {
@@ -88,4 +109,16 @@ void RyxConsoleClear() {
 
 void RyxKeyWait() {
     ConsoleKeyWait();
+}
+
+void RyxInterruptsCatch() {
+    ConsoleInterruptsCatch();
+}
+
+bool RyxInterrupted() {
+    return ConsoleInterrupted();
+}
+
+void RyxInterruptedEnd() {
+    ConsoleInterruptedEnd();
 }

@@ -3,6 +3,7 @@
 
 #include "Lib/Common/DmiInfoEntryGet.h"
 #include "Lib/Common/DmiParser.h"
+#include "Lib/Common/LibraryContext.h"
 
 namespace {
 
@@ -10,7 +11,7 @@ namespace {
 RyxStatus InstanceCopyGet(std::uint16_t type, std::uint32_t instance, DmiTableCopy* table, DmiStruct* found) {
     const RyxStatus status = DmiTableCopyGet(table);
     if (status == RyxOk) {
-        DmiInstanceFind(*table, type, instance, found);
+        DmiInstanceFind(*table, type, instance, found, RyxSmbiosWholeGet());
     }
     return status;
 }
@@ -28,6 +29,10 @@ RyxStatus RyxSmbiosDataGet(std::uint32_t field, std::uint32_t instance, RyxBin**
     DmiStruct found({});
     const RyxStatus status = InstanceCopyGet(type, instance, &table, &found);
     return status != RyxOk || !found.Exists() ? status : DmiStructFieldGet(found, descriptor, bin);
+}
+
+bool RyxSmbiosWholeGet() {
+    return LibraryContextGet().WholeTable;
 }
 
 RyxStatus RyxSmbiosAreaGet(std::uint8_t type, std::uint32_t instance, std::uint8_t offset, RyxBin** bin) {

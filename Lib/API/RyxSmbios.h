@@ -13,6 +13,10 @@
 // or no out-parameter; RyxErrorNotFound, RyxErrorBuffer, RyxErrorTableRead: no table; RyxErrorMemory.
 RyxStatus RyxSmbiosDataGet(std::uint32_t field, std::uint32_t instance, RyxBin** bin);
 
+// Tells whether the user wants the whole table (see RyxLibInit): then every structure counts, whatever its handle and
+// place, and a tool has to show every structure of a type, also where it shows the first one otherwise.
+bool RyxSmbiosWholeGet();
+
 // Gives the bytes of a structure from `offset` to the end of its formatted area, never past the table, as a new
 // container that the caller owns (empty when the table ends right at the offset). Instances, and the result without a
 // match, are as for RyxSmbiosDataGet. RyxErrorUnsupported: the formatted area does not reach beyond the offset.

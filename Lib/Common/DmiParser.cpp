@@ -8,10 +8,12 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <limits>
 
 namespace {
 
 constexpr std::uint32_t ExaminedLimit = 128;
+constexpr std::uint16_t HandleLimit = 0xFF;
 constexpr std::uint16_t TypeEndOfTable = 127;
 
 // Where a value lies in its structure, in bytes.
@@ -338,14 +340,18 @@ RyxStatus DmiStructAreaGet(const DmiStruct& structure, std::uint8_t offset, RyxB
     return RyxBinMake(rest.data(), length, bin);
 }
 
-bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_t instance, DmiStruct* found) {
+// The step to the next structure is part of the loop: as a call, which compilers choose here, a walk takes a third
+// more.
+[[gnu::flatten]] bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_t instance,
+                                      DmiStruct* found, bool whole) {
+    const std::uint16_t highest = whole || type == TypeEndOfTable ? 0xFFFF : HandleLimit;
     DmiStruct structure({table.Bytes.get(), table.Size}, table.Version);
     std::uint32_t counted = 1;
     if (!structure.Exists()) {
         return false;
     }
-    for (std::uint32_t examined = 0; examined < ExaminedLimit; ++examined) {
-        if (structure.Type() == type && (structure.Handle() <= 0xFF || type == TypeEndOfTable)) {
+    for (std::uint32_t left = whole ? std::numeric_limits<std::uint32_t>::max() : ExaminedLimit; left != 0; --left) {
+        if (structure.Type() == type && structure.Handle() <= highest) {
             if (counted == instance) {
                 *found = structure;
                 return true;

@@ -64,6 +64,7 @@ RyxStatus DmiStructFieldGet(const DmiStruct& structure, std::uint16_t descriptor
 // offset, or the table before it; RyxErrorArgument: no `bin`; RyxErrorMemory.
 RyxStatus DmiStructAreaGet(const DmiStruct& structure, std::uint8_t offset, RyxBin** bin);
 
-// Finds the instance (from 1) of a type among the first 128 structures of a table. Structures with a handle above 00FFh
-// count for type 127 only. False when there is none.
-bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_t instance, DmiStruct* found);
+// Finds the instance (from 1) of a type among the first 128 structures of a table, of which those with a handle above
+// 00FFh count for type 127 only; or among all structures of the whole table. False when there is none.
+bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_t instance, DmiStruct* found,
+                     bool whole = false);

@@ -30,6 +30,8 @@ struct LibraryContext {
     char PlatformDescription[128];
     char PrintBuffer[1024];
     PagerState Pager;
+    bool WholeTable; // no limit hides structures: whatever their handle, place and number
+    int OutputError; // number of the first error that kept a print from standard output, or 0
 };
 
 LibraryContext& LibraryContextGet();

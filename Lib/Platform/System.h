@@ -30,3 +30,6 @@ bool ProcessIsAdministrator();
 // terminated. False when the system does not tell or the path does not fit `capacity` characters with its terminator.
 bool ExecutablePathGet(char* path, std::size_t capacity);
 bool ExecutableFolderGet(char* folder, std::size_t capacity);
+
+// The value of an environment variable, the system's own text; null when it is not set.
+const char* EnvironmentGet(const char* name);

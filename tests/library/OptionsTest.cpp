@@ -33,7 +33,14 @@ TEST(Options, TakeTheirValuesAndRefuseOthers) {
         {30, 0x12345678, 0, RyxOk},
         {38, 1, 0, RyxOk},
         {27, 0, 0, RyxOk},
+        {27, 2, 0, RyxErrorArgument},
+        {28, 2, 0, RyxErrorArgument},
+        {29, 2, 0, RyxErrorArgument},
         {28, 1, 0, RyxErrorGeneral},
+        {9, 0x76543210, 0, RyxOk},
+        {25, 7, 8, RyxOk},
+        {26, 0x89ABCDEF, 0, RyxOk},
+        {10, 0x1FF, 0, RyxOk},
     };
     for (const auto& test : cases) {
         EXPECT_EQ(RyxOptionSet(test.Option, test.Low, test.High), test.Status) << test.Option << " " << test.Low;
@@ -43,7 +50,11 @@ TEST(Options, TakeTheirValuesAndRefuseOthers) {
     EXPECT_EQ(options.Byte[21], 0);
     EXPECT_EQ(options.Byte[28], 0);
     EXPECT_EQ(options.Long24, 0x600000005U);
+    EXPECT_EQ(options.Long25, 0x800000007U);
+    EXPECT_EQ(options.Word9, 0x76543210U);
+    EXPECT_EQ(options.Word26, 0x89ABCDEFU);
     EXPECT_EQ(options.Word30, 0x12345678U);
+    EXPECT_EQ(options.Byte[10], 0xFF);
 }
 
 TEST(Files, AreReadWhole) {
@@ -56,7 +67,9 @@ TEST(Files, AreReadWhole) {
     EXPECT_EQ(RyxFileRead(folder.Write("empty", std::string()).c_str(), &block, &size), RyxOk);
     EXPECT_EQ(block, nullptr);
     EXPECT_EQ(size, 0U);
+    size = 9;
     EXPECT_EQ(RyxFileRead((folder.Path + "/missing").c_str(), &block, &size), RyxErrorFileOpen);
+    EXPECT_EQ(size, 0U);
 }
 
 } // namespace

@@ -6,9 +6,12 @@
 namespace {
 
 TEST(Texts, AreFoundInTheirPartOrAreUnrecognized) {
-    constexpr const char* low[] = {"zero", ""};
-    constexpr const char* high[] = {"A0", "A1"};
-    constexpr TextRange ranges[] = {{5, 7, "range"}, {0x90, 0x90, "single"}};
+    static constexpr const char* low[] = {"zero", ""};
+    static constexpr const char* high[] = {"A0", "A1"};
+    static constexpr TextRange ranges[] = {{5, 7, "range"}, {0x90, 0x90, "single"}};
+    static constexpr TextRange newer[] = {{4, "newer"}, {0x80, 0x8F, "newer range"}};
+    static constexpr TextRange behind[] = {{0xA2, "newer"}};
+    constexpr TextTable named = TextTable(low, ranges).With(newer);
     struct {
         TextTable Table;
         std::uint64_t Code;
@@ -26,6 +29,12 @@ TEST(Texts, AreFoundInTheirPartOrAreUnrecognized) {
         {{low, ranges}, 7, "range"},
         {{low, ranges}, 8, "Unrecognized"},
         {{low, ranges}, 0x90, "single"},
+        {named, 7, "range"},
+        {named, 4, "newer"},
+        {named, 0x8F, "newer range"},
+        {named, 0x91, "Unrecognized"},
+        {TextTable(low, high).With(behind), 0xA1, "A1"},
+        {TextTable(low, high).With(behind), 0xA2, "newer"},
     };
     for (const auto& test : cases) {
         EXPECT_STREQ(TextFind(test.Table, test.Code), test.Text) << test.Code;

@@ -87,6 +87,11 @@ TEST(Walk, InstancesCountByHandle) {
     EXPECT_FALSE(DmiInstanceFind(copy, 11, 3, &found));
     EXPECT_FALSE(DmiInstanceFind(copy, 11, 0, &found));
     EXPECT_TRUE(DmiInstanceFind(copy, 127, 1, &found));
+    ASSERT_TRUE(DmiInstanceFind(copy, 11, 2, &found, true));
+    EXPECT_EQ(found.Handle(), 0x101) << "of the whole table every structure counts";
+    ASSERT_TRUE(DmiInstanceFind(copy, 11, 3, &found, true));
+    EXPECT_EQ(found.Handle(), 0x30);
+    EXPECT_FALSE(DmiInstanceFind(copy, 11, 4, &found, true));
 }
 
 TEST(Walk, FieldsAreBoundedByStructureVersionAndTable) {

@@ -1,15 +1,12 @@
 // The console: one of a fixed size, the terminal of standard output, or none.
 #include "Lib/Platform/StandIn/Faults.h"
+#include "Lib/Platform/StandIn/Terminal.h"
 
 #include <conio.h>
 #include <windows.h>
 
-#include <cerrno>
-#include <csignal>
 #include <cstdio>
-#include <fcntl.h>
 #include <sys/ioctl.h>
-#include <termios.h>
 #include <unistd.h>
 
 using namespace StandIn;
@@ -21,7 +18,7 @@ constexpr WORD DefaultColour = 7;         // light grey on black
 constexpr int EndOfInput = -1;
 constexpr int EnterKey = '\r';
 
-// The size of the console behind standard output; false when there is none.
+// The size of the console behind standard output; false when there is none, or none that keys can be read from.
 bool SizeGet(SHORT* columns, SHORT* rows) {
     const Machine& machine = MachineGet();
     if (machine.Console == ConsoleKind::Fixed) {
@@ -31,7 +28,7 @@ bool SizeGet(SHORT* columns, SHORT* rows) {
     }
     winsize size{};
     if (machine.Console == ConsoleKind::None || isatty(STDOUT_FILENO) == 0 ||
-        ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0 || size.ws_row == 0) {
+        ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0 || size.ws_row == 0 || !TerminalReadable()) {
         return false;
     }
     *columns = static_cast<SHORT>(size.ws_col);
@@ -61,35 +58,6 @@ bool IsHome(COORD place) {
     return place.X == 0 && place.Y == 0;
 }
 
-// Reads one byte from the controlling terminal. The interrupt key works as ever, once the terminal is as it was.
-int TerminalKey() {
-    std::fflush(stdout);
-    const int terminal = open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY);
-    termios before{};
-    if (terminal < 0 || tcgetattr(terminal, &before) != 0) {
-        if (terminal >= 0) {
-            close(terminal);
-        }
-        return EndOfInput;
-    }
-    termios raw = before;
-    raw.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO | ISIG);
-    raw.c_cc[VMIN] = 1;
-    raw.c_cc[VTIME] = 0;
-    tcsetattr(terminal, TCSADRAIN, &raw);
-    unsigned char key = 0;
-    ssize_t got = 0;
-    do {
-        got = read(terminal, &key, 1);
-    } while (got < 0 && errno == EINTR);
-    tcsetattr(terminal, TCSADRAIN, &before);
-    close(terminal);
-    if (got == 1 && (before.c_lflag & ISIG) != 0 && key == before.c_cc[VINTR]) {
-        std::raise(SIGINT);
-    }
-    return got == 1 ? key : EndOfInput;
-}
-
 } // namespace
 
 HANDLE WINAPI GetStdHandle(DWORD nStdHandle) {
@@ -101,6 +69,20 @@ HANDLE WINAPI GetStdHandle(DWORD nStdHandle) {
         return INVALID_HANDLE_VALUE;
     }
     return reinterpret_cast<HANDLE>(OutputHandle);
+}
+
+// A terminal has no modes that anybody asks for.
+BOOL WINAPI GetConsoleMode(HANDLE hConsoleHandle, LPDWORD lpMode) {
+    if (FailsWith(Named("GetConsoleMode"), ERROR_INVALID_HANDLE)) {
+        return FALSE;
+    }
+    const ConsoleKind kind = MachineGet().Console;
+    if (reinterpret_cast<std::intptr_t>(hConsoleHandle) != OutputHandle || kind == ConsoleKind::None ||
+        (kind == ConsoleKind::Terminal && isatty(STDOUT_FILENO) == 0)) {
+        return FailFalse(ERROR_INVALID_HANDLE);
+    }
+    *lpMode = 0;
+    return TRUE;
 }
 
 BOOL WINAPI GetConsoleScreenBufferInfo(HANDLE hConsoleOutput, PCONSOLE_SCREEN_BUFFER_INFO lpConsoleScreenBufferInfo) {
@@ -157,13 +139,18 @@ BOOL WINAPI SetConsoleCursorPosition(HANDLE hConsoleOutput, COORD dwCursorPositi
     return TRUE;
 }
 
+// Without a terminal there is nothing to wait for.
+extern "C" int _kbhit() {
+    return MachineGet().Console != ConsoleKind::Terminal || TerminalKeyWaits() ? 1 : 0;
+}
+
 extern "C" int _getch() {
     KeySeen();
     switch (MachineGet().Console) {
     case ConsoleKind::Fixed:
         return EnterKey;
     case ConsoleKind::Terminal:
-        return TerminalKey();
+        return TerminalKeyRead();
     default:
         return EndOfInput;
     }

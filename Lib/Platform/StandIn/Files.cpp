@@ -3,6 +3,7 @@
 
 #include "Lib/Platform/StandIn/Faults.h"
 #include "Lib/Platform/StandIn/Handles.h"
+#include "Lib/Platform/StandIn/HostFile.h"
 #include "Lib/Platform/StandIn/Kernel.h"
 #include "Lib/Platform/StandIn/State.h"
 
@@ -11,9 +12,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <fcntl.h>
-#include <filesystem>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -41,6 +42,10 @@ std::string HostPath(std::string path) {
     return path;
 }
 
+bool HostFileExists(const std::string& path) {
+    return access(HostPath(path).c_str(), F_OK) == 0;
+}
+
 bool HasDrive(const std::string& key) {
     return key.size() >= 2 && key[1] == ':';
 }
@@ -51,9 +56,8 @@ bool FolderExists(const std::string& key, const std::string& path) {
         const std::size_t end = key.rfind('\\');
         return end != std::string::npos && key.substr(0, end + 1) == Lower(TemporaryFolder);
     }
-    std::error_code ignored;
-    const std::filesystem::path folder = std::filesystem::path(HostPath(path)).parent_path();
-    return folder.empty() || std::filesystem::is_directory(folder, ignored);
+    const std::string host = HostPath(path);
+    return HostFolderExists(host.substr(0, host.rfind('/') + 1) + ".");
 }
 
 bool DriverRunsFrom(const SharedState& state, const std::string& key) {
@@ -113,8 +117,8 @@ std::string StandIn::FileKey(const std::string& path) {
     std::string whole = path;
     std::replace(whole.begin(), whole.end(), '/', '\\');
     if (!whole.empty() && whole.front() != '\\' && !HasDrive(whole)) {
-        std::error_code ignored;
-        whole = std::filesystem::current_path(ignored).string() + "\\" + whole;
+        char folder[PATH_MAX] = "";
+        whole = std::string(getcwd(folder, sizeof folder) != nullptr ? folder : "") + "\\" + whole;
     }
     std::string key;
     for (const char one : whole) {
@@ -151,8 +155,7 @@ HANDLE WINAPI CreateFileA(LPCSTR lpFileName, DWORD dwDesiredAccess, DWORD dwShar
         return NoFile(state.Error());
     }
     const bool stored = state->Files.count(key) != 0;
-    std::error_code ignored;
-    const bool exists = stored || (!HasDrive(key) && std::filesystem::exists(HostPath(path), ignored));
+    const bool exists = stored || (!HasDrive(key) && HostFileExists(path));
     const bool creates = dwCreationDisposition == CREATE_ALWAYS; // else it opens what is there
     if (!exists && !creates) {
         return NoFile(ERROR_FILE_NOT_FOUND);
@@ -296,8 +299,7 @@ BOOL WINAPI DeleteFileA(LPCSTR lpFileName) {
     }
     const auto found = state->Files.find(key);
     if (found == state->Files.end()) {
-        std::error_code ignored;
-        return FailFalse(std::filesystem::exists(HostPath(path), ignored) ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND);
+        return FailFalse(HostFileExists(path) ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND);
     }
     if (HandleOpenFor(HandleKind::File, key)) {
         return FailFalse(ERROR_SHARING_VIOLATION);

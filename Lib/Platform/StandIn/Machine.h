@@ -50,6 +50,9 @@ struct FirmwareVariable {
     std::uint32_t Error = 0;
 };
 
+// Lets a pause of less than a second pass and gives the time since some fixed point, both in milliseconds.
+std::uint64_t SystemClock(std::uint32_t pause);
+
 // What a machine is made of. Plain data: tests build one in a few lines and hand it to MachineSet.
 struct Machine {
     std::vector<MemoryRegion> Memory;
@@ -74,6 +77,7 @@ struct Machine {
     bool VariablePrivilege = true;                     // false: SeSystemEnvironmentPrivilege can't be enabled
     std::set<std::string> FirmwareRefuses;             // command names that the firmware refuses
     std::vector<Fault> Faults;
+    std::uint64_t (*Clock)(std::uint32_t pause) = SystemClock; // that waits go by; one's own may count without waiting
 };
 
 // Replaces the process's machine: closes nothing, forgets all in-process state (registry, services, files, handles,

@@ -1,11 +1,17 @@
 // The machine that the user chose: this computer, the sample, a folder, a dump or a machine file.
+#include "Lib/Platform/StandIn/HostFile.h"
 #include "Lib/Platform/StandIn/MachineTables.h"
+#include "Lib/Platform/StandIn/State.h"
 
 #include <algorithm>
+#include <cctype>
+#include <cerrno>
 #include <charconv>
-#include <filesystem>
+#include <cstdlib>
 #include <initializer_list>
 #include <limits>
+#include <memory>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -13,11 +19,15 @@ namespace StandIn {
 
 namespace {
 
+constexpr char HostFolder[] = "/sys/firmware/dmi/tables";
+constexpr char NoMemory[] = "not enough memory to read it";
+
 // A machine file while it is read. What it names explicitly is kept aside until its tables are installed, for it goes
 // before them wherever it stands in the file.
 struct Reading {
-    std::filesystem::path Folder;
+    std::string Folder; // with a slash at its end; empty: the working folder
     std::size_t Line = 0;
+    bool Understood = false; // a line was
     Machine Made;
     std::vector<MemoryRegion> Memory;
     bool SmbiosGiven = false;
@@ -27,7 +37,7 @@ struct Reading {
     std::string State;
     std::size_t StateLine = 0;
 
-    std::string Path(const std::string& value) const { return (Folder / value).string(); }
+    std::string Path(const std::string& value) const { return value.front() == '/' ? value : Folder + value; }
 };
 
 std::string_view Trimmed(std::string_view text) {
@@ -95,6 +105,14 @@ bool Choose(const std::string& value, std::initializer_list<std::pair<const char
 
 bool ChooseYes(const std::string& value, bool* target, std::string* reason) {
     return Choose<bool>(value, {{"yes", true}, {"no", false}}, target, reason);
+}
+
+bool FileRead(const std::string& path, Bytes* content, std::string* reason) {
+    const int error = HostFileRead(path, content);
+    if (error != 0) {
+        *reason = HostFault(path, error);
+    }
+    return error == 0;
 }
 
 bool MemoryAdd(Reading& reading, const std::string& address, const std::string& value, std::string* reason) {
@@ -321,46 +339,42 @@ bool LineApply(Reading& reading, std::string_view line, std::string* reason) {
     return false;
 }
 
-bool TablesLoad(Machine& machine, const std::string& path, std::string* reason) {
-    std::error_code ignored;
-    if (std::filesystem::is_directory(path, ignored)) {
-        return FolderInstall(machine, path, reason);
+bool TablesLoad(Reading& reading, std::string* reason, std::string* notice) {
+    const std::string path = reading.Path(reading.Tables);
+    if (HostFolderExists(path)) {
+        return FolderInstall(reading.Made, path, reason, notice);
     }
     Bytes content;
     if (!FileRead(path, &content, reason)) {
         return false;
     }
     if (!IsDump(content)) {
-        *reason = path + ": neither a folder of tables nor a dump";
+        const std::string name = ContentName(content, reading.Tables);
+        *reason = path + ": neither a folder of tables nor a dump" + (name.empty() ? "" : ", but " + name);
         return false;
     }
-    return DumpInstall(machine, path, content, reason);
+    return DumpInstall(reading.Made, path, content, reason, notice);
 }
 
 bool StateFolderMake(Reading& reading, std::string* reason) {
-    std::error_code failure;
-    const std::filesystem::path given = reading.Folder / reading.State;
-    const std::filesystem::path folder = std::filesystem::absolute(given, failure);
-    if (!failure) {
-        std::filesystem::create_directories(folder, failure);
-    }
-    if (!failure && !std::filesystem::is_directory(folder, failure)) {
-        failure = std::make_error_code(std::errc::not_a_directory);
-    }
-    if (failure) {
-        *reason = given.string() + ": " + failure.message();
+    const std::string given = reading.Path(reading.State);
+    const int error = HostFolderMake(given);
+    const std::unique_ptr<char, void (*)(void*)> whole(realpath(given.c_str(), nullptr), &std::free);
+    if (error != 0 || !whole) {
+        *reason = HostFault(given, error != 0 ? error : errno);
         return false;
     }
-    reading.Made.StateFolder = folder.string();
-    return true;
+    *reason = StateFolderFault(given);
+    reading.Made.StateFolder = whole.get();
+    return reason->empty();
 }
 
 // Makes what the whole file describes, once all of its lines are known.
-bool Finish(Reading& reading, std::string* reason) {
+bool Finish(Reading& reading, std::string* reason, std::string* notice) {
     if (!reading.Tables.empty()) {
         reading.Line = reading.TablesLine;
         std::string detail;
-        if (!TablesLoad(reading.Made, reading.Path(reading.Tables), &detail)) {
+        if (!TablesLoad(reading, &detail, notice)) {
             *reason = "tables: " + detail;
             return false;
         }
@@ -382,26 +396,75 @@ bool Finish(Reading& reading, std::string* reason) {
     return true;
 }
 
-std::optional<Machine> MachineFileRead(const std::string& path, const Bytes& content, std::string* error) {
+// Whether a line looks like one of a machine file, be it mistaken.
+bool LooksLikeKey(std::string_view line) {
+    const std::string_view key = line.substr(0, line.find('='));
+    return key.size() < line.size() && std::all_of(key.begin(), key.end(), [](unsigned char one) {
+               return std::isalnum(one) != 0 || one == '-' || one == '/' || one == ' ' || one == '\t';
+           });
+}
+
+std::optional<Machine> MachineFileRead(const std::string& path, const Bytes& content, std::string* error,
+                                       std::string* notice) {
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     Reading reading;
-    reading.Folder = std::filesystem::path(path).parent_path();
+    reading.Folder = path.substr(0, path.rfind('/') + 1);
     std::string_view rest(reinterpret_cast<const char*>(content.data()), content.size());
+    rest.remove_prefix(rest.substr(0, byteOrderMark.size()) == byteOrderMark ? byteOrderMark.size() : 0);
     std::string reason;
+    std::string_view line;
     bool good = true;
-    while (good && !rest.empty()) {
-        const std::size_t end = std::min(rest.find('\n'), rest.size());
-        const std::string_view line = Trimmed(rest.substr(0, end));
-        rest.remove_prefix(std::min(end + 1, rest.size()));
-        ++reading.Line;
-        if (!line.empty() && line.front() != '#') {
-            good = LineApply(reading, line, &reason);
+    try {
+        while (good && !rest.empty()) {
+            const std::size_t end = std::min(rest.find('\n'), rest.size());
+            line = Trimmed(rest.substr(0, end));
+            rest.remove_prefix(std::min(end + 1, rest.size()));
+            ++reading.Line;
+            if (!line.empty() && line.front() != '#') {
+                good = LineApply(reading, line, &reason);
+                reading.Understood = reading.Understood || good;
+            }
         }
+        good = good && Finish(reading, &reason, notice);
+    } catch (const std::bad_alloc&) {
+        good = false;
+        reading.Understood = true;
+        reason = NoMemory;
     }
-    if (!good || !Finish(reading, &reason)) {
-        *error = path + ":" + std::to_string(reading.Line) + ": " + reason;
+    if (good) {
+        return std::move(reading.Made);
+    }
+    const std::string number = std::to_string(reading.Line);
+    const bool foreign = !reading.Understood && !LooksLikeKey(line);
+    *error = foreign
+                 ? path + ": neither a dump nor a machine file (line " + number + ": " + reason + ")" + AcceptedForms
+                 : path + ":" + number + ": " + reason;
+    return std::nullopt;
+}
+
+std::optional<Machine> MachineChoose(const std::string& choice, std::string* error, std::string* notice) {
+    if (choice == "sample") {
+        return SampleMachine();
+    }
+    if (choice.empty() || choice == "host") {
+        return HostMachine(HostFolder, choice.empty(), error, notice);
+    }
+    Machine machine;
+    if (HostFolderExists(choice)) {
+        return FolderInstall(machine, choice, error, notice) ? std::optional(std::move(machine)) : std::nullopt;
+    }
+    Bytes content;
+    if (!FileRead(choice, &content, error)) {
         return std::nullopt;
     }
-    return std::move(reading.Made);
+    if (IsDump(content)) {
+        return DumpInstall(machine, choice, content, error, notice) ? std::optional(std::move(machine)) : std::nullopt;
+    }
+    if (const std::string name = ContentName(content, choice); !name.empty()) {
+        *error = choice + ": neither a dump nor a machine file, but " + name + AcceptedForms;
+        return std::nullopt;
+    }
+    return MachineFileRead(choice, content, error, notice);
 }
 
 } // namespace
@@ -409,34 +472,16 @@ std::optional<Machine> MachineFileRead(const std::string& path, const Bytes& con
 std::optional<Machine> MachineRead(const std::string& choice, std::string* error, std::string* notice) {
     error->clear();
     notice->clear();
-    if (choice == "sample") {
-        return SampleMachine();
+    std::optional<Machine> machine;
+    try {
+        machine = MachineChoose(choice, error, notice);
+    } catch (const std::bad_alloc&) {
+        *error = (choice.empty() ? HostFolder : choice) + ": " + NoMemory;
     }
-    Machine machine;
-    if (choice.empty() || choice == "host") {
-        if (HostInstall(machine, error)) {
-            return machine;
-        }
-        if (choice == "host") {
-            *error = "this computer's SMBIOS tables can't be read: " + *error;
-            return std::nullopt;
-        }
-        error->clear();
-        *notice = "no SMBIOS tables can be read on this computer; showing the built-in sample machine";
-        return SampleMachine();
+    if (!machine) {
+        notice->clear();
     }
-    std::error_code ignored;
-    Bytes content;
-    if (std::filesystem::is_directory(choice, ignored)) {
-        return FolderInstall(machine, choice, error) ? std::optional<Machine>(std::move(machine)) : std::nullopt;
-    }
-    if (!FileRead(choice, &content, error)) {
-        return std::nullopt;
-    }
-    if (IsDump(content)) {
-        return DumpInstall(machine, choice, content, error) ? std::optional<Machine>(std::move(machine)) : std::nullopt;
-    }
-    return MachineFileRead(choice, content, error);
+    return machine;
 }
 
 } // namespace StandIn

@@ -2,6 +2,7 @@
 #include "Lib/Platform/StandIn/Faults.h"
 #include "Lib/Platform/StandIn/FirmwareModel.h"
 #include "Lib/Platform/StandIn/Handles.h"
+#include "Lib/Platform/StandIn/HostFile.h"
 #include "Lib/Platform/StandIn/Kernel.h"
 #include "Lib/Platform/StandIn/Machine.h"
 #include "Lib/Platform/StandIn/Mutexes.h"
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <utility>
 
 namespace StandIn {
@@ -75,8 +75,7 @@ void MachineSet(Machine machine) {
     MachineGet() = std::move(machine);
     if (!MachineGet().StateFolder.empty()) {
         // When the folder can't be made, every operation that needs it fails.
-        std::error_code ignored;
-        std::filesystem::create_directories(MachineGet().StateFolder, ignored);
+        HostFolderMake(MachineGet().StateFolder);
     }
 }
 

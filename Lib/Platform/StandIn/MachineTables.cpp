@@ -1,11 +1,11 @@
 // Machines out of SMBIOS tables: an entry point and its structure table, from a folder, a dump or this computer.
 #include "Lib/Platform/StandIn/MachineTables.h"
 
+#include "Lib/Platform/StandIn/HostFile.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <memory>
 #include <utility>
 
 namespace StandIn {
@@ -16,14 +16,16 @@ constexpr std::uint64_t SegmentStart = 0xF0000;
 constexpr std::uint64_t ParagraphSize = 16;
 constexpr std::size_t LegacyEntrySize = 31;
 constexpr std::size_t EntrySize30 = 24;
-constexpr std::size_t FileSizeLimit = std::size_t{256} << 20; // also ends the reading of endless devices
-constexpr const char* HostFolder = "/sys/firmware/dmi/tables";
+constexpr std::size_t AnswerHeaderSize = 8;
+constexpr std::size_t StructureHeaderSize = 4;
+constexpr std::uint8_t EndOfTable = 127;
 
 bool BeginsWith(const Bytes& bytes, std::string_view anchor) {
-    return bytes.size() >= anchor.size() && std::equal(anchor.begin(), anchor.end(), bytes.begin());
+    return std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()).substr(0, anchor.size()) ==
+           anchor;
 }
 
-std::uint64_t Little(const Bytes& bytes, std::size_t offset, unsigned width) {
+std::uint64_t Little(const std::uint8_t* bytes, std::size_t offset, unsigned width) {
     std::uint64_t value = 0;
     while (width-- > 0) {
         value = value << 8 | bytes[offset + width];
@@ -56,15 +58,15 @@ std::optional<EntryPoint> EntryPointParse(const Bytes& bytes, std::string* error
                           bytes[0x06],
                           bytes[0x07],
                           bytes[0x0A],
-                          Little(bytes, 0x18, 4),
-                          static_cast<std::uint32_t>(Little(bytes, 0x16, 2))};
+                          Little(bytes.data(), 0x18, 4),
+                          static_cast<std::uint32_t>(Little(bytes.data(), 0x16, 2))};
     }
     return EntryPoint{false,
                       bytes[0x07],
                       bytes[0x08],
                       bytes[0x0A],
-                      Little(bytes, 0x10, 8),
-                      static_cast<std::uint32_t>(Little(bytes, 0x0C, 4))};
+                      Little(bytes.data(), 0x10, 8),
+                      static_cast<std::uint32_t>(Little(bytes.data(), 0x0C, 4))};
 }
 
 // The first paragraph of the legacy segment where an entry point does not overlap the table.
@@ -74,6 +76,72 @@ std::uint64_t EntryAddress(std::uint64_t tableAddress, std::size_t tableSize) {
         address += ParagraphSize;
     }
     return address;
+}
+
+// The structures at the start of some bytes, as far as they are whole.
+struct Structures {
+    std::size_t Count = 0;
+    std::size_t Size = 0;
+    bool Ended = false; // the last one says that it ends the table
+};
+
+Structures StructuresFind(const std::uint8_t* bytes, std::size_t size) {
+    Structures found;
+    while (!found.Ended && size - found.Size >= StructureHeaderSize + 2) {
+        const std::uint8_t* const start = bytes + found.Size;
+        const std::uint8_t* const end = bytes + size;
+        const std::uint8_t zeros[2] = {0, 0};
+        if (start[1] < StructureHeaderSize || start[1] > end - start) {
+            break;
+        }
+        const std::uint8_t* const strings = std::search(start + start[1], end, std::begin(zeros), std::end(zeros));
+        if (strings == end) {
+            break;
+        }
+        found.Ended = *start == EndOfTable;
+        found.Size = static_cast<std::size_t>(strings - bytes) + sizeof zeros;
+        ++found.Count;
+    }
+    return found;
+}
+
+// Whether some bytes are a structure table. A single structure is too little to tell.
+bool IsTable(const std::uint8_t* bytes, std::size_t size) {
+    const Structures found = StructuresFind(bytes, size);
+    return found.Count > 1 && (found.Ended || found.Size == size);
+}
+
+// Says in one line that a table holds less than its entry point states. What a 64-bit entry point states is only the
+// most that the table can hold, so that a table with its end in it is whole.
+void ShortTell(const Bytes& entryPoint, const Bytes& table, const std::string& path, std::string* notice) {
+    std::string ignored;
+    const std::optional<EntryPoint> entry = EntryPointParse(entryPoint, &ignored);
+    if (entry && table.size() < entry->TableLength &&
+        (entry->Legacy || !StructuresFind(table.data(), table.size()).Ended)) {
+        *notice = path + ": the structure table is cut short: " + std::to_string(table.size()) + " of " +
+                  std::to_string(entry->TableLength) + " bytes";
+    }
+}
+
+// Installs the tables of a folder. The result is 0 or the number of the system's error.
+int FolderTablesInstall(Machine& machine, const std::string& path, std::string* error, std::string* notice) {
+    const std::string entryPath = path + "/smbios_entry_point";
+    const std::string tablePath = path + "/DMI";
+    Bytes entry;
+    Bytes table;
+    for (const auto& [name, content] : {std::pair{&entryPath, &entry}, std::pair{&tablePath, &table}}) {
+        if (const int failure = HostFileRead(*name, content); failure != 0) {
+            *error = HostFault(*name, failure);
+            return failure;
+        }
+    }
+    std::string reason;
+    ShortTell(entry, table, tablePath, notice);
+    if (!TablesInstall(machine, entry, std::move(table), &reason)) {
+        *error = entryPath + ": " + reason;
+        return EINVAL;
+    }
+    return 0;
 }
 
 } // namespace
@@ -101,33 +169,31 @@ bool TablesInstall(Machine& machine, const Bytes& entryPoint, Bytes table, std::
     return true;
 }
 
-bool FileRead(const std::string& path, Bytes* content, std::string* error) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
-    if (!file) {
-        *error = path + ": " + std::strerror(errno);
-        return false;
-    }
-    content->clear();
-    std::uint8_t piece[16384];
-    for (std::size_t got; (got = std::fread(piece, 1, sizeof piece, file.get())) != 0;) {
-        if (got > FileSizeLimit - content->size()) {
-            *error = path + ": the file is too large";
-            return false;
-        }
-        content->insert(content->end(), piece, piece + got);
-    }
-    if (std::ferror(file.get()) != 0) {
-        *error = path + ": " + std::strerror(errno);
-        return false;
-    }
-    return true;
-}
-
 bool IsDump(const Bytes& content) {
     return BeginsWith(content, "_SM_") || BeginsWith(content, "_SM3_");
 }
 
-bool DumpInstall(Machine& machine, const std::string& path, const Bytes& content, std::string* error) {
+std::string ContentName(const Bytes& content, const std::string& path) {
+    const std::uint8_t* const bytes = content.data();
+    const std::size_t size = content.size();
+    const auto isText = [](std::uint8_t byte) { return (byte >= ' ' && byte < 0x7F) || byte == '\r' || byte == '\n'; };
+    if (BeginsWith(content, "\xFF\xFE") || BeginsWith(content, "\xFE\xFF") ||
+        (size >= 4 && isText(bytes[0]) && bytes[1] == 0 && isText(bytes[2]) && bytes[3] == 0)) {
+        return "UTF-16 text";
+    }
+    if (size > AnswerHeaderSize && Little(bytes, 4, 4) <= size - AnswerHeaderSize &&
+        IsTable(bytes + AnswerHeaderSize, Little(bytes, 4, 4))) {
+        return "an answer of the firmware table service, which the line \"firmware-table RSMB = " + path +
+               "\" of a machine file reads";
+    }
+    if (IsTable(bytes, size)) {
+        return "a structure table without its entry point";
+    }
+    return std::find(content.begin(), content.end(), 0) != content.end() ? "binary bytes" : "";
+}
+
+bool DumpInstall(Machine& machine, const std::string& path, const Bytes& content, std::string* error,
+                 std::string* notice) {
     std::string reason;
     const std::optional<EntryPoint> entry = EntryPointParse(content, &reason);
     if (!entry) {
@@ -140,30 +206,40 @@ bool DumpInstall(Machine& machine, const std::string& path, const Bytes& content
                       static_cast<unsigned long long>(entry->TableAddress),
                       static_cast<unsigned long long>(content.size()));
         *error = path + text;
+        if (content.size() <= LegacyEntrySize + 1) {
+            *error += std::string(": an entry point without its structure table") + AcceptedForms;
+        }
         return false;
     }
-    return TablesInstall(machine, content,
-                         Bytes(content.begin() + static_cast<std::ptrdiff_t>(entry->TableAddress), content.end()),
-                         error);
+    Bytes table(content.begin() + static_cast<std::ptrdiff_t>(entry->TableAddress), content.end());
+    ShortTell(content, table, path, notice);
+    return TablesInstall(machine, content, std::move(table), error);
 }
 
-bool FolderInstall(Machine& machine, const std::string& path, std::string* error) {
-    const std::string entryPath = path + "/smbios_entry_point";
-    Bytes entry;
-    Bytes table;
-    if (!FileRead(entryPath, &entry, error) || !FileRead(path + "/DMI", &table, error)) {
-        return false;
-    }
-    std::string reason;
-    if (!TablesInstall(machine, entry, std::move(table), &reason)) {
-        *error = entryPath + ": " + reason;
-        return false;
-    }
-    return true;
+bool FolderInstall(Machine& machine, const std::string& path, std::string* error, std::string* notice) {
+    return FolderTablesInstall(machine, path, error, notice) == 0;
 }
 
-bool HostInstall(Machine& machine, std::string* error) {
-    return FolderInstall(machine, HostFolder, error);
+std::optional<Machine> HostMachine(const std::string& folder, bool orSample, std::string* error, std::string* notice) {
+    Machine machine;
+    const int failure = FolderTablesInstall(machine, folder, error, notice);
+    if (failure == 0) {
+        return machine;
+    }
+    const std::string reason = std::move(*error);
+    error->clear();
+    if (failure == EACCES || failure == EPERM) {
+        machine.Administrator = false;
+        *notice = reason + "; running without administrator rights";
+        return machine;
+    }
+    const bool missing = failure == ENOENT || failure == ENOTDIR;
+    if (missing && orSample) {
+        *notice = "this computer has no SMBIOS tables; showing the built-in sample machine";
+        return SampleMachine();
+    }
+    *error = missing ? "this computer has no SMBIOS tables: " + reason : reason;
+    return std::nullopt;
 }
 
 } // namespace StandIn

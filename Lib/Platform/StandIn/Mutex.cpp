@@ -7,11 +7,9 @@
 #include <windows.h>
 
 #include <cerrno>
-#include <chrono>
 #include <fcntl.h>
 #include <map>
 #include <sys/file.h>
-#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -29,7 +27,7 @@ struct Mutex {
     std::string Path;
 };
 
-constexpr auto PollingPause = std::chrono::milliseconds(2);
+constexpr std::uint32_t PollingPause = 2; // milliseconds
 
 std::map<std::string, Mutex>& Mutexes() {
     static std::map<std::string, Mutex> mutexes;
@@ -56,7 +54,7 @@ void FilesClose(const Mutex& mutex) {
 
 // Opens the files of a shared mutex, with the folder locked. `existed` tells whether another process has it open.
 bool FilesOpen(Mutex* mutex, const std::string& name, bool* existed) {
-    mutex->Path = MachineGet().StateFolder + "/mutex-" + Escaped(name);
+    mutex->Path = MachineGet().StateFolder + "/" + std::string(MutexFile) + Escaped(name);
     mutex->OpenFile = open((mutex->Path + ".open").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
     mutex->OwnerFile = open((mutex->Path + ".owner").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
     if (mutex->OpenFile < 0 || mutex->OwnerFile < 0) {
@@ -172,17 +170,16 @@ DWORD WINAPI WaitForSingleObject(HANDLE hHandle, DWORD dwMilliseconds) {
         return WAIT_FAILED;
     }
     Mutex& mutex = Mutexes()[handle->Name];
-    const auto start = std::chrono::steady_clock::now();
-    for (;;) {
+    const auto clock = MachineGet().Clock;
+    const std::uint64_t start = clock(0);
+    for (std::uint64_t now = start;; now = clock(PollingPause)) {
         bool abandoned = false;
         if (TryTake(&mutex, &abandoned)) {
             return abandoned ? WAIT_ABANDONED : WAIT_OBJECT_0;
         }
-        if (dwMilliseconds != INFINITE &&
-            std::chrono::steady_clock::now() - start >= std::chrono::milliseconds(dwMilliseconds)) {
+        if (dwMilliseconds != INFINITE && now - start >= dwMilliseconds) {
             return WAIT_TIMEOUT;
         }
-        std::this_thread::sleep_for(PollingPause);
     }
 }
 

@@ -134,8 +134,8 @@ struct PathAccess {
     LSTATUS Status = ERROR_SUCCESS;
 };
 
-LSTATUS KeyOpen(HKEY hKey, LPCSTR subKey, REGSAM rights, PHKEY result) {
-    const PathAccess key(hKey, subKey, rights, result != nullptr);
+LSTATUS KeyOpen(HKEY hKey, LPCSTR subKey, REGSAM rights, PHKEY result, bool sound = true) {
+    const PathAccess key(hKey, subKey, rights, sound && result != nullptr);
     if (key.Status != ERROR_SUCCESS) {
         return key.Status;
     }
@@ -193,11 +193,11 @@ LSTATUS ValueGive(const StoredValue& value, LPDWORD type, LPBYTE data, LPDWORD s
 
 } // namespace
 
-LSTATUS WINAPI RegOpenKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD, REGSAM samDesired, PHKEY phkResult) {
+LSTATUS WINAPI RegOpenKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD ulOptions, REGSAM samDesired, PHKEY phkResult) {
     if (Fails(Named("RegOpenKeyExA"))) {
         return ERROR_ACCESS_DENIED;
     }
-    return KeyOpen(hKey, lpSubKey, samDesired, phkResult);
+    return KeyOpen(hKey, lpSubKey, samDesired, phkResult, ulOptions == 0);
 }
 
 LSTATUS WINAPI RegOpenKeyA(HKEY hKey, LPCSTR lpSubKey, PHKEY phkResult) {
@@ -207,12 +207,14 @@ LSTATUS WINAPI RegOpenKeyA(HKEY hKey, LPCSTR lpSubKey, PHKEY phkResult) {
     return KeyOpen(hKey, lpSubKey, MayWrite() ? KEY_ALL_ACCESS : KEY_READ, phkResult);
 }
 
-LSTATUS WINAPI RegCreateKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD, LPSTR, DWORD, REGSAM samDesired,
+LSTATUS WINAPI RegCreateKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD Reserved, LPSTR, DWORD dwOptions, REGSAM samDesired,
                                const LPSECURITY_ATTRIBUTES, PHKEY phkResult, LPDWORD) {
     if (Fails(Named("RegCreateKeyExA")) || !MayWrite()) {
         return ERROR_ACCESS_DENIED;
     }
-    PathAccess key(hKey, lpSubKey, samDesired, phkResult != nullptr && lpSubKey != nullptr && *lpSubKey != 0);
+    const bool sound = Reserved == 0 && dwOptions == REG_OPTION_NON_VOLATILE && phkResult != nullptr &&
+                       lpSubKey != nullptr && *lpSubKey != 0;
+    PathAccess key(hKey, lpSubKey, samDesired, sound);
     if (key.Status != ERROR_SUCCESS) {
         return key.Status;
     }
@@ -246,9 +248,9 @@ LSTATUS WINAPI RegCloseKey(HKEY hKey) {
     return fails ? ERROR_INVALID_HANDLE : ERROR_SUCCESS;
 }
 
-LSTATUS WINAPI RegQueryValueExA(HKEY hKey, LPCSTR lpValueName, LPDWORD, LPDWORD lpType, LPBYTE lpData,
+LSTATUS WINAPI RegQueryValueExA(HKEY hKey, LPCSTR lpValueName, LPDWORD lpReserved, LPDWORD lpType, LPBYTE lpData,
                                 LPDWORD lpcbData) {
-    const KeyAccess access(Named("RegQueryValueExA"), hKey, KEY_QUERY_VALUE);
+    const KeyAccess access(Named("RegQueryValueExA"), hKey, KEY_QUERY_VALUE, lpReserved == nullptr);
     if (access.Status != ERROR_SUCCESS) {
         return access.Status;
     }
@@ -256,8 +258,9 @@ LSTATUS WINAPI RegQueryValueExA(HKEY hKey, LPCSTR lpValueName, LPDWORD, LPDWORD 
     return value == access.Key.Values.end() ? ERROR_FILE_NOT_FOUND : ValueGive(value->second, lpType, lpData, lpcbData);
 }
 
-LSTATUS WINAPI RegSetValueExA(HKEY hKey, LPCSTR lpValueName, DWORD, DWORD dwType, const BYTE* lpData, DWORD cbData) {
-    KeyAccess access(Named("RegSetValueExA"), hKey, KEY_SET_VALUE, lpData != nullptr || cbData == 0);
+LSTATUS WINAPI RegSetValueExA(HKEY hKey, LPCSTR lpValueName, DWORD Reserved, DWORD dwType, const BYTE* lpData,
+                              DWORD cbData) {
+    KeyAccess access(Named("RegSetValueExA"), hKey, KEY_SET_VALUE, Reserved == 0 && (lpData != nullptr || cbData == 0));
     if (access.Status != ERROR_SUCCESS) {
         return access.Status;
     }
@@ -320,10 +323,10 @@ LSTATUS WINAPI RegEnumKeyA(HKEY hKey, DWORD dwIndex, LPSTR lpName, DWORD cchName
     return ERROR_NO_MORE_ITEMS;
 }
 
-LSTATUS WINAPI RegEnumValueA(HKEY hKey, DWORD dwIndex, LPSTR lpValueName, LPDWORD lpcchValueName, LPDWORD,
+LSTATUS WINAPI RegEnumValueA(HKEY hKey, DWORD dwIndex, LPSTR lpValueName, LPDWORD lpcchValueName, LPDWORD lpReserved,
                              LPDWORD lpType, LPBYTE lpData, LPDWORD lpcbData) {
     const KeyAccess access(Named("RegEnumValueA"), hKey, KEY_QUERY_VALUE,
-                           lpValueName != nullptr && lpcchValueName != nullptr);
+                           lpReserved == nullptr && lpValueName != nullptr && lpcchValueName != nullptr);
     if (access.Status != ERROR_SUCCESS) {
         return access.Status;
     }

@@ -183,7 +183,10 @@ SC_HANDLE WINAPI OpenServiceA(SC_HANDLE hSCManager, LPCSTR lpServiceName, DWORD 
     return ServiceGive(HandleKind::Service, key, dwDesiredAccess);
 }
 
-BOOL WINAPI StartServiceA(SC_HANDLE hService, DWORD, LPCSTR*) {
+BOOL WINAPI StartServiceA(SC_HANDLE hService, DWORD dwNumServiceArgs, LPCSTR* lpServiceArgVectors) {
+    if (dwNumServiceArgs != 0 && lpServiceArgVectors == nullptr) {
+        return FailFalse(ERROR_INVALID_PARAMETER);
+    }
     ServiceAccess access(Named("StartServiceA"), ERROR_GEN_FAILURE, hService, SERVICE_START);
     if (access.Found == nullptr) {
         return FALSE;

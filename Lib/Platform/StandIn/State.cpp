@@ -8,9 +8,12 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
+#include <dirent.h>
 #include <fcntl.h>
-#include <sstream>
+#include <initializer_list>
+#include <memory>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace StandIn {
@@ -19,23 +22,14 @@ namespace {
 
 constexpr std::uint32_t ErrorRegistryCorrupt = 1009;
 constexpr std::uint32_t ErrorWriteFault = 29;
-constexpr char StateHeading[] = "quarrinet-machine-state 1";
+constexpr std::string_view StateHeading = "quarrinet-machine-state 1\n";
+constexpr std::size_t StateSizeLimit = std::size_t{16} << 20;
 constexpr char HexDigits[] = "0123456789abcdef";
 
-std::string FolderFile(const char* name) {
-    return MachineGet().StateFolder + "/" + name;
-}
-
 // The lock goes with the descriptor, so it is free again when a process is killed.
-int FolderLockTake() {
-    if (MachineGet().StateFolder.empty()) {
-        return -1;
-    }
-    const int file = open(FolderFile("lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-    if (file < 0) {
-        return -1;
-    }
-    while (flock(file, LOCK_EX) != 0) {
+int FolderLockTake(const std::string& folder) {
+    const int file = folder.empty() ? -1 : open((folder + "/lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    while (file >= 0 && flock(file, LOCK_EX) != 0) {
         if (errno != EINTR) {
             close(file);
             return -1;
@@ -55,18 +49,19 @@ std::string Hex(const Bytes& data) {
 }
 
 bool HexByte(std::string_view text, std::uint8_t* byte) {
-    const char* const end = text.data() + 2;
-    return text.size() >= 2 && std::from_chars(text.data(), end, *byte, 16).ptr == end;
+    const std::string_view digits = text.substr(0, 2);
+    const char* const end = digits.data() + digits.size();
+    return digits.size() == 2 && std::from_chars(digits.data(), end, *byte, 16).ptr == end;
 }
 
-bool HexRead(const std::string& text, Bytes* data) {
+bool HexRead(std::string_view text, Bytes* data) {
     data->clear();
     if (text == "-") {
         return true;
     }
     for (std::size_t at = 0; at < text.size(); at += 2) {
         std::uint8_t byte = 0;
-        if (!HexByte(std::string_view(text).substr(at), &byte)) {
+        if (!HexByte(text.substr(at), &byte)) {
             return false;
         }
         data->push_back(byte);
@@ -74,7 +69,7 @@ bool HexRead(const std::string& text, Bytes* data) {
     return !text.empty();
 }
 
-bool Unescaped(const std::string& word, std::string* text) {
+bool Unescaped(std::string_view word, std::string* text) {
     text->clear();
     for (std::size_t at = 0; at < word.size(); ++at) {
         if (word[at] != '%') {
@@ -82,10 +77,10 @@ bool Unescaped(const std::string& word, std::string* text) {
             continue;
         }
         std::uint8_t byte = 0;
-        if (word.compare(at, std::string::npos, "%-") == 0) {
+        if (word.substr(at) == "%-") {
             return true;
         }
-        if (!HexByte(std::string_view(word).substr(at + 1), &byte)) {
+        if (!HexByte(word.substr(at + 1), &byte)) {
             return false;
         }
         *text += static_cast<char>(byte);
@@ -94,116 +89,131 @@ bool Unescaped(const std::string& word, std::string* text) {
     return !word.empty();
 }
 
+void LineAdd(std::string* text, std::initializer_list<std::string_view> words) {
+    for (const std::string_view word : words) {
+        *text += word;
+        *text += ' ';
+    }
+    text->back() = '\n';
+}
+
 std::string StateText(const SharedState& state) {
-    std::ostringstream text;
-    text << StateHeading << '\n';
+    std::string text(StateHeading);
+    const auto number = [](std::uint32_t value) { return std::to_string(value); };
     for (const auto& [keyPath, key] : state.Keys) {
-        text << "key " << Escaped(key.Path) << '\n';
+        LineAdd(&text, {"key", Escaped(key.Path)});
         for (const auto& [valueName, value] : key.Values) {
-            text << "value " << Escaped(key.Path) << ' ' << Escaped(value.Name) << ' ' << value.Type << ' '
-                 << Hex(value.Data) << '\n';
+            LineAdd(&text, {"value", Escaped(key.Path), Escaped(value.Name), number(value.Type), Hex(value.Data)});
         }
     }
     for (const auto& [name, service] : state.Services) {
-        text << "service " << Escaped(service.Name) << ' ' << Escaped(service.Path) << ' ' << service.Running << ' '
-             << service.Marked << '\n';
+        LineAdd(&text, {"service", Escaped(service.Name), Escaped(service.Path), number(service.Running),
+                        number(service.Marked)});
     }
     for (const auto& [fileKey, file] : state.Files) {
-        text << "file " << Escaped(fileKey) << ' ' << Escaped(file.Path) << ' ' << file.Attributes << ' '
-             << Hex(file.Data) << '\n';
+        LineAdd(&text, {"file", Escaped(fileKey), Escaped(file.Path), number(file.Attributes), Hex(file.Data)});
     }
-    return text.str();
+    return text;
 }
 
-bool StateLineRead(const std::string& line, SharedState* state) {
-    std::istringstream words(line);
-    std::string kind;
-    std::string first;
-    std::string second;
-    std::string data;
-    words >> kind >> first;
+// Takes the text up to a mark, and the mark, off the front of another.
+std::string_view Cut(std::string_view* text, char mark) {
+    const std::string_view piece = text->substr(0, text->find(mark));
+    text->remove_prefix(std::min(piece.size() + 1, text->size()));
+    return piece;
+}
+
+// The words of a line, read one after another as what they stand for. False when the next word does not.
+struct Words {
+    std::string_view Rest;
+
+    bool Read(std::string* text) { return Unescaped(Cut(&Rest, ' '), text); }
+    bool Read(Bytes* data) { return HexRead(Cut(&Rest, ' '), data); }
+    bool Read(std::uint32_t* number) {
+        const std::string_view word = Cut(&Rest, ' ');
+        const char* const end = word.data() + word.size();
+        const std::from_chars_result result = std::from_chars(word.data(), end, *number);
+        return result.ec == std::errc() && result.ptr == end;
+    }
+    bool Read(bool* flag) {
+        std::uint32_t number = 0;
+        const bool good = Read(&number) && number <= 1;
+        *flag = number == 1;
+        return good;
+    }
+};
+
+bool StateLineRead(std::string_view line, SharedState* state) {
+    Words words{line};
+    const std::string_view kind = Cut(&words.Rest, ' ');
+    std::string name;
+    bool good = false;
     if (kind == "key") {
-        std::string path;
-        if (!Unescaped(first, &path)) {
-            return false;
-        }
-        state->Keys[Lower(path)].Path = path;
+        good = words.Read(&name);
+        state->Keys[Lower(name)].Path = name;
     } else if (kind == "value") {
         StoredValue value;
-        std::string path;
-        words >> second >> value.Type >> data;
-        if (!words || !Unescaped(first, &path) || !Unescaped(second, &value.Name) || !HexRead(data, &value.Data)) {
-            return false;
-        }
-        StoredKey& key = state->Keys[Lower(path)];
-        key.Path = path;
+        good = words.Read(&name) && words.Read(&value.Name) && words.Read(&value.Type) && words.Read(&value.Data);
+        StoredKey& key = state->Keys[Lower(name)];
+        key.Path = name;
         key.Values[Lower(value.Name)] = value;
     } else if (kind == "service") {
         Service service;
-        words >> second >> service.Running >> service.Marked;
-        if (!words || !Unescaped(first, &service.Name) || !Unescaped(second, &service.Path)) {
-            return false;
-        }
+        good = words.Read(&service.Name) && words.Read(&service.Path) && words.Read(&service.Running) &&
+               words.Read(&service.Marked);
         state->Services[Lower(service.Name)] = service;
     } else if (kind == "file") {
         StoredFile file;
-        std::string key;
-        words >> second >> file.Attributes >> data;
-        if (!words || !Unescaped(first, &key) || !Unescaped(second, &file.Path) || !HexRead(data, &file.Data)) {
-            return false;
-        }
-        state->Files[key] = file;
-    } else {
+        good = words.Read(&name) && words.Read(&file.Path) && words.Read(&file.Attributes) && words.Read(&file.Data);
+        state->Files[name] = file;
+    } else if (kind == "buffer") {
         // Other releases also write how many use the driver's buffer, which each process knows for itself.
-        return kind == "buffer";
+        return true;
     }
-    return true;
+    return good && words.Rest.empty();
 }
 
-// A state that can't be read is left alone: whoever writes over it would lose what is in it.
-std::uint32_t StateRead(SharedState* state) {
-    const int file = open(FolderFile("state").c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0) {
-        return errno == ENOENT ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
+// Reads the state of a folder; none is an empty one. The result is empty, or names the file and says what is wrong with
+// it. Such a state is left alone: whoever writes over it would lose what is in it.
+std::string StateRead(const std::string& folder, SharedState* state) {
+    const std::string path = folder + "/state";
+    Bytes content;
+    const int error = HostFileRead(path, &content, StateSizeLimit);
+    if (error != 0) {
+        return error == ENOENT ? std::string() : HostFault(path, error);
     }
-    std::string content;
-    char piece[65536];
-    ssize_t got = 0;
-    while ((got = read(file, piece, sizeof piece)) > 0) {
-        content.append(piece, static_cast<std::size_t>(got));
+    std::string_view rest(reinterpret_cast<const char*>(content.data()), content.size());
+    if (rest.substr(0, StateHeading.size()) != StateHeading) {
+        return path + ": not the state of a machine";
     }
-    close(file);
-    std::istringstream lines(content);
-    std::string line;
-    if (got < 0 || !std::getline(lines, line) || line != StateHeading) {
-        return ErrorRegistryCorrupt;
-    }
-    while (std::getline(lines, line)) {
-        if (!StateLineRead(line, state)) {
-            return ErrorRegistryCorrupt;
+    rest.remove_prefix(StateHeading.size());
+    for (std::size_t line = 2; !rest.empty(); ++line) {
+        if (!StateLineRead(Cut(&rest, '\n'), state)) {
+            return path + ":" + std::to_string(line) + ": not a line of a machine's state";
         }
     }
-    return ERROR_SUCCESS;
+    return {};
 }
 
-// The new state replaces the old one as a whole, so that a killed writer leaves one of them.
-std::uint32_t StateWrite(const SharedState& state) {
+// The new state replaces the old one as a whole, so that a killed writer leaves one of them. The result is as StateRead
+// gives it.
+std::string StateWrite(const std::string& folder, const SharedState& state) {
     const std::string text = StateText(state);
-    const std::string fresh = FolderFile("state.new");
-    const int file = open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    if (file < 0) {
-        return ERROR_ACCESS_DENIED;
+    const std::string path = folder + "/state";
+    const std::string fresh = path + ".new";
+    if (text.size() > StateSizeLimit) {
+        return HostFault(path, EFBIG);
     }
+    const int file = open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666);
     std::size_t at = 0;
-    while (at < text.size()) {
+    bool good = file >= 0;
+    while (good && at < text.size()) {
         const ssize_t wrote = write(file, text.data() + at, text.size() - at);
-        if (wrote < 0) {
-            break;
-        }
-        at += static_cast<std::size_t>(wrote);
+        good = wrote >= 0;
+        at += good ? static_cast<std::size_t>(wrote) : 0;
     }
-    const bool whole = close(file) == 0 && at == text.size();
-    return whole && std::rename(fresh.c_str(), FolderFile("state").c_str()) == 0 ? ERROR_SUCCESS : ErrorWriteFault;
+    good = (file < 0 || close(file) == 0) && good;
+    return good && std::rename(fresh.c_str(), path.c_str()) == 0 ? std::string() : HostFault(fresh, errno);
 }
 
 SharedState& OwnState() {
@@ -227,22 +237,49 @@ SharedAccess::SharedAccess() : State(&OwnState()) {
         return;
     }
     State = &Loaded;
-    ErrorNumber = Lock.Locked() ? StateRead(&Loaded) : ERROR_ACCESS_DENIED;
+    if (!Lock.Locked()) {
+        ErrorNumber = ERROR_ACCESS_DENIED;
+    } else if (!StateRead(MachineGet().StateFolder, &Loaded).empty()) {
+        ErrorNumber = ErrorRegistryCorrupt;
+    }
 }
 
 std::uint32_t SharedAccess::Commit() {
     if (ErrorNumber != ERROR_SUCCESS || State != &Loaded) {
         return ErrorNumber;
     }
-    return StateWrite(Loaded);
+    return StateWrite(MachineGet().StateFolder, Loaded).empty() ? ERROR_SUCCESS : ErrorWriteFault;
 }
 
-FolderLock::FolderLock() : LockFile(FolderLockTake()) {}
+FolderLock::FolderLock() : LockFile(FolderLockTake(MachineGet().StateFolder)) {}
 
-FolderLock::~FolderLock() {
-    if (LockFile >= 0) {
-        close(LockFile);
+std::string StateFolderFault(const std::string& folder) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(folder.c_str()), &closedir);
+    if (!entries) {
+        return HostFault(folder, errno);
     }
+    const Descriptor lock(FolderLockTake(folder));
+    if (lock < 0) {
+        return HostFault(folder + "/lock", errno);
+    }
+    while (const dirent* const entry = readdir(entries.get())) {
+        const std::string_view name = entry->d_name;
+        const bool mutex = name.substr(0, MutexFile.size()) == MutexFile;
+        const std::string path = folder + "/" + entry->d_name;
+        struct stat about {};
+        if (!mutex && name != "lock" && name != "state" && name != "state.new") {
+            continue;
+        }
+        if (stat(path.c_str(), &about) == 0 && !S_ISREG(about.st_mode)) {
+            return path + ": not a regular file";
+        }
+        if (mutex && Descriptor(open(path.c_str(), O_RDWR | O_CLOEXEC)) < 0) {
+            return HostFault(path, errno);
+        }
+    }
+    SharedState state;
+    std::string fault = StateRead(folder, &state);
+    return fault.empty() ? StateWrite(folder, state) : fault;
 }
 
 ProcessState& Process() {

@@ -1,6 +1,7 @@
 // What the machine remembers: the part that processes share, and the part of this process.
 #pragma once
 
+#include "Lib/Platform/StandIn/HostFile.h"
 #include "Lib/Platform/StandIn/Machine.h"
 
 #include <cstdint>
@@ -52,15 +53,19 @@ bool DriverDeviceExists(const SharedState& state, std::string_view name);
 class FolderLock {
 public:
     FolderLock();
-    ~FolderLock();
-    FolderLock(const FolderLock&) = delete;
-    FolderLock& operator=(const FolderLock&) = delete;
 
     bool Locked() const { return LockFile >= 0; }
 
 private:
-    int LockFile;
+    Descriptor LockFile;
 };
+
+// What the names of the files of a shared mutex begin with in the state folder.
+constexpr std::string_view MutexFile = "mutex-";
+
+// Tries whether the files of a state folder can be locked, read, understood and written. The result is empty, or one
+// line that names the file and says what is wrong with it.
+std::string StateFolderFault(const std::string& folder);
 
 // Exclusive access to the shared state for as long as the object lives. Not to be nested.
 class SharedAccess {

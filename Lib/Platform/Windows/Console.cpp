@@ -4,6 +4,37 @@
 #include <conio.h>
 #include <windows.h>
 
+#include <atomic>
+#include <cerrno>
+
+namespace {
+
+constexpr DWORD KeyPollMilliseconds = 10;
+
+// What _getch gives first for a key that is no character; a second code says which.
+constexpr int KeyCodeFollows = 0;
+constexpr int KeyCodeFollowsToo = 0xE0;
+
+std::atomic<bool> Interrupted = false;
+
+// Runs on a thread of its own.
+BOOL WINAPI InterruptTake(DWORD event) {
+    Interrupted = true;
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
+        // The system takes the process away as soon as this returns, and after some seconds anyway: until then the
+        // main thread winds down, and ends the process.
+        Sleep(INFINITE);
+    }
+    return TRUE;
+}
+
+} // namespace
+
+bool ConsoleIsOutput() {
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) != 0;
+}
+
 RyxStatus ConsoleSizeGet(std::uint32_t* width, std::uint32_t* height) {
     *width = 0;
     *height = 0;
@@ -30,6 +61,34 @@ void ConsoleClear() {
     SetConsoleCursorPosition(console, home);
 }
 
+// _getch is called only when there is a key for it: while it waits it takes Ctrl+C for one, and no interrupt ends it.
 void ConsoleKeyWait() {
-    _getch();
+    while (!_kbhit()) {
+        if (Interrupted) {
+            return;
+        }
+        Sleep(KeyPollMilliseconds);
+    }
+    const int key = _getch();
+    // A character may have the same code, but then nothing follows at once.
+    if ((key == KeyCodeFollows || key == KeyCodeFollowsToo) && _kbhit()) {
+        _getch();
+    }
+}
+
+void ConsoleInterruptsCatch() {
+    SetConsoleCtrlHandler(InterruptTake, TRUE);
+}
+
+bool ConsoleInterrupted() {
+    return Interrupted;
+}
+
+void ConsoleInterruptedEnd() {
+    ExitProcess(STATUS_CONTROL_C_EXIT);
+}
+
+// The C runtime knows only one of the errors of a pipe without a reader.
+bool OutputReaderGone() {
+    return errno == EPIPE || GetLastError() == ERROR_NO_DATA;
 }

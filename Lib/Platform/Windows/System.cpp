@@ -1,10 +1,11 @@
-// The operating system's version and this process: processors, priority, rights, executable.
+// The operating system's version and this process: processors, priority, rights, executable, environment.
 #include "Lib/Platform/System.h"
 
 #include <shlwapi.h>
 #include <windows.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <type_traits>
@@ -122,4 +123,8 @@ bool ExecutablePathGet(char* path, std::size_t capacity) {
 
 bool ExecutableFolderGet(char* folder, std::size_t capacity) {
     return ExecutablePathGet(folder, capacity) && PathRemoveFileSpecA(folder);
+}
+
+const char* EnvironmentGet(const char* name) {
+    return std::getenv(name);
 }

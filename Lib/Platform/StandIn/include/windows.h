@@ -79,6 +79,7 @@ typedef DWORD EXECUTION_STATE;
 #define ERROR_ALREADY_EXISTS 183L
 #define ERROR_BAD_EXE_FORMAT 193L
 #define ERROR_ENVVAR_NOT_FOUND 203L
+#define ERROR_NO_DATA 232L
 #define ERROR_MORE_DATA 234L
 #define ERROR_NO_MORE_ITEMS 259L
 #define ERROR_NOT_OWNER 288L
@@ -137,13 +138,21 @@ typedef struct _CONSOLE_SCREEN_BUFFER_INFO {
 #define STD_INPUT_HANDLE ((DWORD)-10)
 #define STD_OUTPUT_HANDLE ((DWORD)-11)
 #define STD_ERROR_HANDLE ((DWORD)-12)
+#define CTRL_C_EVENT 0
+#define CTRL_BREAK_EVENT 1
+#define STATUS_CONTROL_C_EXIT ((DWORD)0xC000013AL)
+typedef BOOL(WINAPI* PHANDLER_ROUTINE)(DWORD CtrlType);
 HANDLE WINAPI GetStdHandle(DWORD nStdHandle);
+BOOL WINAPI GetConsoleMode(HANDLE hConsoleHandle, LPDWORD lpMode);
 BOOL WINAPI GetConsoleScreenBufferInfo(HANDLE hConsoleOutput, PCONSOLE_SCREEN_BUFFER_INFO lpConsoleScreenBufferInfo);
 BOOL WINAPI FillConsoleOutputCharacterA(HANDLE hConsoleOutput, CHAR cCharacter, DWORD nLength, COORD dwWriteCoord,
                                         LPDWORD lpNumberOfCharsWritten);
 BOOL WINAPI FillConsoleOutputAttribute(HANDLE hConsoleOutput, WORD wAttribute, DWORD nLength, COORD dwWriteCoord,
                                        LPDWORD lpNumberOfAttrsWritten);
 BOOL WINAPI SetConsoleCursorPosition(HANDLE hConsoleOutput, COORD dwCursorPosition);
+BOOL WINAPI SetConsoleCtrlHandler(PHANDLER_ROUTINE HandlerRoutine, BOOL Add);
+[[noreturn]] void WINAPI ExitProcess(UINT uExitCode);
+void WINAPI Sleep(DWORD dwMilliseconds);
 
 // Modules and resources.
 HMODULE WINAPI GetModuleHandleA(LPCSTR lpModuleName);

@@ -1,0 +1,29 @@
+// The signals that interrupt, stop or end a process.
+#pragma once
+
+#include <csignal>
+
+namespace StandIn {
+
+// The signal that interrupted the process first, or 0.
+int InterruptTaken();
+
+// Has a handler called for a signal, unless that is ignored, and keeps what was done before.
+void SignalCatch(int number, void (*handler)(int), struct sigaction* before);
+
+// Does with a signal what the system does when nobody catches it. Returns when the process goes on. Fit for handlers.
+void SignalDefaultRaise(int number);
+
+// Holds back every signal that is caught here, for as long as the object lives.
+class SignalsHeld {
+public:
+    SignalsHeld();
+    ~SignalsHeld();
+    SignalsHeld(const SignalsHeld&) = delete;
+    SignalsHeld& operator=(const SignalsHeld&) = delete;
+
+private:
+    sigset_t Before{};
+};
+
+} // namespace StandIn

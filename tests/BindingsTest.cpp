@@ -1,0 +1,61 @@
+// The bindings to the platform at the edges of what the rest of the library asks of them.
+#include "Lib/API/RyxLib.h"
+#include "Lib/API/RyxPrint.h"
+#include "Lib/Common/LibraryContext.h"
+#include "Lib/Platform/Driver.h"
+#include "tests/Support.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using StandIn::Machine;
+
+TEST(Bindings, ADriverThatIsLoadedIsNotLoadedAgain) {
+    StartOver(Machine());
+    ASSERT_EQ(DriverRequest(DriverLoad), RyxOk);
+    const std::uint64_t calls = StandIn::CallCount("CreateFileA") + StandIn::CallCount("RegOpenKeyExA");
+    EXPECT_EQ(DriverRequest(DriverLoad), RyxOk);
+    EXPECT_EQ(StandIn::CallCount("CreateFileA") + StandIn::CallCount("RegOpenKeyExA"), calls);
+    EXPECT_EQ(DriverRequest(DriverUnload), RyxOk);
+    EXPECT_EQ(StandIn::Leftovers(), std::vector<std::string>()) << "one unload is enough";
+}
+
+// The driver file's path has to fit, with its folder's, into what the system takes.
+TEST(Bindings, TheProgramsFolderHasRoomForTheDriversName) {
+    for (const std::size_t length : {246U, 247U}) {
+        Machine machine;
+        machine.Program = "/" + std::string(length - 1, 'f') + "/Q.exe";
+        StartOver(machine);
+        EXPECT_EQ(DriverRequest(DriverLoad), length == 246 ? RyxOk : RyxErrorDriverLoad) << length;
+        EXPECT_EQ(DriverRequest(DriverUnload), RyxOk);
+    }
+}
+
+TEST(Bindings, ConsoleSize) {
+    Machine machine;
+    machine.Console = StandIn::ConsoleKind::Fixed;
+    std::uint32_t width = 7;
+    std::uint32_t height = 7;
+    StartOver(machine);
+    EXPECT_EQ(RyxConsoleSizeGet(&width, &height), RyxOk);
+    EXPECT_EQ(width, 80U);
+    EXPECT_EQ(height, 25U);
+    machine.Console = StandIn::ConsoleKind::None;
+    StartOver(machine);
+    EXPECT_EQ(RyxConsoleSizeGet(&width, &height), RyxErrorUnsupported);
+    EXPECT_EQ(width, 0U);
+    EXPECT_EQ(height, 0U);
+}
+
+TEST(Bindings, TheProgramsOwnPathIsNoSwitch) {
+    Machine machine;
+    machine.Program = "/dev/null";
+    StartOver(machine);
+    ArgumentVector argv({"/opt/Quarrinet", "type"});
+    Captured([&] { EXPECT_EQ(RyxLibInit(argv.Count(), argv.Data()), RyxOk); });
+    EXPECT_EQ(LibraryContextGet().Options.Byte[23], 0);
+    EXPECT_EQ(RyxLibExit(), RyxOk);
+}
+
+} // namespace
