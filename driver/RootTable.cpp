@@ -63,9 +63,9 @@ bool Find(const ManagedMemory& managed, const Wanted& wanted, ULONG offset, ULON
             if (!NT_SUCCESS(HardwareRead(static_cast<ULONG>(begin), length, Piece))) {
                 continue; // what can't be mapped holds nothing
             }
-            for (ULONG at = 0; at < PieceStep && length - at >= wanted.Size; ++at) {
-                if (Piece[at] == static_cast<UCHAR>(wanted.Signature[0]) && Signed(&Piece[at], wanted.Signature) &&
-                    (static_cast<ULONG>(begin) + at) % wanted.Step == 0) {
+            ULONG at = (wanted.Step - static_cast<ULONG>(begin) % wanted.Step) % wanted.Step;
+            for (; at < PieceStep && at <= length && length - at >= wanted.Size; at += wanted.Step) {
+                if (Piece[at] == static_cast<UCHAR>(wanted.Signature[0]) && Signed(&Piece[at], wanted.Signature)) {
                     *place = begin + at;
                     *number = Number(&Piece[at + offset]);
                     return true;

@@ -3,6 +3,7 @@
 
 #include <bit>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -15,46 +16,48 @@ std::uint32_t WordAt(const std::uint8_t* bytes) {
     return std::uint32_t{bytes[0]} << 24U | std::uint32_t{bytes[1]} << 16U | std::uint32_t{bytes[2]} << 8U | bytes[3];
 }
 
+// The part of a round that changes every 20 rounds: a constant, and three words mixed.
+template <std::size_t T> std::uint32_t Mixed(std::uint32_t b, std::uint32_t c, std::uint32_t d) {
+    if constexpr (T < 20) {
+        return (d ^ (b & (c ^ d))) + 0x5A827999;
+    } else if constexpr (T < 40) {
+        return (b ^ c ^ d) + 0x6ED9EBA1;
+    } else if constexpr (T < 60) {
+        return ((b & c) | (d & (b | c))) + 0x8F1BBCDC;
+    } else {
+        return (b ^ c ^ d) + 0xCA62C1D6;
+    }
+}
+
+// Round T. Instead of moving the five words on, each round takes them one place further.
+template <std::size_t T>
+[[gnu::always_inline]] inline void Round(Chain& words, std::uint32_t (&schedule)[16], const std::uint8_t* block) {
+    std::uint32_t& word = schedule[T % 16];
+    if constexpr (T < 16) {
+        word = WordAt(block + 4 * T);
+    } else {
+        word = std::rotl(schedule[(T + 13) % 16] ^ schedule[(T + 8) % 16] ^ schedule[(T + 2) % 16] ^ word, 1);
+    }
+    constexpr auto place = [](std::size_t letter) { return (letter + 80 - T) % 5; };
+    std::uint32_t& b = words[place(1)];
+    words[place(4)] += std::rotl(words[place(0)], 5) + Mixed<T>(b, words[place(2)], words[place(3)]) + word;
+    b = std::rotl(b, 30);
+}
+
+// All rounds are written out, so that every place is a constant: the digest of the program's own file is the dearest
+// step of a start.
+template <std::size_t... T>
+void BlockDigest(Chain& chain, const std::uint8_t* block, std::index_sequence<T...> /*rounds*/) {
+    std::uint32_t schedule[16]; // the last 16 words; each new one takes the place of the oldest
+    Chain words = chain;
+    (Round<T>(words, schedule, block), ...);
+    for (std::size_t i = 0; i < chain.size(); ++i) {
+        chain[i] += words[i];
+    }
+}
+
 void BlockDigest(Chain& chain, const std::uint8_t* block) {
-    // The last 16 words of the schedule; each new one takes the place of the oldest.
-    std::uint32_t schedule[16];
-    for (std::size_t t = 0; t < 16; ++t) {
-        schedule[t] = WordAt(block + 4 * t);
-    }
-    std::uint32_t a = chain[0];
-    std::uint32_t b = chain[1];
-    std::uint32_t c = chain[2];
-    std::uint32_t d = chain[3];
-    std::uint32_t e = chain[4];
-    const auto round = [&](std::size_t t, std::uint32_t mixed) {
-        std::uint32_t& word = schedule[t % 16];
-        if (t >= 16) {
-            word = std::rotl(schedule[(t + 13) % 16] ^ schedule[(t + 8) % 16] ^ schedule[(t + 2) % 16] ^ word, 1);
-        }
-        const std::uint32_t next = std::rotl(a, 5) + mixed + e + word;
-        e = d;
-        d = c;
-        c = std::rotl(b, 30);
-        b = a;
-        a = next;
-    };
-    for (std::size_t t = 0; t < 20; ++t) {
-        round(t, (d ^ (b & (c ^ d))) + 0x5A827999);
-    }
-    for (std::size_t t = 20; t < 40; ++t) {
-        round(t, (b ^ c ^ d) + 0x6ED9EBA1);
-    }
-    for (std::size_t t = 40; t < 60; ++t) {
-        round(t, ((b & c) | (d & (b | c))) + 0x8F1BBCDC);
-    }
-    for (std::size_t t = 60; t < 80; ++t) {
-        round(t, (b ^ c ^ d) + 0xCA62C1D6);
-    }
-    chain[0] += a;
-    chain[1] += b;
-    chain[2] += c;
-    chain[3] += d;
-    chain[4] += e;
+    BlockDigest(chain, block, std::make_index_sequence<80>());
 }
 
 } // namespace
