@@ -274,49 +274,6 @@ TEST(StandInDevice, MemoryIsCoveredLaterOverEarlierAndFFhElsewhere) {
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_FUNCTION));
 }
 
-TEST(StandInDevice, CommunicationBufferGoesWithItsLastUser) {
-    MachineSet({});
-    const HANDLE device = DriverStart();
-    Bytes first(4);
-    Bytes second(4);
-    ASSERT_TRUE(Request(device, GetBuffer, LittleEndian(4096), &first));
-    ASSERT_TRUE(Request(device, GetBuffer, LittleEndian(4096), &second));
-    EXPECT_EQ(first, second);
-    std::uint32_t address = 0;
-    std::memcpy(&address, first.data(), sizeof address);
-    EXPECT_GE(address, 0x10000U);
-    Bytes none;
-    Bytes data{5};
-    EXPECT_TRUE(Request(device, ReleaseBuffer, LittleEndian(4096), &none));
-    EXPECT_TRUE(Request(device, WriteMemory, LittleEndian(address + 4095), &data));
-    EXPECT_EQ(MemoryOf(device, address + 4094, 3), (Bytes{0, 5, 0xFF}));
-    EXPECT_TRUE(Request(device, ReleaseBuffer, LittleEndian(4096), &none));
-    EXPECT_EQ(MemoryOf(device, address, 1), Bytes{0xFF});
-    EXPECT_FALSE(Request(device, ReleaseBuffer, LittleEndian(4096), &none));
-}
-
-TEST(StandInDevice, RootTableSearchTakesTheSecond) {
-    Machine machine;
-    Bytes record(24);
-    std::memcpy(record.data(), "IFE$", 4);
-    const Bytes start = LittleEndian(0x200000);
-    std::copy(start.begin(), start.end(), record.begin() + 20);
-    // A table whose body holds the signature once more: it is stepped over.
-    const Bytes table{'R', 'S', 'D', 'T', 40, 0, 0, 0, 'R', 'S', 'D', 'T'};
-    machine.Memory = {{0xE5550, record}, {0x20FFFE, table}, {0x900000, table}, {0xA00000, table}};
-    MachineSet(machine);
-    Bytes found(4);
-    EXPECT_TRUE(Request(DriverStart(), 0x2221AA, {}, &found));
-    EXPECT_EQ(found, LittleEndian(0x900000));
-    machine.Memory = {{0x800000, table}};
-    MachineSet(machine);
-    const HANDLE device = DriverStart();
-    EXPECT_FALSE(Request(device, 0x2221AA, {}, &found));
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_NOT_FOUND));
-    EXPECT_TRUE(Request(device, 0x2221C2, LittleEndian(0xF00000), &found));
-    EXPECT_EQ(found, LittleEndian(0x800000));
-}
-
 TEST(StandInFault, StrikesTheCallThatItNames) {
     Machine machine;
     const auto control = StandIn::OperationFind("DeviceIoControl");
