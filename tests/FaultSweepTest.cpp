@@ -351,8 +351,7 @@ Lines ChangesAllowed(const std::string& call, Phase phase, unsigned others) {
          {toolsLate, "-" + driver + temporary + "-" + count + now + "-" + service + "+" + count + more}},
         {{Phase::Stop, "RegSetValueExA"}, {toolsLate, countLate}},
         {{Phase::Stop, "DeviceIoControl"},
-         {"-" + count + now + "-" + tools + now + "+" + count + more + "+" + tools +
-          more}},
+         {"-" + count + now + "-" + tools + now + "+" + count + more + "+" + tools + more}},
     };
     const auto found = changes.find({phase, call});
     return found != changes.end() ? found->second : Lines{};
