@@ -9,6 +9,7 @@
 #include "Lib/Platform/StandIn/Faults.h"
 #include "Lib/Platform/StandIn/Files.h"
 #include "Lib/Platform/StandIn/Handles.h"
+#include "Lib/Platform/StandIn/Kernel.h"
 #include "Lib/Platform/StandIn/Services.h"
 #include "Lib/Platform/StandIn/State.h"
 #include "tests/Support.h"
@@ -414,6 +415,7 @@ void OtherToolStart(std::uint32_t count) {
     StartOver(Machine());
     ASSERT_EQ(DriverRequest(DriverLoad), RyxOk);
     DriverStateReset();
+    StandIn::KernelFilesClose();
     StandIn::HandlesForget();
     const RegistryKey key = RegistryKeyOpen("Software\\RyxDrv", RegistryView::Bits64);
     if (count != 0) {
