@@ -54,14 +54,6 @@ bool Holds(HANDLE file, const std::uint8_t* data, std::uint32_t size) {
     }
 }
 
-// The path of this process's program; null when the system does not tell it, or memory runs out.
-std::unique_ptr<WCHAR[]> ExecutableWidePath() {
-    constexpr DWORD capacity = 0x8000; // longer than any path
-    std::unique_ptr<WCHAR[]> path(new (std::nothrow) WCHAR[capacity]);
-    const DWORD length = path != nullptr ? GetModuleFileNameW(nullptr, path.get(), capacity) : 0;
-    return length != 0 && length < capacity ? std::move(path) : nullptr;
-}
-
 } // namespace
 
 RyxStatus FileMake(const char* path, const void* data, std::uint32_t size) {
@@ -95,13 +87,14 @@ void FileLetGo(FileHeld file) {
 }
 
 RyxStatus ExecutableRead(std::unique_ptr<std::uint8_t[]>* data, std::uint32_t* size) {
-    const std::unique_ptr<WCHAR[]> path = ExecutableWidePath();
-    if (path == nullptr) {
+    WCHAR path[0x8000]; // longer than any path
+    constexpr DWORD capacity = sizeof path / sizeof path[0];
+    const DWORD pathLength = GetModuleFileNameW(nullptr, path, capacity);
+    if (pathLength == 0 || pathLength >= capacity) {
         return RyxErrorFileOpen;
     }
-    const FileOwner file =
-        Owned(CreateFileW(path.get(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                          OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const FileOwner file = Owned(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                             nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     const DWORD length = file != nullptr ? GetFileSize(file.get(), nullptr) : INVALID_FILE_SIZE;
     if (length == INVALID_FILE_SIZE) {
         return RyxErrorFileOpen;
