@@ -1,10 +1,12 @@
 // The fault sweep: a whole run, once per platform call with that call failing.
 #include "Lib/API/RyxLib.h"
 #include "Lib/Common/LibraryReset.h"
+#include "Lib/Platform/StandIn/Faults.h"
 #include "Lib/Platform/StandIn/Handles.h"
 #include "Lib/Platform/StandIn/Kernel.h"
 #include "Lib/Platform/StandIn/Mutexes.h"
 #include "Lib/Platform/StandIn/State.h"
+#include "Lib/Platform/System.h"
 #include "tests/Support.h"
 #include "tests/ToolRun.h"
 #include "viewer/ViewerMain.h"
@@ -157,10 +159,12 @@ const CallEffects Effects[] = {
     {"GetTempPathA", Phase::Start, {Effect::NoDriver}},
     {"WriteFile", Phase::Start, {Effect::NoDriver}},
     {"RegCreateKeyExA", Phase::Start, {Effect::RegistryWarning, Effect::None}},
-    {"GetModuleFileNameA", Phase::Start, {Effect::NoDriver, Effect::NoImage}},
-    {"CreateFileA", Phase::Start, {Effect::NoImage, Effect::None}},
+    {"GetModuleFileNameA", Phase::Start, {Effect::NoDriver}},
+    {"GetModuleFileNameW", Phase::Start, {Effect::NoImage}},
+    {"CreateFileA", Phase::Start, {Effect::NoDriver, Effect::None}},
+    {"CreateFileW", Phase::Start, {Effect::NoImage}},
     {"GetFileSize", Phase::Start, {Effect::NoImage}},
-    {"ReadFile", Phase::Start, {Effect::NoImage}},
+    {"ReadFile", Phase::Start, {Effect::NoDriver, Effect::NoImage}},
     {"DeviceIoControl", Phase::Listing, {Effect::Listing, Effect::None}},
     {"MmMapLockedPagesSpecifyCache", Phase::Listing, {Effect::Listing, Effect::None}},
     {"MmMapIoSpace", Phase::Listing, {Effect::Listing, Effect::None}},
@@ -229,13 +233,7 @@ Lines LeftoversAllowed(const std::string& call, Phase phase) {
     const char* const service = "service RYXLIB";
     const char* const file = "file C:\\Windows\\Temp\\\\RyxLib64.sys";
     const char* const driver = "driver RYXLIB from C:\\Windows\\Temp\\\\RyxLib64.sys";
-    if (phase == Phase::Start) {
-        if (call == "RegSetValueExA") {
-            return {key};
-        }
-        return {};
-    }
-    if (phase == Phase::Listing) {
+    if (phase != Phase::Stop) {
         return {};
     }
     const std::map<std::string, Lines> stop = {
@@ -284,19 +282,107 @@ std::vector<std::uint64_t> CallsToFail(const Course& undisturbed) {
     return calls;
 }
 
+// The folder of this test's program.
+std::string OwnFolder() {
+    char folder[4096];
+    return ExecutableFolderGet(folder, sizeof folder) ? folder : "";
+}
+
+// The machine with tools on it that were started before and still run.
+void StartBesideOthers(const Machine& machine, unsigned others) {
+    StartOver(machine);
+    for (unsigned tool = 0; tool < others; ++tool) {
+        ASSERT_EQ(Start(), RyxOk);
+        ProcessEnd();
+    }
+    StandIn::CallsForget();
+}
+
+bool StartsWith(const std::string& text, std::string_view front) {
+    return text.rfind(front, 0) == 0;
+}
+
+// How what is left differs from what was there before: lines that went with -, lines that came with +. Mutexes, which
+// go with the process, and the driver's buffer are looked at where no other tools run.
+std::string Change(const Lines& before, const Lines& left) {
+    std::string change;
+    const auto append = [&change](char sign, const Lines& some, const Lines& others) {
+        for (const std::string& line : some) {
+            const bool other = StartsWith(line, "communication buffer") || StartsWith(line, "handle of") ||
+                               StartsWith(line, "mutex held");
+            if (!other && std::find(others.begin(), others.end(), line) == others.end()) {
+                change += sign + line + "\n";
+            }
+        }
+    };
+    append('-', before, left);
+    append('+', left, before);
+    return change;
+}
+
+// How a disturbed run may change what other tools, so many, have in the machine: one of these texts, or nothing.
+Lines ChangesAllowed(const std::string& call, Phase phase, unsigned others) {
+    const std::string key = "registry key Software\\RyxDrv\n";
+    const std::string count = "registry value Software\\RyxDrv\\RefCount = ";
+    const std::string tools = "registry value Software\\RyxTool\\ToolsRefCount = ";
+    const std::string now = std::to_string(others) + "\n";
+    const std::string more = std::to_string(others + 1) + "\n";
+    const std::string driver = "driver RYXLIB from ";
+    const std::string service = "service RYXLIB\n";
+    const std::string name = "\\RyxLib64.sys\n";
+    const std::string own = OwnFolder() + name;
+    const std::string temporary = "C:\\Windows\\Temp\\" + name;
+    const std::string countLate = "-" + count + now + "+" + count + more;
+    const std::string toolsLate = "-" + tools + now + "+" + tools + more;
+    const std::map<std::pair<Phase, std::string>, Lines> changes = {
+        // A count that can't be reached is left alone, and the driver is installed anew, for the others too.
+        {{Phase::Start, "RegOpenKeyExA"}, {"-" + driver + temporary + "+" + driver + own + "+file " + own}},
+        {{Phase::Start, "RegQueryValueExA"}, {"-" + driver + temporary + "+" + driver + own + "+file " + own}},
+        // A device that does not open makes the count a stale one.
+        {{Phase::Start, "CreateFileA"}, {"-" + driver + temporary + "-" + key + "-" + count + now + "-" + service}},
+        // As a program of a 32-bit system it does not find the count, and its driver does not start.
+        {{Phase::Start, "GetModuleHandleA"}, {"-" + driver + temporary + "-" + service}},
+        {{Phase::Start, "GetProcAddress"}, {"-" + driver + temporary + "-" + service}},
+        {{Phase::Start, "IsWow64Process"}, {"-" + driver + temporary + "-" + service}},
+        // Whoever can't read the count of the driver's users is the last one.
+        {{Phase::Stop, "RegOpenKeyExA"},
+         {toolsLate, "-" + driver + temporary + "-" + count + now + "-" + service + "+" + count + more}},
+        {{Phase::Stop, "RegQueryValueExA"},
+         {toolsLate, "-" + driver + temporary + "-" + count + now + "-" + service + "+" + count + more}},
+        {{Phase::Stop, "RegSetValueExA"}, {toolsLate, countLate}},
+        {{Phase::Stop, "DeviceIoControl"},
+         {"-" + count + now + "-" + tools + now + "+" + count + more + "+" + tools + more}},
+    };
+    const auto found = changes.find({phase, call});
+    return found != changes.end() ? found->second : Lines{};
+}
+
+// A run beside other tools leaves the machine to them as it was, or as the rules have it; and so does the next one.
+void ChangeCheck(const Lines& before, const Lines& left, const Lines& allowed) {
+    const std::string change = Change(before, left);
+    EXPECT_TRUE(change.empty() || std::find(allowed.begin(), allowed.end(), change) != allowed.end()) << change;
+}
+
+bool ServiceLeft(const Lines& left) {
+    return std::find(left.begin(), left.end(), "service RYXLIB") != left.end();
+}
+
 struct SweepCase {
     const char* Name;
     FirmwareKind Firmware;
     bool Legacy; // the table in the legacy segment, or only behind the firmware table service
     std::vector<std::string> Arguments;
+    unsigned Others; // tools that were started before
 };
 
 TEST(FaultSweep, EveryCallFailsOnce) {
     const SweepCase cases[] = {
-        {"no firmware", FirmwareKind::None, true, {"/eps", "/type"}},
-        {"firmware variables", FirmwareKind::Variables, true, {"/eps", "/type"}},
-        {"firmware interrupts", FirmwareKind::Smi, true, {"/eps", "/type"}},
-        {"firmware table service", FirmwareKind::None, false, {"/eps", "/type", "0"}},
+        {"no firmware", FirmwareKind::None, true, {"/eps", "/type"}, 0},
+        {"firmware variables", FirmwareKind::Variables, true, {"/eps", "/type"}, 0},
+        {"firmware interrupts", FirmwareKind::Smi, true, {"/eps", "/type"}, 0},
+        {"firmware table service", FirmwareKind::None, false, {"/eps", "/type", "0"}, 0},
+        {"beside another tool", FirmwareKind::None, true, {"/eps", "/type"}, 1},
+        {"beside two other tools", FirmwareKind::Smi, true, {"/eps", "/type"}, 2},
     };
     std::uint64_t failed = 0;
     std::uint64_t all = 0;
@@ -309,14 +395,15 @@ TEST(FaultSweep, EveryCallFailsOnce) {
         Machine machine = StandIn::MachineWithTable(table, 2, 8, swept.Legacy);
         machine.Firmware = swept.Firmware;
         machine.Console = StandIn::ConsoleKind::None;
-        StartOver(machine);
+        StartBesideOthers(machine, swept.Others);
+        const Lines before = swept.Others != 0 ? StandIn::Leftovers() : Lines{ToolKey};
         const Course undisturbed = WholeRun(swept.Arguments);
         ASSERT_EQ(undisturbed.ExitCode, 0U) << undisturbed.Output;
-        EXPECT_EQ(undisturbed.Left, Lines{ToolKey});
+        EXPECT_EQ(Change(before, undisturbed.Left), "");
         ProcessEnd();
         all += undisturbed.Total;
         for (const std::uint64_t call : CallsToFail(undisturbed)) {
-            StartOver(machine);
+            StartBesideOthers(machine, swept.Others);
             StandIn::FailCall(call);
             const Course run = WholeRun(swept.Arguments);
             const std::string name = StandIn::FailedCallName();
@@ -331,8 +418,13 @@ TEST(FaultSweep, EveryCallFailsOnce) {
             EXPECT_NE(std::find(possible.begin(), possible.end(), effect), possible.end())
                 << "effect " << static_cast<int>(effect);
             seen.emplace(name, phase, effect);
-            const Lines allowed = LeftoversAllowed(name, phase);
-            LeftoversCheck(run.Left, allowed);
+            const Lines allowed =
+                swept.Others != 0 ? ChangesAllowed(name, phase, swept.Others) : LeftoversAllowed(name, phase);
+            if (swept.Others != 0) {
+                ChangeCheck(before, run.Left, allowed);
+            } else {
+                LeftoversCheck(run.Left, allowed);
+            }
             std::string outcome = std::to_string(run.ExitCode) + run.Output;
             for (const std::string& line : run.Left) {
                 outcome += "\n" + line;
@@ -344,7 +436,13 @@ TEST(FaultSweep, EveryCallFailsOnce) {
                 const Course next = WholeRun(swept.Arguments);
                 EXPECT_EQ(next.ExitCode, 0U);
                 EXPECT_EQ(next.Output, undisturbed.Output);
-                LeftoversCheck(next.Left, allowed);
+                if (swept.Others == 0) {
+                    LeftoversCheck(next.Left, allowed);
+                } else if (ServiceLeft(run.Left)) {
+                    ChangeCheck(before, next.Left, allowed);
+                } else {
+                    EXPECT_FALSE(ServiceLeft(next.Left)) << "a driver that the others lost is this one's alone";
+                }
                 ProcessEnd();
             }
             if (HasFailure()) {

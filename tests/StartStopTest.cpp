@@ -6,10 +6,16 @@
 #include "Lib/Common/PowerRequest.h"
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/Registry.h"
+#include "Lib/Platform/StandIn/Faults.h"
+#include "Lib/Platform/StandIn/Files.h"
 #include "Lib/Platform/StandIn/Handles.h"
+#include "Lib/Platform/StandIn/Kernel.h"
+#include "Lib/Platform/StandIn/Services.h"
 #include "Lib/Platform/StandIn/State.h"
 #include "tests/Support.h"
 #include "tests/ToolRun.h"
+
+#include <windows.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -20,6 +26,7 @@
 namespace {
 
 using StandIn::Machine;
+using StandIn::MachineGet;
 
 StandIn::Operation Named(std::string_view name) {
     return StandIn::OperationFind(name).value();
@@ -222,6 +229,13 @@ TEST(DriverLoading, InstallsRetriesAndFails) {
         {"no resource", {{Named("FindResourceA")}}, std::nullopt, RyxErrorDriverLoad, std::nullopt, 0, ""},
         {"no file anywhere", {{create}}, std::nullopt, RyxErrorDriverLoad, std::nullopt, 0, ""},
         {"disk full", {{Named("WriteFile")}}, std::nullopt, RyxErrorDriverLoad, std::nullopt, 0, ""},
+        {"a file that can't be read back",
+         {{Named("ReadFile")}},
+         std::nullopt,
+         RyxErrorDriverLoad,
+         std::nullopt,
+         0,
+         ""},
         {"no executable path", {{Named("GetModuleFileNameA")}}, std::nullopt, RyxErrorDriverLoad, std::nullopt, 0, ""},
     };
     for (const LoadCase& expected : cases) {
@@ -288,6 +302,205 @@ TEST(DriverLoading, OpensTheDeviceByTheNameOfTheVersion) {
     }
 }
 
+constexpr char TemporaryDriver[] = "C:\\Windows\\Temp\\RyxLib64.sys";
+constexpr char Victim[] = "C:\\Windows\\Temp\\victim.txt";
+constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+// Writes a file as any other program of the user would; false when it can't.
+bool FilePut(const char* path, const std::string& text, DWORD disposition = CREATE_ALWAYS) {
+    const HANDLE file = CreateFileA(path, GENERIC_WRITE, ShareAll, nullptr, disposition, 0, nullptr);
+    DWORD written = 0;
+    return file != INVALID_HANDLE_VALUE &&
+           WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) && CloseHandle(file);
+}
+
+// What other programs of the same user try to do to the driver file.
+bool DriverReplace() {
+    return DeleteFileA(TemporaryDriver) && FilePut(TemporaryDriver, "another driver");
+}
+bool DriverOverwrite() {
+    MachineGet().Administrator = false;
+    const bool overwritten = FilePut(TemporaryDriver, "another driver", OPEN_EXISTING);
+    MachineGet().Administrator = true;
+    return overwritten;
+}
+void LinkLay() {
+    const StandIn::SharedAccess shared;
+    const std::string target = Victim;
+    shared->Files[StandIn::FileKey(TemporaryDriver)] = {TemporaryDriver, FILE_ATTRIBUTE_REPARSE_POINT,
+                                                        StandIn::Bytes(target.begin(), target.end())};
+}
+
+TEST(DriverLoading, NobodyElseDecidesWhichDriverStarts) {
+    // In a load, the file is created, opened again, and then the device is opened.
+    const auto open = Named("CreateFileA");
+    const auto start = Named("StartServiceA");
+    struct Case {
+        const char* Name;
+        std::function<void()> Before;
+        std::vector<StandIn::Intrusion> During;
+        RyxStatus Status;
+        const char* Folder; // of the driver that was started
+    };
+    const char* const temporary = "C:\\Windows\\Temp";
+    const Case cases[] = {
+        {"replaced before the check",
+         {},
+         {{open, 2, [] { EXPECT_TRUE(DriverReplace()); }}},
+         RyxErrorDriverLoad,
+         nullptr},
+        {"a link before the check",
+         {},
+         {{open, 2, [] { DeleteFileA(TemporaryDriver), LinkLay(); }}},
+         RyxErrorDriverLoad,
+         nullptr},
+        {"replaced before the start", {}, {{start, 1, [] { EXPECT_FALSE(DriverReplace()); }}}, RyxOk, temporary},
+        {"written to before the check", {}, {{open, 2, [] { EXPECT_FALSE(DriverOverwrite()); }}}, RyxOk, temporary},
+        {"written to before the start", {}, {{start, 1, [] { EXPECT_FALSE(DriverOverwrite()); }}}, RyxOk, temporary},
+        {"a file was there",
+         [] { FilePut(TemporaryDriver, "another"); },
+         {{start, 1, [] { EXPECT_FALSE(DriverOverwrite()); }}},
+         RyxOk,
+         temporary},
+        {"a file was there that can't be deleted",
+         [] {
+             FilePut(TemporaryDriver, "another");
+             CreateFileA(TemporaryDriver, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0,
+                         nullptr);
+         },
+         {},
+         RyxOk,
+         "/"},
+        {"a link was there", LinkLay, {}, RyxOk, temporary},
+        {"a link comes before the creation", {}, {{open, 1, LinkLay}}, RyxOk, "/"},
+    };
+    for (const Case& attacked : cases) {
+        SCOPED_TRACE(attacked.Name);
+        StartOver(Machine());
+        FilePut(Victim, "precious");
+        if (attacked.Before) {
+            attacked.Before();
+        }
+        MachineGet().Intrusions = attacked.During;
+        for (StandIn::Intrusion& one : MachineGet().Intrusions) {
+            one.At += StandIn::CallCount(one.Before);
+        }
+        EXPECT_EQ(DriverRequest(DriverLoad), attacked.Status);
+        const StandIn::SharedAccess shared;
+        EXPECT_EQ(shared->Files.at(StandIn::FileKey(Victim)).Data,
+                  StandIn::Bytes({'p', 'r', 'e', 'c', 'i', 'o', 'u', 's'}));
+        if (attacked.Folder == nullptr) {
+            EXPECT_EQ(StandIn::CallCount("StartServiceA"), 0U) << "a driver that was changed is not started";
+            EXPECT_EQ(shared->Files.size(), 1U);
+            EXPECT_TRUE(shared->Services.empty());
+            EXPECT_TRUE(shared->Keys.empty());
+            continue;
+        }
+        if (!ServiceRuns()) {
+            ADD_FAILURE() << "no driver runs";
+            continue;
+        }
+        const std::string path = shared->Services.begin()->second.Path;
+        EXPECT_EQ(path.rfind(attacked.Folder, 0), 0U) << path;
+        const StandIn::StoredFile& file = shared->Files.at(StandIn::FileKey(path));
+        EXPECT_TRUE(file.Guarded);
+        EXPECT_EQ(file.Data, StandIn::DriverImage(true));
+        EXPECT_FALSE(StandIn::HandleOpenFor(StandIn::HandleKind::File, StandIn::FileKey(path)));
+    }
+}
+
+// Another tool, which has loaded the driver and runs on; the count of its like is as given, 0 for a key without a
+// count.
+void OtherToolStart(std::uint32_t count) {
+    StartOver(Machine());
+    ASSERT_EQ(DriverRequest(DriverLoad), RyxOk);
+    DriverStateReset();
+    StandIn::KernelFilesClose();
+    StandIn::HandlesForget();
+    const RegistryKey key = RegistryKeyOpen("Software\\RyxDrv", RegistryView::Bits64);
+    if (count != 0) {
+        RegistryNumberWrite(key, "RefCount", count);
+    } else {
+        RegistryValueDelete(key, "RefCount");
+    }
+    RegistryKeyClose(key);
+    StandIn::CallsForget();
+}
+
+TEST(DriverLoading, FailingTakesBackOnlyItsOwn) {
+    const auto key = Named("RegOpenKeyExA");
+    const auto value = Named("RegQueryValueExA");
+    const auto resource = Named("FindResourceA");
+    const auto file = Named("CreateFileA");
+    const auto read = Named("ReadFile");
+    const auto start = Named("StartServiceA");
+    struct Case {
+        const char* Name;
+        std::uint32_t Count; // of the other tools
+        std::vector<StandIn::Fault> Faults;
+        bool CountStays;
+        bool ServiceStays;
+    };
+    const Case cases[] = {
+        {"before anything is made", 1, {{key, 0, 1}, {resource}}, true, true},
+        {"before anything is made", 3, {{key, 0, 1}, {resource}}, true, true},
+        {"before anything is made", 3, {{value, 0, 1}, {resource}}, true, true},
+        {"before anything is made", 0, {{resource}}, true, true},
+        {"no file", 0, {{file}}, true, true},
+        {"with a file", 1, {{key, 0, 1}, {read}}, true, true},
+        {"with a file", 3, {{value, 0, 1}, {read}}, true, true},
+        {"with a file", 0, {{read}}, true, true},
+        {"with a count that was stale", 3, {{file}}, false, true},
+        {"with a service", 1, {{key, 0, 1}, {start}}, true, false},
+        {"with a service", 3, {{key, 0, 1}, {start}}, true, false},
+        {"with a service", 0, {{start}}, true, false},
+    };
+    for (const Case& failing : cases) {
+        SCOPED_TRACE(failing.Name + std::string(", ") + std::to_string(failing.Count));
+        OtherToolStart(failing.Count);
+        std::vector<std::string> expected = StandIn::Leftovers();
+        const auto goes = [&failing](const std::string& line) {
+            const bool count = line.rfind("registry", 0) == 0;
+            const bool service = line.rfind("driver", 0) == 0 || line.rfind("service", 0) == 0;
+            return (count && !failing.CountStays) || (service && !failing.ServiceStays);
+        };
+        expected.erase(std::remove_if(expected.begin(), expected.end(), goes), expected.end());
+        MachineGet().Faults = failing.Faults;
+        EXPECT_EQ(DriverRequest(DriverLoad), RyxErrorDriverLoad);
+        MachineGet().Faults.clear();
+        EXPECT_EQ(StandIn::Leftovers(), expected);
+    }
+}
+
+TEST(DriverLoading, ACountThatCantBeReachedStays) {
+    for (const char* const refused : {"RegOpenKeyExA", "RegQueryValueExA"}) {
+        SCOPED_TRACE(refused);
+        OtherToolStart(3);
+        MachineGet().Faults = {{Named(refused), 0, 1}};
+        EXPECT_EQ(DriverRequest(DriverLoad), RyxOk);
+        EXPECT_EQ(DriverCount(), 3U);
+        EXPECT_EQ(StandIn::CallCount("RegCreateKeyExA"), 0U);
+        EXPECT_EQ(DriverRequest(DriverUnload), RyxOk);
+        EXPECT_EQ(DriverCount(), 3U) << "who is not counted does not take itself out";
+        EXPECT_TRUE(ServiceRuns());
+    }
+    // Nor does a tool take itself out of a count that it could not be added to.
+    OtherToolStart(1);
+    MachineGet().Faults = {{Named("RegSetValueExA"), 0, 1}};
+    EXPECT_EQ(DriverRequest(DriverLoad), RyxOk);
+    EXPECT_EQ(DriverRequest(DriverUnload), RyxOk);
+    EXPECT_EQ(DriverCount(), 1U);
+    EXPECT_TRUE(ServiceRuns());
+}
+
+TEST(DriverLoading, TheKeyIsDeletedWithoutRightsToItsParent) {
+    StartOver(Machine());
+    ASSERT_EQ(DriverRequest(DriverLoad), RyxOk);
+    MachineGet().RegistryReadOnly = {"Software"};
+    EXPECT_EQ(DriverRequest(DriverUnload), RyxOk);
+    EXPECT_EQ(StandIn::Leftovers(), std::vector<std::string>());
+}
+
 TEST(DriverLoading, WarnsWithoutARegistry) {
     Machine machine;
     machine.Faults = {{Named("RegCreateKeyExA")}};
@@ -311,6 +524,13 @@ TEST(DriverRequests, CheckTheirArguments) {
     DriverRequest(DriverUnload);
 }
 
+// The number of a start's last read, which is that of the program's own file.
+std::uint64_t LastRead() {
+    StartOver(Machine());
+    EXPECT_EQ(Start(), RyxOk);
+    return StandIn::CallCount("ReadFile");
+}
+
 TEST(Start, FailuresHaveTheirMessageAndStatus) {
     struct Case {
         StandIn::Fault Fault;
@@ -321,7 +541,9 @@ TEST(Start, FailuresHaveTheirMessageAndStatus) {
     const Case cases[] = {
         {{Named("StartServiceA")}, "\nFlash tool load driver failed!\n\n", RyxErrorDriverLoad, RyxErrorArgument},
         {{Named("GetFileSize")}, "Open file failed.\nGet file failed.\n", RyxOk, RyxErrorFileRead},
-        {{Named("ReadFile")}, "Get file failed.\n", RyxOk, RyxErrorFileRead},
+        {{Named("ReadFile"), 0, LastRead()}, "Get file failed.\n", RyxOk, RyxErrorFileRead},
+        {{Named("CreateFileW")}, "Open file failed.\nGet file failed.\n", RyxOk, RyxErrorFileRead},
+        {{Named("GetModuleFileNameW")}, "Open file failed.\nGet file failed.\n", RyxOk, RyxErrorFileRead},
         {{Named("SetThreadExecutionState")}, "", RyxOk, RyxInstanceFirst},
         {{Named("DeviceIoControl"), DriverVersionRead}, "", RyxOk, RyxInstanceFirst},
     };
@@ -334,6 +556,74 @@ TEST(Start, FailuresHaveTheirMessageAndStatus) {
         EXPECT_EQ(status, expected.Status);
         EXPECT_EQ(States().second, expected.Image);
         EXPECT_EQ(ToolCount().has_value(), status == RyxOk);
+    }
+}
+
+TEST(Start, KnowsItsFileByAnyName) {
+    std::string longName;
+    for (int i = 0; i < 200; ++i) {
+        longName += "\u0439";
+    }
+    const std::string names[] = {"\u041a\u0432\u0430\u0440\u0440\u0438\u043d\u0435\u0442.exe", "a b \"c\" 'd'.exe",
+                                 longName, "\U0001F5A5.exe"};
+    for (const bool utf8 : {true, false}) {
+        for (const std::string& name : names) {
+            SCOPED_TRACE(name);
+            Machine machine;
+            machine.Utf8 = utf8;
+            machine.Program = "C:\\Windows\\Temp\\" + name;
+            StartOver(machine);
+            ASSERT_TRUE(FilePut(machine.Program.c_str(), "MZ"));
+            // Somebody writes to it meanwhile, and lets others do what they want.
+            CreateFileA(machine.Program.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, ShareAll, nullptr,
+                        OPEN_EXISTING, 0, nullptr);
+            EXPECT_EQ(Captured([] { EXPECT_EQ(Start(), RyxOk); }), "");
+            EXPECT_EQ(States().second, RyxInstanceFirst);
+            EXPECT_EQ(RyxLibExit(), RyxOk);
+        }
+    }
+    // A name on this computer may be no text at all.
+    const TemporaryFolder folder;
+    Machine machine;
+    machine.Program = folder.Write("\xFF\xC0\xAF \xD0.exe", std::string("MZ"));
+    StartOver(machine);
+    EXPECT_EQ(Captured([] { EXPECT_EQ(Start(), RyxOk); }), "");
+    EXPECT_EQ(RyxLibExit(), RyxOk);
+}
+
+TEST(Start, AMutexOfAnotherUserIsACopyThatRuns) {
+    StartOver(Machine());
+    ASSERT_EQ(Start(), RyxOk);
+    std::string mutex;
+    for (const auto& [value, handle] : StandIn::HandlesOpen()) {
+        mutex = handle.Kind == StandIn::HandleKind::Mutex ? handle.Name : mutex;
+    }
+    ASSERT_EQ(mutex.rfind("Global\\{", 0), 0U) << mutex;
+    Machine machine;
+    machine.OtherUsersMutexes = {mutex};
+    StartOver(machine);
+    ASSERT_EQ(Start(), RyxOk);
+    EXPECT_EQ(States(), std::pair(RyxInstanceFirst, RyxInstanceAnother));
+    EXPECT_EQ(RyxLibExit(), RyxOk);
+    EXPECT_EQ(StandIn::Leftovers(), std::vector<std::string>{"registry key Software\\RyxTool"});
+}
+
+TEST(Start, ACountOfToolsThatCantBeReachedStays) {
+    const RegistryView view = RegistryView::Bits64;
+    for (const char* const refused : {"RegCreateKeyExA", "RegQueryValueExA", "RegSetValueExA"}) {
+        SCOPED_TRACE(refused);
+        StartOver(Machine());
+        const RegistryKey key = RegistryKeyCreate("Software\\RyxTool", view);
+        RegistryNumberWrite(key, "ToolsRefCount", 2);
+        RegistryKeyClose(key);
+        ASSERT_EQ(DriverRequest(DriverLoad), RyxOk);
+        // The second query is that of the increment.
+        const std::uint64_t later = std::string(refused) == "RegQueryValueExA" ? 2 : 1;
+        MachineGet().Faults = {{Named(refused), 0, StandIn::CallCount(refused) + later}};
+        EXPECT_EQ(RyxInstanceRegister(), RyxOk);
+        EXPECT_EQ(ToolCount(), 2U);
+        EXPECT_EQ(RyxInstanceUnregister(), RyxOk);
+        EXPECT_EQ(ToolCount(), 2U);
     }
 }
 

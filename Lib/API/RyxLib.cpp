@@ -129,14 +129,17 @@ RyxStatus RyxInstanceRegister() {
     InstanceState& instance = InstanceStateGet();
     instance.Tools = ToolsRefCountGet() != 0 ? RyxInstanceAnother : RyxInstanceFirst;
     instance.Image = ImageRegister();
-    ToolsRefCountIncrement();
+    instance.Counted = ToolsRefCountIncrement();
     instance.GlobalEnabled = true;
     return RyxOk;
 }
 
 RyxStatus RyxInstanceUnregister() {
     InstanceState& instance = InstanceStateGet();
-    ToolsRefCountDecrement();
+    if (instance.Counted) {
+        ToolsRefCountDecrement();
+        instance.Counted = false;
+    }
     MutexClose(instance.ImageMutex);
     instance.ImageMutex = nullptr;
     instance.Tools = RyxErrorArgument;

@@ -6,7 +6,6 @@
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/Files.h"
 #include "Lib/Platform/Registry.h"
-#include "Lib/Platform/System.h"
 
 #include <cstdio>
 #include <memory>
@@ -16,7 +15,6 @@ namespace {
 constexpr char CountKey[] = "Software\\RyxTool";
 constexpr char CountValue[] = "ToolsRefCount";
 constexpr std::uint32_t GlobalMutexWait = 5000; // ms
-constexpr std::size_t PathCapacity = 0x1000;
 
 InstanceState Instance;
 
@@ -24,9 +22,8 @@ RegistryView View() {
     return DriverSystemIs64Bit() ? RegistryView::Bits64 : RegistryView::Own;
 }
 
-RyxStatus ExecutableRead(std::unique_ptr<std::uint8_t[]>* image, std::uint32_t* size) {
-    char path[PathCapacity];
-    const RyxStatus status = ExecutablePathGet(path, sizeof path) ? FileReadWhole(path, image, size) : RyxErrorFileOpen;
+RyxStatus ImageRead(std::unique_ptr<std::uint8_t[]>* image, std::uint32_t* size) {
+    const RyxStatus status = ExecutableRead(image, size);
     if (status == RyxErrorFileOpen || status == RyxErrorMemory) {
         std::puts(status == RyxErrorFileOpen ? "Open file failed." : "Allocate memory failed.");
         std::fflush(stdout);
@@ -53,13 +50,18 @@ std::uint32_t ToolsRefCountGet() {
     return count;
 }
 
-void ToolsRefCountIncrement() {
-    if (const RegistryKey key = RegistryKeyCreate(CountKey, View())) {
-        std::uint32_t count = 0;
-        RegistryNumberRead(key, CountValue, &count);
-        RegistryNumberWrite(key, CountValue, count + 1);
-        RegistryKeyClose(key);
+bool ToolsRefCountIncrement() {
+    const RegistryKey key = RegistryKeyCreate(CountKey, View());
+    if (key == nullptr) {
+        return false;
     }
+    std::uint32_t count = 0;
+    bool missing = false;
+    // A count that can't be read is that of others.
+    const bool counted = (RegistryNumberRead(key, CountValue, &count, &missing) || missing) &&
+                         RegistryNumberWrite(key, CountValue, count + 1);
+    RegistryKeyClose(key);
+    return counted;
 }
 
 void ToolsRefCountDecrement() {
@@ -82,7 +84,7 @@ void ToolsRefCountDecrement() {
 RyxStatus ImageRegister() {
     std::unique_ptr<std::uint8_t[]> image;
     std::uint32_t size = 0;
-    if (ExecutableRead(&image, &size) != RyxOk) {
+    if (ImageRead(&image, &size) != RyxOk) {
         RyxPrintf("Get file failed.\n");
         return RyxErrorFileRead;
     }

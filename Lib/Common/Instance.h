@@ -16,6 +16,7 @@ struct PackageRecord {
 struct InstanceState {
     RyxStatus Tools = RyxErrorArgument; // RyxInstanceFirst, RyxInstanceAnother; RyxErrorArgument while not registered
     RyxStatus Image = RyxErrorArgument; // the same for this executable, or why it could not be registered
+    bool Counted = false;               // among the running tools
     MutexHandle ImageMutex = nullptr;
     MutexHandle GlobalMutex = nullptr;
     bool GlobalEnabled = false;
@@ -31,10 +32,10 @@ struct InstanceState {
 InstanceState& InstanceStateGet();
 void InstanceStateReset();
 
-// The machine-wide count of running tools, 0 when there is none; adds this process to it; takes it out again. The last
-// one removes the count.
+// The machine-wide count of running tools, 0 when there is none; adds this process to it, and tells whether it could;
+// takes it out again. The last one removes the count.
 std::uint32_t ToolsRefCountGet();
-void ToolsRefCountIncrement();
+bool ToolsRefCountIncrement();
 void ToolsRefCountDecrement();
 
 // Creates the mutex that every process of this very executable shares, named by the digest of the file's bytes, and

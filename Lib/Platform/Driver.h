@@ -22,9 +22,9 @@ constexpr std::uint32_t DriverVersionRead = 0x2221B0;    // out: u16 version wor
 constexpr std::uint32_t DriverRsdtLocateNear = 0x2221C2; // in: u32 address; out: u32 physical address
 
 // Loads the driver (RyxErrorDriverLoad), unloads it (RyxErrorDriverUnload), or sends one control request
-// (RyxErrorDriverRequest); any other operation gives RyxErrorUnsupported. A load that fails leaves no service, driver
-// file or count behind. Only a control request uses the other arguments; lengths are in bytes, and a length of 0 goes
-// with a null buffer.
+// (RyxErrorDriverRequest); any other operation gives RyxErrorUnsupported. A load that fails takes back
+// what it made: the service when it came to installing it, the driver file and the count when it wrote them. Only a
+// control request uses the other arguments; lengths are in bytes, and a length of 0 goes with a null buffer.
 RyxStatus DriverRequest(std::uint32_t operation, std::uint32_t code = 0, const void* input = nullptr,
                         std::uint32_t inputLength = 0, void* output = nullptr, std::uint32_t outputLength = 0);
 

@@ -6,13 +6,21 @@
 #include <cstdint>
 #include <memory>
 
-// Creates the file (an older one of that name is replaced) and writes `size` bytes. RyxErrorFileOpen: it can't be
-// created; RyxErrorGeneral: the bytes could not all be written, and the file is removed again.
-RyxStatus FileWriteWhole(const char* path, const void* data, std::uint32_t size);
+// Makes a file of `size` bytes that only administrators and the system may open. An older file of that name, or a link,
+// is deleted first, never written to. RyxErrorFileOpen: that can't be deleted, or the file can't be created;
+// RyxErrorGeneral: the bytes could not all be written, and the file is removed again.
+RyxStatus FileMake(const char* path, const void* data, std::uint32_t size);
 
-// Reads the whole file into a new block of `size` bytes. RyxErrorFileOpen: it can't be opened or its size is not told;
-// RyxErrorMemory; RyxErrorFileRead: the bytes could not all be read.
-RyxStatus FileReadWhole(const char* path, std::unique_ptr<std::uint8_t[]>* data, std::uint32_t* size);
+// Holds a file so that nobody can write to it, replace it or delete it. Null when it can't be opened, is a link, or
+// holds anything but these `size` bytes. The caller ends it with FileLetGo, which does nothing for null.
+using FileHeld = void*;
+FileHeld FileHold(const char* path, const void* data, std::uint32_t size);
+void FileLetGo(FileHeld file);
+
+// Reads the whole file of this process's program, whatever characters its path has and whoever else has it open, into a
+// new block of `size` bytes. RyxErrorFileOpen: it can't be opened or its path or size is not told; RyxErrorMemory;
+// RyxErrorFileRead: the bytes could not all be read.
+RyxStatus ExecutableRead(std::unique_ptr<std::uint8_t[]>* data, std::uint32_t* size);
 
 // Removes the file's read-only, hidden and system marks; removes the file. Failures are left alone.
 void FileAttributesClear(const char* path);

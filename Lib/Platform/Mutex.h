@@ -6,8 +6,8 @@
 // An open mutex; null is none. The caller closes it with MutexClose, which does nothing for none.
 using MutexHandle = void*;
 
-// Creates the mutex of that name, or opens it when it exists, without taking it. `existed`, when passed, tells which.
-// Null on failure.
+// Creates the mutex of that name, or opens it when it exists, without taking it. Null on failure. `existed`, when
+// passed, tells whether it was there, also when it can't be opened because it is another user's.
 MutexHandle MutexCreate(const char* name, bool* existed);
 void MutexClose(MutexHandle mutex);
 

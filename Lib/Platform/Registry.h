@@ -10,16 +10,18 @@ enum class RegistryView { Own, Bits64 };
 // An open key; RegistryKeyClose releases it. A null key is none, and closing it does nothing.
 using RegistryKey = void*;
 
-// Opens an existing key for every access, or creates it. Null on failure.
-RegistryKey RegistryKeyOpen(const char* path, RegistryView view);
+// Opens an existing key for every access, or creates it. Null on failure; `missing`, when passed, tells whether that is
+// because there is no such key.
+RegistryKey RegistryKeyOpen(const char* path, RegistryView view, bool* missing = nullptr);
 RegistryKey RegistryKeyCreate(const char* path, RegistryView view);
 void RegistryKeyClose(RegistryKey key);
 
 // Deletes the key `name` below the key at `parent`, which must have no subkeys. False on failure.
 bool RegistryKeyDelete(const char* parent, const char* name, RegistryView view);
 
-// Reads a REG_DWORD value; false, with `number` untouched, when it is missing or of another type.
-bool RegistryNumberRead(RegistryKey key, const char* value, std::uint32_t* number);
+// Reads a REG_DWORD value. False, with `number` untouched, when it can't be read; `missing`, when passed, tells whether
+// that is because there is no value of that name and type.
+bool RegistryNumberRead(RegistryKey key, const char* value, std::uint32_t* number, bool* missing = nullptr);
 bool RegistryNumberWrite(RegistryKey key, const char* value, std::uint32_t number);
 bool RegistryValueDelete(RegistryKey key, const char* value);
 

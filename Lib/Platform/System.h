@@ -26,9 +26,8 @@ void ProcessPriorityRaise();
 // local Administrators group can pass.
 bool ProcessIsAdministrator();
 
-// The full path of this process's executable, and the folder that holds it (without a trailing backslash), both
-// terminated. False when the system does not tell or the path does not fit `capacity` characters with its terminator.
-bool ExecutablePathGet(char* path, std::size_t capacity);
+// The folder that holds this process's executable, terminated, without a trailing backslash. False when the system does
+// not tell or the folder does not fit `capacity` characters with its terminator.
 bool ExecutableFolderGet(char* folder, std::size_t capacity);
 
 // The value of an environment variable, the system's own text; null when it is not set.

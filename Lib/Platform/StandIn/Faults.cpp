@@ -28,6 +28,12 @@ std::optional<Operation> OperationFind(std::string_view name) {
 }
 
 bool FaultStrikes(Operation which, std::uint32_t controlCode) {
+    const std::uint64_t call = CallCount(which);
+    for (const Intrusion& one : MachineGet().Intrusions) {
+        if (one.Before == which && one.At == call) {
+            one.Act();
+        }
+    }
     for (const Fault& fault : MachineGet().Faults) {
         if (fault.Which != which || (fault.ControlCode != 0 && fault.ControlCode != controlCode)) {
             continue;

@@ -21,7 +21,9 @@ constexpr std::string_view OperationNames[] = {
     "CloseHandle",
     "CloseServiceHandle",
     "ControlService",
+    "ConvertStringSecurityDescriptorToSecurityDescriptorA",
     "CreateFileA",
+    "CreateFileW",
     "CreateMutexA",
     "CreateServiceA",
     "DeleteFileA",
@@ -36,6 +38,7 @@ constexpr std::string_view OperationNames[] = {
     "GetFileSize",
     "GetFirmwareEnvironmentVariableW",
     "GetModuleFileNameA",
+    "GetModuleFileNameW",
     "GetModuleHandleA",
     "GetProcAddress",
     "GetProcessAffinityMask",
@@ -112,7 +115,7 @@ struct CallRecord {
 
 extern CallRecord Calls;
 
-// Whether one of the machine's faults strikes the call just counted.
+// Lets other programs act that come before the call just counted; whether one of the machine's faults strikes it.
 bool FaultStrikes(Operation which, std::uint32_t controlCode);
 
 // Counts a key press that was waited for, which can't fail.
@@ -127,7 +130,8 @@ inline bool Fails(Operation which, std::uint32_t controlCode = 0) {
         Calls.FailedOperation = static_cast<std::uint64_t>(which) + 1;
         return true;
     }
-    return !MachineGet().Faults.empty() && FaultStrikes(which, controlCode);
+    const Machine& machine = MachineGet();
+    return (!machine.Faults.empty() || !machine.Intrusions.empty()) && FaultStrikes(which, controlCode);
 }
 
 // As Fails, with the error number that the caller of the failing operation then finds.

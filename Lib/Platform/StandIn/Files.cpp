@@ -5,7 +5,9 @@
 #include "Lib/Platform/StandIn/Handles.h"
 #include "Lib/Platform/StandIn/HostFile.h"
 #include "Lib/Platform/StandIn/Kernel.h"
+#include "Lib/Platform/StandIn/Security.h"
 #include "Lib/Platform/StandIn/State.h"
+#include "Lib/Platform/StandIn/WideText.h"
 
 #include <shlwapi.h>
 #include <windows.h>
@@ -98,17 +100,83 @@ HANDLE HostFileOpen(const std::string& path, DWORD access) {
     return HandleOpen({.Kind = HandleKind::HostFile, .Name = path, .Access = access, .Descriptor = descriptor});
 }
 
+// The way of sharing that an access needs of those who have the file open.
+DWORD ShareNeeded(DWORD access) {
+    return ((access & GENERIC_READ) != 0 ? FILE_SHARE_READ : 0U) |
+           ((access & GENERIC_WRITE) != 0 ? FILE_SHARE_WRITE : 0U) | ((access & DELETE) != 0 ? FILE_SHARE_DELETE : 0U);
+}
+
+// Whether a stored file can be opened beside the handles that it is open by.
+bool SharingAllows(const std::string& key, DWORD access, DWORD share) {
+    return std::none_of(HandlesOpen().begin(), HandlesOpen().end(), [&](const auto& entry) {
+        const Handle& held = entry.second;
+        return held.Kind == HandleKind::File && held.Name == key &&
+               ((ShareNeeded(access) & ~held.Share) != 0 || (ShareNeeded(held.Access) & ~share) != 0);
+    });
+}
+
 // Why a stored file can't be opened, if so. A missing one counts as openable here.
-std::uint32_t OpenError(const SharedState& state, const std::string& key, bool writes) {
+std::uint32_t OpenError(const SharedState& state, const std::string& key, DWORD access, DWORD share) {
     const auto found = state.Files.find(key);
     if (found == state.Files.end()) {
         return 0;
     }
-    if (FileHeldExclusively(key) || (writes && HandleOpenFor(HandleKind::File, key)) ||
-        (writes && DriverRunsFrom(state, key))) {
+    const bool writes = (access & GENERIC_WRITE) != 0;
+    if (found->second.Guarded && !MachineGet().Administrator) {
+        return ERROR_ACCESS_DENIED;
+    }
+    if (!SharingAllows(key, access, share) || (writes && DriverRunsFrom(state, key))) {
         return ERROR_SHARING_VIOLATION;
     }
     return writes && (found->second.Attributes & FILE_ATTRIBUTE_READONLY) != 0 ? ERROR_ACCESS_DENIED : 0;
+}
+
+HANDLE FileOpen(std::string path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
+                DWORD flags) {
+    if (path.empty()) {
+        return NoFile(ERROR_PATH_NOT_FOUND);
+    }
+    if (path.rfind(DevicePrefix, 0) == 0) {
+        return DeviceOpen(std::string_view(path).substr(DevicePrefix.size()), access);
+    }
+    SharedAccess state;
+    if (state.Error() != 0) {
+        return NoFile(state.Error());
+    }
+    if ((flags & FILE_FLAG_OPEN_REPARSE_POINT) == 0) {
+        path = PathFollowed(*state, path);
+    }
+    const std::string key = FileKey(path);
+    const bool stored = state->Files.count(key) != 0;
+    const bool exists = stored || (!HasDrive(key) && HostFileExists(path));
+    const bool creates = disposition != OPEN_EXISTING;
+    if (!exists && !creates) {
+        return NoFile(ERROR_FILE_NOT_FOUND);
+    }
+    if (exists && disposition == CREATE_NEW) {
+        return NoFile(ERROR_FILE_EXISTS);
+    }
+    if (!stored && !creates) {
+        // Files of this computer stay as they are.
+        return (access & GENERIC_WRITE) != 0 ? NoFile(ERROR_ACCESS_DENIED) : HostFileOpen(path, access);
+    }
+    // Whoever creates empties what was there.
+    if (const std::uint32_t error = OpenError(*state, key, access | (creates ? GENERIC_WRITE : 0U), share);
+        error != 0) {
+        return NoFile(error);
+    }
+    if (creates) {
+        if (!FolderExists(key, path)) {
+            return NoFile(ERROR_PATH_NOT_FOUND);
+        }
+        // A file that is emptied keeps its access list.
+        const bool guarded = stored ? state->Files[key].Guarded : GuardsFile(security);
+        state->Files[key] = StoredFile{path, flags & 0xFFFFU, {}, guarded};
+        if (const std::uint32_t error = state.Commit(); error != 0) {
+            return NoFile(error);
+        }
+    }
+    return HandleOpen({.Kind = HandleKind::File, .Name = key, .Access = access, .Share = share});
 }
 
 } // namespace
@@ -132,52 +200,43 @@ std::string StandIn::FileKey(const std::string& path) {
 
 bool StandIn::FileHeldExclusively(const std::string& key) {
     return std::any_of(HandlesOpen().begin(), HandlesOpen().end(), [&key](const auto& entry) {
-        return entry.second.Kind == HandleKind::File && entry.second.Name == key && !entry.second.Shared;
+        const Handle& held = entry.second;
+        return held.Kind == HandleKind::File && held.Name == key &&
+               ((held.Access & GENERIC_WRITE) != 0 || (held.Share & FILE_SHARE_READ) == 0);
     });
 }
 
-HANDLE WINAPI CreateFileA(LPCSTR lpFileName, DWORD dwDesiredAccess, DWORD dwShareMode, LPSECURITY_ATTRIBUTES,
-                          DWORD dwCreationDisposition, DWORD dwFlagsAndAttributes, HANDLE) {
+std::string StandIn::PathFollowed(const SharedState& state, std::string path) {
+    constexpr int linkLimit = 8;
+    for (int link = 0; link < linkLimit; ++link) {
+        const auto found = state.Files.find(FileKey(path));
+        if (found == state.Files.end() || (found->second.Attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+            break;
+        }
+        path.assign(found->second.Data.begin(), found->second.Data.end());
+    }
+    return path;
+}
+
+HANDLE WINAPI CreateFileA(LPCSTR lpFileName, DWORD dwDesiredAccess, DWORD dwShareMode,
+                          LPSECURITY_ATTRIBUTES lpSecurityAttributes, DWORD dwCreationDisposition,
+                          DWORD dwFlagsAndAttributes, HANDLE) {
     const bool writes = (dwDesiredAccess & GENERIC_WRITE) != 0;
     if (FailsWith(Named("CreateFileA"), writes ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND)) {
         return INVALID_HANDLE_VALUE;
     }
-    if (lpFileName == nullptr || *lpFileName == 0) {
-        return NoFile(ERROR_PATH_NOT_FOUND);
+    return FileOpen(lpFileName != nullptr ? lpFileName : "", dwDesiredAccess, dwShareMode, lpSecurityAttributes,
+                    dwCreationDisposition, dwFlagsAndAttributes);
+}
+
+HANDLE WINAPI CreateFileW(LPCWSTR lpFileName, DWORD dwDesiredAccess, DWORD dwShareMode,
+                          LPSECURITY_ATTRIBUTES lpSecurityAttributes, DWORD dwCreationDisposition,
+                          DWORD dwFlagsAndAttributes, HANDLE) {
+    if (FailsWith(Named("CreateFileW"), ERROR_FILE_NOT_FOUND)) {
+        return INVALID_HANDLE_VALUE;
     }
-    const std::string path = lpFileName;
-    if (path.rfind(DevicePrefix, 0) == 0) {
-        return DeviceOpen(std::string_view(path).substr(DevicePrefix.size()), dwDesiredAccess);
-    }
-    const std::string key = FileKey(path);
-    SharedAccess state;
-    if (state.Error() != 0) {
-        return NoFile(state.Error());
-    }
-    const bool stored = state->Files.count(key) != 0;
-    const bool exists = stored || (!HasDrive(key) && HostFileExists(path));
-    const bool creates = dwCreationDisposition == CREATE_ALWAYS; // else it opens what is there
-    if (!exists && !creates) {
-        return NoFile(ERROR_FILE_NOT_FOUND);
-    }
-    if (!stored && !creates) {
-        // Files of this computer stay as they are.
-        return writes ? NoFile(ERROR_ACCESS_DENIED) : HostFileOpen(path, dwDesiredAccess);
-    }
-    if (const std::uint32_t error = OpenError(*state, key, writes || creates); error != 0) {
-        return NoFile(error);
-    }
-    if (creates) {
-        if (!FolderExists(key, path)) {
-            return NoFile(ERROR_PATH_NOT_FOUND);
-        }
-        state->Files[key] = StoredFile{path, dwFlagsAndAttributes, {}};
-        if (const std::uint32_t error = state.Commit(); error != 0) {
-            return NoFile(error);
-        }
-    }
-    // A writer shuts readers out that can't share with it, a driver start among them.
-    return HandleOpen({HandleKind::File, key, dwDesiredAccess, !writes && (dwShareMode & FILE_SHARE_READ) != 0});
+    return FileOpen(lpFileName != nullptr ? NarrowText(lpFileName) : "", dwDesiredAccess, dwShareMode,
+                    lpSecurityAttributes, dwCreationDisposition, dwFlagsAndAttributes);
 }
 
 BOOL WINAPI ReadFile(HANDLE hFile, LPVOID lpBuffer, DWORD nNumberOfBytesToRead, LPDWORD lpNumberOfBytesRead,
@@ -301,7 +360,7 @@ BOOL WINAPI DeleteFileA(LPCSTR lpFileName) {
     if (found == state->Files.end()) {
         return FailFalse(HostFileExists(path) ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND);
     }
-    if (HandleOpenFor(HandleKind::File, key)) {
+    if (!SharingAllows(key, DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE)) {
         return FailFalse(ERROR_SHARING_VIOLATION);
     }
     if ((found->second.Attributes & FILE_ATTRIBUTE_READONLY) != 0 || DriverRunsFrom(*state, key)) {

@@ -1,6 +1,8 @@
 // The files that programs make on the machine, and the names of devices.
 #pragma once
 
+#include "Lib/Platform/StandIn/State.h"
+
 #include <string>
 
 namespace StandIn {
@@ -10,5 +12,9 @@ std::string FileKey(const std::string& path);
 
 // Whether this process has the file open in a way that keeps others from reading it.
 bool FileHeldExclusively(const std::string& key);
+
+// Where a path leads when the links that lie there are followed. A link is a file with the attribute of a reparse
+// point, whose data is the path that it leads to.
+std::string PathFollowed(const SharedState& state, std::string path);
 
 } // namespace StandIn

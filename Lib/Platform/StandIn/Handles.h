@@ -13,7 +13,7 @@ struct Handle {
     HandleKind Kind;
     std::string Name;           // what it stands for: a path, a device as it was asked for, a key, a service, a mutex
     std::uint32_t Access = 0;   // the rights that it was opened with
-    bool Shared = false;        // a file that others may open for reading meanwhile
+    std::uint32_t Share = 0;    // of a file: how others may open it meanwhile
     bool View64 = false;        // a registry key opened in the 64-bit view
     bool Impersonation = false; // a token that impersonates
     std::uint64_t Position = 0; // of a file

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -44,6 +45,14 @@ struct Fault {
     std::uint64_t At = 0;
 };
 
+// Another program at work: what it does right before the At-th call of an operation. It may call whatever the program
+// under test may; its calls are counted, too.
+struct Intrusion {
+    Operation Before;
+    std::uint64_t At = 1;
+    std::function<void()> Act;
+};
+
 // A firmware variable; Error, when not 0, is the error number that reading or writing it fails with.
 struct FirmwareVariable {
     Bytes Data;
@@ -76,8 +85,12 @@ struct Machine {
     std::map<std::string, FirmwareVariable> Variables; // by "NAME {guid}"; beside those that the firmware model has
     bool VariablePrivilege = true;                     // false: SeSystemEnvironmentPrivilege can't be enabled
     std::set<std::string> FirmwareRefuses;             // command names that the firmware refuses
+    std::set<std::string> RegistryReadOnly; // keys under HKEY_LOCAL_MACHINE that nobody may open for more than reading
+    std::set<std::string> OtherUsersMutexes;
+    bool Utf8 = true; // the code page of operations ending in A; false: ASCII, with ? for all that is not in it
     std::vector<Fault> Faults;
     std::uint64_t (*Clock)(std::uint32_t pause) = SystemClock; // that waits go by; one's own may count without waiting
+    std::vector<Intrusion> Intrusions;
 };
 
 // Replaces the process's machine: closes nothing, forgets all in-process state (registry, services, files, handles,

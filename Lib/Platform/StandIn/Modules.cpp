@@ -3,10 +3,12 @@
 #include "Lib/Platform/StandIn/FirmwareTable.h"
 #include "Lib/Platform/StandIn/Services.h"
 #include "Lib/Platform/StandIn/State.h"
+#include "Lib/Platform/StandIn/WideText.h"
 
 #include <windows.h>
 
 #include <cstring>
+#include <string>
 #include <strings.h>
 #include <unistd.h>
 
@@ -80,6 +82,43 @@ bool IsResource(const void* value) {
     return value == &Resources[0] || value == &Resources[1];
 }
 
+// The program's own path, as this computer writes it; empty when it does not tell.
+std::string ProgramPath() {
+    if (!MachineGet().Program.empty()) {
+        return MachineGet().Program;
+    }
+    char own[4096];
+    const ssize_t length = readlink("/proc/self/exe", own, sizeof own);
+    return length > 0 ? std::string(own, static_cast<std::size_t>(length)) : std::string();
+}
+
+// Hands out a module's path, cut to the room there is; the result is its length, or the room when it was cut.
+template <typename Character>
+DWORD PathGive(HMODULE module, const std::basic_string<Character>& path, Character* buffer, DWORD room) {
+    if ((module != nullptr && module != &ProgramModule) || buffer == nullptr || room == 0) {
+        return FailFalse(ERROR_INVALID_PARAMETER);
+    }
+    if (path.empty()) {
+        return FailFalse(ERROR_GEN_FAILURE);
+    }
+    const std::size_t given = path.copy(buffer, room - 1);
+    buffer[given] = 0;
+    if (given == path.size()) {
+        return static_cast<DWORD>(given);
+    }
+    SetLastError(ERROR_INSUFFICIENT_BUFFER);
+    return room;
+}
+
+// What a text is in a code page that has ASCII only.
+std::string AsciiText(const std::wstring& wide) {
+    std::string text;
+    for (const wchar_t one : wide) {
+        text += one < 0x80 ? static_cast<char>(one) : '?';
+    }
+    return text;
+}
+
 } // namespace
 
 HMODULE WINAPI GetModuleHandleA(LPCSTR lpModuleName) {
@@ -110,32 +149,19 @@ FARPROC WINAPI GetProcAddress(HMODULE hModule, LPCSTR lpProcName) {
     return nullptr;
 }
 
-// The program's own path, as this computer writes it.
 DWORD WINAPI GetModuleFileNameA(HMODULE hModule, LPSTR lpFilename, DWORD nSize) {
     if (FailsWith(Named("GetModuleFileNameA"), ERROR_MOD_NOT_FOUND)) {
         return 0;
     }
-    if ((hModule != nullptr && hModule != &ProgramModule) || lpFilename == nullptr || nSize == 0) {
-        return FailFalse(ERROR_INVALID_PARAMETER);
+    const std::string path = ProgramPath();
+    return PathGive(hModule, MachineGet().Utf8 ? path : AsciiText(WideText(path)), lpFilename, nSize);
+}
+
+DWORD WINAPI GetModuleFileNameW(HMODULE hModule, LPWSTR lpFilename, DWORD nSize) {
+    if (FailsWith(Named("GetModuleFileNameW"), ERROR_MOD_NOT_FOUND)) {
+        return 0;
     }
-    std::string path = MachineGet().Program;
-    if (path.empty()) {
-        char own[4096];
-        const ssize_t length = readlink("/proc/self/exe", own, sizeof own);
-        if (length <= 0) {
-            return FailFalse(ERROR_GEN_FAILURE);
-        }
-        path.assign(own, static_cast<std::size_t>(length));
-    }
-    const std::size_t whole = path.size();
-    const std::size_t given = whole < nSize ? whole : nSize - 1;
-    std::memcpy(lpFilename, path.data(), given);
-    lpFilename[given] = 0;
-    if (given == whole) {
-        return static_cast<DWORD>(whole);
-    }
-    SetLastError(ERROR_INSUFFICIENT_BUFFER);
-    return nSize;
+    return PathGive(hModule, WideText(ProgramPath()), lpFilename, nSize);
 }
 
 HRSRC WINAPI FindResourceA(HMODULE hModule, LPCSTR lpName, LPCSTR lpType) {

@@ -141,6 +141,10 @@ HANDLE WINAPI CreateMutexA(LPSECURITY_ATTRIBUTES, BOOL, LPCSTR lpName) {
         return nullptr;
     }
     const std::string name = lpName;
+    if (MachineGet().OtherUsersMutexes.count(name) != 0) {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return nullptr;
+    }
     const auto found = Mutexes().find(name);
     bool existed = found != Mutexes().end();
     if (!existed) {

@@ -99,7 +99,7 @@ bool MayWrite() {
 }
 
 LSTATUS KeyGive(const std::string& path, bool view64, DWORD access, PHKEY result) {
-    *result = static_cast<HKEY>(HandleOpen({HandleKind::Key, path, access, false, view64}));
+    *result = static_cast<HKEY>(HandleOpen({HandleKind::Key, path, access, 0, view64}));
     return ERROR_SUCCESS;
 }
 
@@ -139,7 +139,11 @@ LSTATUS KeyOpen(HKEY hKey, LPCSTR subKey, REGSAM rights, PHKEY result, bool soun
     if (key.Status != ERROR_SUCCESS) {
         return key.Status;
     }
-    return key.Path.empty() || key.Exists() ? KeyGive(key.Path, key.View64, rights, result) : ERROR_FILE_NOT_FOUND;
+    if (!key.Path.empty() && !key.Exists()) {
+        return ERROR_FILE_NOT_FOUND;
+    }
+    const bool refused = (rights & WriteRights) != 0 && MachineGet().RegistryReadOnly.count(key.Path) != 0;
+    return refused ? ERROR_ACCESS_DENIED : KeyGive(key.Path, key.View64, rights, result);
 }
 
 // What an operation on an open key works with: the shared state and the key as it is seen. Status is why it can't go

@@ -1,4 +1,6 @@
 // Tokens, privileges, security descriptors and the access check.
+#include "Lib/Platform/StandIn/Security.h"
+
 #include "Lib/Platform/StandIn/Faults.h"
 #include "Lib/Platform/StandIn/Handles.h"
 #include "Lib/Platform/StandIn/State.h"
@@ -8,6 +10,8 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <sddl.h>
+#include <string_view>
 
 using namespace StandIn;
 
@@ -55,12 +59,23 @@ DWORD SubAuthority(const SID* sid, unsigned index) {
     return value;
 }
 
+bool IsWindowsOwn(const SID* sid) {
+    constexpr SID_IDENTIFIER_AUTHORITY authority = SECURITY_NT_AUTHORITY;
+    return std::memcmp(&sid->IdentifierAuthority, &authority, sizeof authority) == 0;
+}
+
+bool IsAdministrators(const SID* sid) {
+    return IsWindowsOwn(sid) && sid->SubAuthorityCount == 2 && SubAuthority(sid, 0) == SECURITY_BUILTIN_DOMAIN_RID &&
+           SubAuthority(sid, 1) == DOMAIN_ALIAS_RID_ADMINS;
+}
+
+bool IsSystem(const SID* sid) {
+    return IsWindowsOwn(sid) && sid->SubAuthorityCount == 1 && SubAuthority(sid, 0) == SECURITY_LOCAL_SYSTEM_RID;
+}
+
 // Whether the user belongs to a group. Only that of the administrators is known.
 bool UserInGroup(const SID* sid) {
-    constexpr SID_IDENTIFIER_AUTHORITY authority = SECURITY_NT_AUTHORITY;
-    return std::memcmp(&sid->IdentifierAuthority, &authority, sizeof authority) == 0 && sid->SubAuthorityCount == 2 &&
-           SubAuthority(sid, 0) == SECURITY_BUILTIN_DOMAIN_RID && SubAuthority(sid, 1) == DOMAIN_ALIAS_RID_ADMINS &&
-           MachineGet().Administrator;
+    return IsAdministrators(sid) && MachineGet().Administrator;
 }
 
 bool AclValid(const ACL* acl) {
@@ -84,6 +99,22 @@ std::size_t AclEnd(const ACL* acl) {
     return at;
 }
 
+// Adds an entry to a list; false with the last error set when there is no room.
+bool EntryAdd(PACL list, ACCESS_MASK rights, const SID* sid) {
+    const std::size_t end = AclEnd(list);
+    const DWORD sidLength = SidLength(sid);
+    const std::size_t size = offsetof(ACCESS_ALLOWED_ACE, SidStart) + sidLength;
+    if (end == 0 || end + size > list->AclSize) {
+        return FailFalse(end == 0 ? ERROR_INVALID_ACL : ERROR_ALLOTTED_SPACE_EXCEEDED);
+    }
+    const ACCESS_ALLOWED_ACE entry{{ACCESS_ALLOWED_ACE_TYPE, 0, static_cast<WORD>(size)}, rights, 0};
+    char* const place = reinterpret_cast<char*>(list) + end;
+    std::memcpy(place, &entry, offsetof(ACCESS_ALLOWED_ACE, SidStart));
+    std::memcpy(place + offsetof(ACCESS_ALLOWED_ACE, SidStart), sid, sidLength);
+    ++list->AceCount;
+    return true;
+}
+
 bool DescriptorValid(const SECURITY_DESCRIPTOR* descriptor) {
     if (descriptor == nullptr || descriptor->Revision != SECURITY_DESCRIPTOR_REVISION ||
         (descriptor->Owner != nullptr && !SidValid(static_cast<const SID*>(descriptor->Owner))) ||
@@ -94,8 +125,9 @@ bool DescriptorValid(const SECURITY_DESCRIPTOR* descriptor) {
     return !listed || (AclValid(descriptor->Dacl) && AclEnd(descriptor->Dacl) != 0);
 }
 
-// The rights that the entries of a list give the user. A descriptor without a list gives every right.
-ACCESS_MASK RightsOf(const SECURITY_DESCRIPTOR* descriptor) {
+// The rights that the entries of a list give to those whom `counts` picks. A descriptor without a list gives every
+// right.
+template <typename Choice> ACCESS_MASK RightsOf(const SECURITY_DESCRIPTOR* descriptor, Choice counts) {
     if ((descriptor->Control & SE_DACL_PRESENT) == 0 || descriptor->Dacl == nullptr) {
         return ~ACCESS_MASK{0};
     }
@@ -106,12 +138,69 @@ ACCESS_MASK RightsOf(const SECURITY_DESCRIPTOR* descriptor) {
         ACCESS_ALLOWED_ACE allowed;
         std::memcpy(&allowed, bytes, offsetof(ACCESS_ALLOWED_ACE, SidStart));
         const auto* const sid = reinterpret_cast<const SID*>(bytes + offsetof(ACCESS_ALLOWED_ACE, SidStart));
-        if (allowed.Header.AceType == ACCESS_ALLOWED_ACE_TYPE && SidValid(sid) && UserInGroup(sid)) {
+        if (allowed.Header.AceType == ACCESS_ALLOWED_ACE_TYPE && SidValid(sid) && counts(sid)) {
             rights |= allowed.Mask;
         }
         at += allowed.Header.AceSize;
     }
     return rights;
+}
+
+// A security descriptor with all that belongs to it, in one block.
+struct WholeDescriptor {
+    SECURITY_DESCRIPTOR Head;
+    alignas(SID) unsigned char Owner[sizeof(SID) + sizeof(DWORD)];
+    alignas(ACL) unsigned char List[256];
+};
+
+// Takes a fixed text off the front of another.
+bool TextTake(std::string_view* text, std::string_view front) {
+    const bool there = text->substr(0, front.size()) == front;
+    if (there) {
+        text->remove_prefix(front.size());
+    }
+    return there;
+}
+
+// Takes the name of a known group off the front of a text.
+bool SidTake(std::string_view* text, SID* sid) {
+    *sid = SID{SID_REVISION, 1, SECURITY_NT_AUTHORITY, {SECURITY_LOCAL_SYSTEM_RID}};
+    if (TextTake(text, "SY")) {
+        return true;
+    }
+    constexpr DWORD administrators = DOMAIN_ALIAS_RID_ADMINS;
+    sid->SubAuthorityCount = 2;
+    sid->SubAuthority[0] = SECURITY_BUILTIN_DOMAIN_RID;
+    std::memcpy(reinterpret_cast<char*>(sid) + sizeof(SID), &administrators, sizeof administrators);
+    return TextTake(text, "BA");
+}
+
+// Reads an owner and entries that give every right to a file, as in "O:BAD:P(A;;FA;;;SY)".
+bool DescriptorRead(std::string_view text, WholeDescriptor* whole) {
+    SECURITY_DESCRIPTOR& head = whole->Head;
+    auto* const owner = reinterpret_cast<SID*>(whole->Owner);
+    auto* const list = reinterpret_cast<ACL*>(whole->List);
+    head.Revision = SECURITY_DESCRIPTOR_REVISION;
+    if (TextTake(&text, "O:")) {
+        head.Owner = owner;
+        if (!SidTake(&text, owner)) {
+            return false;
+        }
+    }
+    if (!TextTake(&text, "D:")) {
+        return text.empty();
+    }
+    head.Control = static_cast<WORD>(SE_DACL_PRESENT | (TextTake(&text, "P") ? SE_DACL_PROTECTED : 0));
+    head.Dacl = list;
+    *list = ACL{ACL_REVISION, 0, sizeof whole->List, 0, 0};
+    while (TextTake(&text, "(A;;FA;;;")) {
+        alignas(SID) unsigned char place[sizeof whole->Owner];
+        auto* const sid = reinterpret_cast<SID*>(place);
+        if (!SidTake(&text, sid) || !TextTake(&text, ")") || !EntryAdd(list, FILE_ALL_ACCESS, sid)) {
+            return false;
+        }
+    }
+    return text.empty();
 }
 
 SECURITY_DESCRIPTOR* DescriptorOf(PSECURITY_DESCRIPTOR value) {
@@ -136,6 +225,15 @@ BOOL PartSet(Operation operation, PSECURITY_DESCRIPTOR value, PSID SECURITY_DESC
 }
 
 } // namespace
+
+bool StandIn::GuardsFile(const SECURITY_ATTRIBUTES* attributes) {
+    const auto* const descriptor =
+        attributes != nullptr ? static_cast<const SECURITY_DESCRIPTOR*>(attributes->lpSecurityDescriptor) : nullptr;
+    const auto trusted = [](const SID* sid) { return IsAdministrators(sid) || IsSystem(sid); };
+    return DescriptorValid(descriptor) && descriptor->Owner != nullptr &&
+           trusted(static_cast<const SID*>(descriptor->Owner)) && (descriptor->Control & SE_DACL_PROTECTED) != 0 &&
+           RightsOf(descriptor, [&](const SID* sid) { return !trusted(sid); }) == 0;
+}
 
 BOOL WINAPI OpenProcessToken(HANDLE ProcessHandleGiven, DWORD DesiredAccess, PHANDLE TokenHandle) {
     if (FailsWith(Named("OpenProcessToken"), ERROR_ACCESS_DENIED)) {
@@ -256,18 +354,7 @@ BOOL WINAPI AddAccessAllowedAce(PACL pAcl, DWORD dwAceRevision, DWORD AccessMask
     if (dwAceRevision != ACL_REVISION || !AclValid(pAcl)) {
         return FailFalse(ERROR_INVALID_ACL);
     }
-    const std::size_t end = AclEnd(pAcl);
-    const DWORD sidLength = SidLength(static_cast<const SID*>(pSid));
-    const std::size_t size = offsetof(ACCESS_ALLOWED_ACE, SidStart) + sidLength;
-    if (end == 0 || end + size > pAcl->AclSize) {
-        return FailFalse(end == 0 ? ERROR_INVALID_ACL : ERROR_ALLOTTED_SPACE_EXCEEDED);
-    }
-    const ACCESS_ALLOWED_ACE entry{{ACCESS_ALLOWED_ACE_TYPE, 0, static_cast<WORD>(size)}, AccessMask, 0};
-    char* const place = reinterpret_cast<char*>(pAcl) + end;
-    std::memcpy(place, &entry, offsetof(ACCESS_ALLOWED_ACE, SidStart));
-    std::memcpy(place + offsetof(ACCESS_ALLOWED_ACE, SidStart), pSid, sidLength);
-    ++pAcl->AceCount;
-    return TRUE;
+    return EntryAdd(pAcl, AccessMask, static_cast<const SID*>(pSid));
 }
 
 BOOL WINAPI InitializeSecurityDescriptor(PSECURITY_DESCRIPTOR pSecurityDescriptor, DWORD dwRevision) {
@@ -305,6 +392,32 @@ BOOL WINAPI SetSecurityDescriptorGroup(PSECURITY_DESCRIPTOR pSecurityDescriptor,
     return PartSet(Named("SetSecurityDescriptorGroup"), pSecurityDescriptor, &SECURITY_DESCRIPTOR::Group, pGroup);
 }
 
+BOOL WINAPI ConvertStringSecurityDescriptorToSecurityDescriptorA(LPCSTR StringSecurityDescriptor,
+                                                                 DWORD StringSDRevision,
+                                                                 PSECURITY_DESCRIPTOR* SecurityDescriptor, DWORD*) {
+    if (FailsWith(Named("ConvertStringSecurityDescriptorToSecurityDescriptorA"), ERROR_NOT_ENOUGH_MEMORY)) {
+        return FALSE;
+    }
+    auto* const whole = static_cast<WholeDescriptor*>(std::calloc(1, sizeof(WholeDescriptor)));
+    if (whole == nullptr) {
+        return FailFalse(ERROR_NOT_ENOUGH_MEMORY);
+    }
+    if (StringSecurityDescriptor == nullptr || StringSDRevision != SDDL_REVISION_1 || SecurityDescriptor == nullptr ||
+        !DescriptorRead(StringSecurityDescriptor, whole)) {
+        std::free(whole);
+        return FailFalse(ERROR_INVALID_PARAMETER);
+    }
+    ++Process().SecurityIds;
+    *SecurityDescriptor = whole;
+    return TRUE;
+}
+
+// All that programs free by it are security descriptors.
+HLOCAL WINAPI LocalFree(HLOCAL hMem) {
+    FreeSid(hMem);
+    return nullptr;
+}
+
 BOOL WINAPI AccessCheck(PSECURITY_DESCRIPTOR pSecurityDescriptor, HANDLE ClientToken, DWORD DesiredAccess,
                         PGENERIC_MAPPING, PPRIVILEGE_SET PrivilegeSet, LPDWORD PrivilegeSetLength,
                         LPDWORD GrantedAccess, LPBOOL AccessStatus) {
@@ -329,7 +442,7 @@ BOOL WINAPI AccessCheck(PSECURITY_DESCRIPTOR pSecurityDescriptor, HANDLE ClientT
         return FailFalse(ERROR_INSUFFICIENT_BUFFER);
     }
     *PrivilegeSet = PRIVILEGE_SET{};
-    const ACCESS_MASK rights = RightsOf(descriptor);
+    const ACCESS_MASK rights = RightsOf(descriptor, UserInGroup);
     const bool allowed = (rights & DesiredAccess) == DesiredAccess;
     *GrantedAccess = allowed ? DesiredAccess : 0;
     *AccessStatus = allowed;

@@ -97,7 +97,7 @@ std::uint32_t StartError(const SharedState& state, const Service& service) {
     if (service.Marked) {
         return ERROR_SERVICE_MARKED_FOR_DELETE;
     }
-    const std::string key = FileKey(service.Path);
+    const std::string key = FileKey(PathFollowed(state, service.Path));
     const auto file = state.Files.find(key);
     if (file == state.Files.end()) {
         return ERROR_FILE_NOT_FOUND;

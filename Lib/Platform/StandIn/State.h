@@ -37,6 +37,7 @@ struct StoredFile {
     std::string Path;
     std::uint32_t Attributes = 0;
     Bytes Data;
+    bool Guarded = false; // by its access list; a state folder does not keep this
 };
 
 // What all processes on the machine see. Every map goes by the lower-case form of the name.
@@ -96,7 +97,7 @@ struct ProcessState {
     std::uint32_t PriorityClass = 0x20;
     std::uint32_t ExecutionState = 0x80000000;
     bool VariablesAllowed = false; // the privilege for firmware variables is enabled
-    std::uint32_t SecurityIds = 0; // allocated and not freed
+    std::uint32_t SecurityIds = 0; // and descriptors, allocated and not freed
 };
 
 ProcessState& Process();

@@ -10,6 +10,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <memory>
 
 namespace {
 
@@ -23,8 +24,21 @@ struct DriverState {
     DriverDevice Device; // null while the driver isn't open
     bool Bits64;
     bool FileWritten;
+    bool Counted; // among the driver's users
     char Path[PathCapacity];
 };
+
+// What a load has made so far, and takes away again when it fails.
+struct LoadMade {
+    bool Count = false; // or written anew
+    bool File = false;
+    bool Service = false; // or an attempt at it, which also removes an older one
+};
+
+struct FileRelease {
+    void operator()(FileHeld file) const { FileLetGo(file); }
+};
+using FileHolder = std::unique_ptr<void, FileRelease>;
 
 DriverState Driver{};
 
@@ -33,45 +47,56 @@ RegistryView View() {
 }
 
 // Opens the device of a driver that another tool runs, and counts this process among its users. A count without a
-// device is left over from before a restart of the machine, and starts again.
-bool DriverJoin() {
-    RegistryKey key = RegistryKeyOpen(CountKey, View());
+// device is left over from before a restart of the machine, and starts again. A count that can't be reached is left
+// alone.
+bool DriverJoin(LoadMade* made) {
+    bool missing = false;
+    RegistryKey key = RegistryKeyOpen(CountKey, View(), &missing);
     if (key == nullptr) {
+        if (!missing) {
+            return false;
+        }
         key = RegistryKeyCreate(CountKey, View());
         if (key == nullptr) {
             std::puts("Warning: Failed to create registry for driver.");
             std::fflush(stdout);
             return false;
         }
-        RegistryNumberWrite(key, CountValue, 1);
+        made->Count = RegistryNumberWrite(key, CountValue, 1);
         RegistryKeyClose(key);
+        if (!made->Count) {
+            // A key without a count would keep every later tool from joining.
+            RegistryKeyDelete(SoftwareKey, CountKeyName, View());
+        }
         return false;
     }
     std::uint32_t users = 0;
     if (RegistryNumberRead(key, CountValue, &users)) {
         Driver.Device = DriverDeviceOpen();
-        RegistryNumberWrite(key, CountValue, Driver.Device != nullptr ? users + 1 : 1);
+        made->Count = RegistryNumberWrite(key, CountValue, Driver.Device != nullptr ? users + 1 : 1);
     }
     RegistryKeyClose(key);
     return Driver.Device != nullptr;
 }
 
-// Takes this process out of the count. True when no other tool uses the driver.
+// Takes this process out of the count. True when no other tool uses the driver. Where this process could not be
+// counted, the count is that of others and stays.
 bool DriverLeave() {
     const RegistryKey key = RegistryKeyOpen(CountKey, View());
-    std::uint32_t users = 0;
-    if (key == nullptr || !RegistryNumberRead(key, CountValue, &users)) {
-        RegistryKeyClose(key);
+    if (key == nullptr) {
         return true;
     }
-    if (users >= 2) {
+    std::uint32_t users = 0;
+    const bool told = RegistryNumberRead(key, CountValue, &users);
+    const bool others = users > (Driver.Counted ? 1U : 0U);
+    if (others && Driver.Counted) {
         RegistryNumberWrite(key, CountValue, users - 1);
-        RegistryKeyClose(key);
-        return false;
     }
     RegistryKeyClose(key);
-    RegistryKeyDelete(SoftwareKey, CountKeyName, View());
-    return true;
+    if (told && !others) {
+        RegistryKeyDelete(SoftwareKey, CountKeyName, View());
+    }
+    return !others;
 }
 
 // Appends a backslash and the file name to a folder's path; false when they don't fit.
@@ -81,28 +106,29 @@ bool FileNameAppend(char (&path)[PathCapacity], const char* name) {
     return added >= 0 && static_cast<std::size_t>(added) < PathCapacity - length;
 }
 
-// Writes the driver that the program carries to the temporary folder, or else beside the executable.
-bool DriverFileWrite() {
+// Writes the driver that the program carries to the temporary folder, or else beside the executable, and holds it:
+// between here and the start of the service nobody can put another driver in its place. Null on failure.
+FileHolder DriverFileWrite(LoadMade* made) {
     const char* name = Driver.Bits64 ? "RyxLib64.sys" : "RyxLib.sys";
     const void* image = nullptr;
     std::uint32_t size = 0;
     if (!ExecutableFolderGet(Driver.Path, PathCapacity) || !FileNameAppend(Driver.Path, name) ||
         !DriverImageFind(Driver.Bits64, &image, &size)) {
-        return false;
+        return nullptr;
     }
     char temporary[PathCapacity];
     const DWORD length = GetTempPathA(PathCapacity, temporary);
     if (length == 0 || length >= PathCapacity || !FileNameAppend(temporary, name)) {
-        return false;
+        return nullptr;
     }
-    RyxStatus status = FileWriteWhole(temporary, image, size);
+    RyxStatus status = FileMake(temporary, image, size);
     if (status == RyxErrorFileOpen) {
-        status = FileWriteWhole(Driver.Path, image, size);
+        status = FileMake(Driver.Path, image, size);
     } else {
         std::memcpy(Driver.Path, temporary, PathCapacity);
     }
-    Driver.FileWritten = status == RyxOk;
-    return Driver.FileWritten;
+    Driver.FileWritten = made->File = status == RyxOk;
+    return FileHolder(made->File ? FileHold(Driver.Path, image, size) : nullptr);
 }
 
 bool InstallAttempt() {
@@ -124,15 +150,22 @@ bool DriverInstall() {
     return InstallAttempt();
 }
 
-// Takes this process out of the count and, when it was the last user, takes the service and the driver file away.
-void DriverGiveUp() {
-    if (!DriverLeave()) {
-        return;
+void DriverFileRemove() {
+    FileRemove(Driver.Path);
+    Driver.FileWritten = false;
+}
+
+// Nobody unloads a driver that was never there, so what a failed load has made goes here, and nothing else: service,
+// file and count may be those of other tools.
+void LoadUndo(const LoadMade& made) {
+    if (made.Count) {
+        DriverLeave();
     }
-    DriverServiceRemove();
-    if (Driver.FileWritten) {
-        FileRemove(Driver.Path);
-        Driver.FileWritten = false;
+    if (made.Service) {
+        DriverServiceRemove();
+    }
+    if (made.File) {
+        DriverFileRemove();
     }
 }
 
@@ -142,21 +175,36 @@ bool DriverOpen() {
         return true;
     }
     std::memset(Driver.Path, 0, sizeof Driver.Path);
-    if (DriverJoin() || (DriverFileWrite() && DriverInstall())) {
+    LoadMade made;
+    const bool joined = DriverJoin(&made);
+    Driver.Counted = made.Count;
+    if (joined) {
         return true;
     }
-    // Nobody unloads a driver that was never there, so what the attempts have left behind goes here.
-    DriverGiveUp();
+    if (const FileHolder file = DriverFileWrite(&made)) {
+        made.Service = true;
+        if (DriverInstall()) {
+            return true;
+        }
+    }
+    LoadUndo(made);
     return false;
 }
 
+// Takes this process out of the count and, when it was the last user, takes the service and the driver file away.
 void DriverRemove() {
     if (Driver.Device == nullptr) {
         return;
     }
     DriverDeviceClose(Driver.Device);
     Driver.Device = nullptr;
-    DriverGiveUp();
+    if (!DriverLeave()) {
+        return;
+    }
+    DriverServiceRemove();
+    if (Driver.FileWritten) {
+        DriverFileRemove();
+    }
 }
 
 } // namespace

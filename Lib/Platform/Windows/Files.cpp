@@ -3,17 +3,69 @@
 
 #include <windows.h>
 
+#include <cstring>
 #include <new>
+#include <sddl.h>
+#include <type_traits>
 
-RyxStatus FileWriteWhole(const char* path, const void* data, std::uint32_t size) {
-    const HANDLE file =
-        CreateFileA(path, GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
+namespace {
+
+// Administrators own the file; they and the system may do everything, and nothing comes from the folder's own list.
+constexpr char GuardedAccess[] = "O:BAD:P(A;;FA;;;SY)(A;;FA;;;BA)";
+
+struct HandleClose {
+    void operator()(HANDLE handle) const { CloseHandle(handle); }
+};
+using FileOwner = std::unique_ptr<std::remove_pointer_t<HANDLE>, HandleClose>;
+
+FileOwner Owned(HANDLE file) {
+    return FileOwner(file == INVALID_HANDLE_VALUE ? nullptr : file);
+}
+
+// Creates a file that was not there; null when something is.
+FileOwner GuardedCreate(const char* path) {
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    if (!ConvertStringSecurityDescriptorToSecurityDescriptorA(GuardedAccess, SDDL_REVISION_1, &descriptor, nullptr)) {
+        return nullptr;
+    }
+    SECURITY_ATTRIBUTES attributes{sizeof attributes, descriptor, FALSE};
+    FileOwner file = Owned(CreateFileA(path, GENERIC_WRITE, FILE_SHARE_READ, &attributes, CREATE_NEW,
+                                       FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    LocalFree(descriptor);
+    return file;
+}
+
+// Whether the file holds these bytes and no more.
+bool Holds(HANDLE file, const std::uint8_t* data, std::uint32_t size) {
+    std::uint8_t piece[4096];
+    for (;;) {
+        DWORD got = 0;
+        if (!ReadFile(file, piece, sizeof piece, &got, nullptr) || got > size) {
+            return false;
+        }
+        if (got == 0) {
+            return size == 0;
+        }
+        if (std::memcmp(piece, data, got) != 0) {
+            return false;
+        }
+        data += got;
+        size -= got;
+    }
+}
+
+} // namespace
+
+RyxStatus FileMake(const char* path, const void* data, std::uint32_t size) {
+    // What can't be deleted is in the way of the creation.
+    DeleteFileA(path);
+    FileOwner file = GuardedCreate(path);
+    if (file == nullptr) {
         return RyxErrorFileOpen;
     }
     DWORD written = 0;
-    const bool complete = WriteFile(file, data, size, &written, nullptr) && written == size;
-    CloseHandle(file);
+    const bool complete = WriteFile(file.get(), data, size, &written, nullptr) && written == size;
+    file.reset();
     if (!complete) {
         DeleteFileA(path);
         return RyxErrorGeneral;
@@ -21,29 +73,43 @@ RyxStatus FileWriteWhole(const char* path, const void* data, std::uint32_t size)
     return RyxOk;
 }
 
-RyxStatus FileReadWhole(const char* path, std::unique_ptr<std::uint8_t[]>* data, std::uint32_t* size) {
-    const HANDLE file =
-        CreateFileA(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
+FileHeld FileHold(const char* path, const void* data, std::uint32_t size) {
+    FileOwner file = Owned(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                       FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    return file != nullptr && Holds(file.get(), static_cast<const std::uint8_t*>(data), size) ? file.release()
+                                                                                              : nullptr;
+}
+
+void FileLetGo(FileHeld file) {
+    if (file != nullptr) {
+        CloseHandle(file);
+    }
+}
+
+RyxStatus ExecutableRead(std::unique_ptr<std::uint8_t[]>* data, std::uint32_t* size) {
+    WCHAR path[0x8000]; // longer than any path
+    constexpr DWORD capacity = sizeof path / sizeof path[0];
+    const DWORD pathLength = GetModuleFileNameW(nullptr, path, capacity);
+    if (pathLength == 0 || pathLength >= capacity) {
         return RyxErrorFileOpen;
     }
-    RyxStatus status = RyxErrorFileOpen;
-    const DWORD length = GetFileSize(file, nullptr);
-    if (length != INVALID_FILE_SIZE) {
-        std::unique_ptr<std::uint8_t[]> block(new (std::nothrow) std::uint8_t[length]);
-        DWORD got = 0;
-        if (block == nullptr) {
-            status = RyxErrorMemory;
-        } else if (!ReadFile(file, block.get(), length, &got, nullptr) || got != length) {
-            status = RyxErrorFileRead;
-        } else {
-            *data = std::move(block);
-            *size = length;
-            status = RyxOk;
-        }
+    const FileOwner file = Owned(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                             nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const DWORD length = file != nullptr ? GetFileSize(file.get(), nullptr) : INVALID_FILE_SIZE;
+    if (length == INVALID_FILE_SIZE) {
+        return RyxErrorFileOpen;
     }
-    CloseHandle(file);
-    return status;
+    std::unique_ptr<std::uint8_t[]> block(new (std::nothrow) std::uint8_t[length]);
+    if (block == nullptr) {
+        return RyxErrorMemory;
+    }
+    DWORD got = 0;
+    if (!ReadFile(file.get(), block.get(), length, &got, nullptr) || got != length) {
+        return RyxErrorFileRead;
+    }
+    *data = std::move(block);
+    *size = length;
+    return RyxOk;
 }
 
 void FileAttributesClear(const char* path) {

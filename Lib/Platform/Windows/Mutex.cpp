@@ -7,7 +7,8 @@ MutexHandle MutexCreate(const char* name, bool* existed) {
     SetLastError(ERROR_SUCCESS);
     const HANDLE mutex = CreateMutexA(nullptr, FALSE, name);
     if (existed != nullptr) {
-        *existed = mutex != nullptr && GetLastError() == ERROR_ALREADY_EXISTS;
+        // A mutex of another user can't be opened, which tells that it is there.
+        *existed = GetLastError() == (mutex != nullptr ? ERROR_ALREADY_EXISTS : ERROR_ACCESS_DENIED);
     }
     return mutex;
 }

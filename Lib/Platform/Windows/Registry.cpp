@@ -87,10 +87,13 @@ bool FirstBinaryRead(const RegistryCalls& calls, HKEY key, std::unique_ptr<std::
 
 } // namespace
 
-RegistryKey RegistryKeyOpen(const char* path, RegistryView view) {
+RegistryKey RegistryKeyOpen(const char* path, RegistryView view, bool* missing) {
     HKEY key = nullptr;
-    return RegOpenKeyExA(HKEY_LOCAL_MACHINE, path, 0, Access(KEY_ALL_ACCESS, view), &key) == ERROR_SUCCESS ? key
-                                                                                                           : nullptr;
+    const LSTATUS opened = RegOpenKeyExA(HKEY_LOCAL_MACHINE, path, 0, Access(KEY_ALL_ACCESS, view), &key);
+    if (missing != nullptr) {
+        *missing = opened == ERROR_FILE_NOT_FOUND;
+    }
+    return opened == ERROR_SUCCESS ? key : nullptr;
 }
 
 RegistryKey RegistryKeyCreate(const char* path, RegistryView view) {
@@ -108,9 +111,9 @@ void RegistryKeyClose(RegistryKey key) {
 }
 
 bool RegistryKeyDelete(const char* parent, const char* name, RegistryView view) {
-    // The deletion takes no view; it works in that of the parent's handle.
+    // The deletion takes no view; it works in that of the parent's handle, whose rights it does not look at.
     HKEY key = nullptr;
-    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, parent, 0, Access(KEY_ALL_ACCESS, view), &key) != ERROR_SUCCESS) {
+    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, parent, 0, Access(KEY_ENUMERATE_SUB_KEYS, view), &key) != ERROR_SUCCESS) {
         return false;
     }
     const bool deleted = RegDeleteKeyA(key, name) == ERROR_SUCCESS;
@@ -118,17 +121,21 @@ bool RegistryKeyDelete(const char* parent, const char* name, RegistryView view) 
     return deleted;
 }
 
-bool RegistryNumberRead(RegistryKey key, const char* value, std::uint32_t* number) {
+bool RegistryNumberRead(RegistryKey key, const char* value, std::uint32_t* number, bool* missing) {
     DWORD type = REG_NONE;
     DWORD data = 0;
     DWORD size = sizeof data;
-    if (RegQueryValueExA(static_cast<HKEY>(key), value, nullptr, &type, reinterpret_cast<LPBYTE>(&data), &size) !=
-            ERROR_SUCCESS ||
-        type != REG_DWORD || size != sizeof data) {
-        return false;
+    const LSTATUS found =
+        RegQueryValueExA(static_cast<HKEY>(key), value, nullptr, &type, reinterpret_cast<LPBYTE>(&data), &size);
+    const bool read = found == ERROR_SUCCESS && type == REG_DWORD && size == sizeof data;
+    if (missing != nullptr) {
+        // A value that is too large for a number was found, too.
+        *missing = !read && (found == ERROR_SUCCESS || found == ERROR_FILE_NOT_FOUND || found == ERROR_MORE_DATA);
     }
-    *number = data;
-    return true;
+    if (read) {
+        *number = data;
+    }
+    return read;
 }
 
 bool RegistryNumberWrite(RegistryKey key, const char* value, std::uint32_t number) {

@@ -4,7 +4,6 @@
 #include <shlwapi.h>
 #include <windows.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -115,14 +114,19 @@ bool ProcessIsAdministrator() {
     return member;
 }
 
-bool ExecutablePathGet(char* path, std::size_t capacity) {
-    const DWORD size = static_cast<DWORD>(std::min<std::size_t>(capacity, 0x7FFF));
-    const DWORD length = GetModuleFileNameA(nullptr, path, size);
-    return length != 0 && length < size;
-}
-
 bool ExecutableFolderGet(char* folder, std::size_t capacity) {
-    return ExecutablePathGet(folder, capacity) && PathRemoveFileSpecA(folder);
+    // The program's name goes, so that only the folder has to fit.
+    char path[0x1000];
+    const DWORD length = GetModuleFileNameA(nullptr, path, sizeof path);
+    if (length == 0 || length >= sizeof path || !PathRemoveFileSpecA(path)) {
+        return false;
+    }
+    const std::size_t size = std::strlen(path) + 1;
+    if (size > capacity) {
+        return false;
+    }
+    std::memcpy(folder, path, size);
+    return true;
 }
 
 const char* EnvironmentGet(const char* name) {
