@@ -155,7 +155,7 @@ TEST(Program, UnusableMachinesEndItBeforeItStarts) {
         EXPECT_EQ(ran.Errors.rfind("quarrinet: ", 0), 0U) << ran.Errors;
         EXPECT_NE(ran.Errors.find(machine), std::string::npos) << ran.Errors;
     }
-    EXPECT_NE(RunProgram({}, folder.Path + "/key").Errors.find("2"), std::string::npos) << "the line's number";
+    EXPECT_NE(RunProgram({}, folder.Path + "/key").Errors.find('2'), std::string::npos) << "the line's number";
 }
 
 TEST(Paging, PausesAtATerminalAndNowhereElse) {

@@ -64,7 +64,7 @@ TemporaryFolder::~TemporaryFolder() {
 }
 
 std::string TemporaryFolder::Write(const std::string& name, const std::string& content) const {
-    const std::string path = Path + "/" + name;
+    std::string path = Path + "/" + name;
     std::ofstream(path, std::ios::binary) << content;
     return path;
 }

@@ -142,37 +142,49 @@ LSTATUS KeyOpen(HKEY hKey, LPCSTR subKey, REGSAM rights, PHKEY result, bool soun
     if (!key.Path.empty() && !key.Exists()) {
         return ERROR_FILE_NOT_FOUND;
     }
-    const bool refused = (rights & WriteRights) != 0 && MachineGet().RegistryReadOnly.count(key.Path) != 0;
-    return refused ? ERROR_ACCESS_DENIED : KeyGive(key.Path, key.View64, rights, result);
+    if ((rights & WriteRights) != 0 && MachineGet().RegistryReadOnly.count(key.Path) != 0) {
+        return ERROR_ACCESS_DENIED;
+    }
+    return KeyGive(key.Path, key.View64, rights, result);
 }
 
 // What an operation on an open key works with: the shared state and the key as it is seen. Status is why it can't go
 // on: a fault, unsound arguments, the state, the handle, a right that it lacks, a key that was deleted.
 struct KeyAccess {
-    KeyAccess(Operation operation, HKEY handle, DWORD right, bool sound = true) {
-        Place place;
-        if (Fails(operation)) {
-            Status = ERROR_ACCESS_DENIED;
-        } else if (!sound) {
-            Status = ERROR_INVALID_PARAMETER;
-        } else if (State.Error() != 0) {
-            Status = static_cast<LSTATUS>(State.Error());
-        } else if (!PlaceOf(handle, &place)) {
-            Status = ERROR_INVALID_HANDLE;
-        } else if ((place.Access & right) != right) {
-            Status = ERROR_ACCESS_DENIED;
-        } else {
-            Seen = KeysSeen(*State);
-            const auto found = Seen.find(Lower(place.Path));
-            Status = found != Seen.end() ? ERROR_SUCCESS : ERROR_KEY_DELETED;
-            Key = found != Seen.end() ? found->second : StoredKey{};
-        }
-    }
+    KeyAccess(Operation operation, HKEY handle, DWORD right, bool sound = true)
+        : Status(Find(operation, handle, right, sound)) {}
 
     SharedAccess State;
     Keys Seen;
     StoredKey Key;
     LSTATUS Status;
+
+private:
+    LSTATUS Find(Operation operation, HKEY handle, DWORD right, bool sound) {
+        if (Fails(operation)) {
+            return ERROR_ACCESS_DENIED;
+        }
+        if (!sound) {
+            return ERROR_INVALID_PARAMETER;
+        }
+        if (State.Error() != 0) {
+            return static_cast<LSTATUS>(State.Error());
+        }
+        Place place;
+        if (!PlaceOf(handle, &place)) {
+            return ERROR_INVALID_HANDLE;
+        }
+        if ((place.Access & right) != right) {
+            return ERROR_ACCESS_DENIED;
+        }
+        Seen = KeysSeen(*State);
+        const auto found = Seen.find(Lower(place.Path));
+        if (found == Seen.end()) {
+            return ERROR_KEY_DELETED;
+        }
+        Key = found->second;
+        return ERROR_SUCCESS;
+    }
 };
 
 // Hands out a value's type and data. Without a buffer, only its size.
@@ -259,7 +271,10 @@ LSTATUS WINAPI RegQueryValueExA(HKEY hKey, LPCSTR lpValueName, LPDWORD lpReserve
         return access.Status;
     }
     const auto value = access.Key.Values.find(Lower(lpValueName));
-    return value == access.Key.Values.end() ? ERROR_FILE_NOT_FOUND : ValueGive(value->second, lpType, lpData, lpcbData);
+    if (value == access.Key.Values.end()) {
+        return ERROR_FILE_NOT_FOUND;
+    }
+    return ValueGive(value->second, lpType, lpData, lpcbData);
 }
 
 LSTATUS WINAPI RegSetValueExA(HKEY hKey, LPCSTR lpValueName, DWORD Reserved, DWORD dwType, const BYTE* lpData,
@@ -329,9 +344,9 @@ LSTATUS WINAPI RegEnumKeyA(HKEY hKey, DWORD dwIndex, LPSTR lpName, DWORD cchName
 
 LSTATUS WINAPI RegEnumValueA(HKEY hKey, DWORD dwIndex, LPSTR lpValueName, LPDWORD lpcchValueName, LPDWORD lpReserved,
                              LPDWORD lpType, LPBYTE lpData, LPDWORD lpcbData) {
-    const KeyAccess access(Named("RegEnumValueA"), hKey, KEY_QUERY_VALUE,
-                           lpReserved == nullptr && lpValueName != nullptr && lpcchValueName != nullptr);
-    if (access.Status != ERROR_SUCCESS) {
+    const bool sound = lpReserved == nullptr && lpValueName != nullptr && lpcchValueName != nullptr;
+    const KeyAccess access(Named("RegEnumValueA"), hKey, KEY_QUERY_VALUE, sound);
+    if (!sound || access.Status != ERROR_SUCCESS) {
         return access.Status;
     }
     if (dwIndex >= access.Key.Values.size()) {
