@@ -97,8 +97,8 @@ TEST(AcpiRootTable, WaysAreTakenInOrder) {
     }
 }
 
-// The copy is the first binary value of the first key of each level, down to 31 levels; it is cut, but not asked for in
-// parts, and a value of a name that is too long to ask for is passed by.
+// The copy is the first binary value of the first key of each level, down to 31 levels; it is cut to what a table can
+// be long, and a value of a name that is too long to ask for is passed by.
 TEST(AcpiRootTable, RegistryIsDescended) {
     const std::string top = "HARDWARE\\ACPI\\RSDT";
     const auto below = [&top](int levels) {
@@ -120,6 +120,10 @@ TEST(AcpiRootTable, RegistryIsDescended) {
     machine.RegistryBinary = {{top + "\\A\\" + std::string(256, '0'), Marked("RSDT", 1)},
                               {top + "\\A\\1", AcpiBuilder("XSDT", 0x10001).Table()}};
     EXPECT_EQ((Begin(machine), FoundMark()), 0x10000U - 100);
+    machine.RegistryBinary = {{top + "\\A\\1", AcpiBuilder("RSDT", 16U << 20U).Table()}};
+    EXPECT_EQ((Begin(machine), FoundMark()), 0x10000U - 100);
+    machine.RegistryBinary.begin()->second.push_back(0);
+    EXPECT_EQ((Begin(machine), FoundMark()), 0U) << "a value larger than any table";
     EXPECT_EQ(StandIn::Leftovers().front().find("handle of registry"), std::string::npos);
 }
 

@@ -117,20 +117,6 @@ TEST(AllDecoders, ShowEveryFieldAlone) {
     }
 }
 
-// One type of each form of the frame.
-TEST(AllDecoders, ReportTheFieldBehindTheLast) {
-    for (const auto& [type, last] : {std::pair{32, 5}, {36, 9}}) {
-        const std::string number = std::to_string(type);
-        const std::string behind = std::to_string(last + 1);
-        EXPECT_EQ(RunProgram({"/nologo", "/type", number, "0", std::to_string(last)}).ExitCode, 0);
-        const Ran ran = RunProgram({"/nologo", "/type", number, "0", behind});
-        EXPECT_EQ(ran.ExitCode, 153);
-        EXPECT_TRUE(ran.Output.ends_with("\nError: Type " + number + ", field ID [" + behind +
-                                         "] is not supported.\n\n\nERROR 153 - Not supported! Status = 3.\n"))
-            << ran.Output;
-    }
-}
-
 // A second structure can be asked for where it would be shown; type 38 takes the number and shows the first. Of the
 // whole table every decoder shows and takes the second one.
 TEST(AllDecoders, TakeTheInstancesThatTheyShow) {

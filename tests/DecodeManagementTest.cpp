@@ -51,8 +51,6 @@ TEST(DecodeManagement, MemoryError) {
                 {{23, ""}});
     ExpectFields(33, Bytes(27),
                  {{4, 4, {15}, "Error Type : 0x0F - Unrecognized\n"},
-                  {5, 5, {5}, "Error Granularity : 0x05 - Unrecognized\n"},
-                  {6, 6, {6}, "Error Operation : 0x06 - Unrecognized \n"},
                   {7, 7, {0, 0, 0, 0x80}, "Vendor Syndrome : 0x80000000 \n"},
                   {8, 0x0B, {0, 0, 0, 0x80}, "Memory Array Error Address : 0x80000000 \n"},
                   {9, 0x13, {0, 0, 0, 0, 0, 0, 0, 0x80}, "Device Error Address : 0x8000000000000000 - Unknown\n"},
@@ -65,10 +63,7 @@ TEST(DecodeManagement, ManagementDevice) {
                 "Type : 0x0D - Holtek HT82H791\nAddress : 0x00000295\nAddress Type : 0x05 - SM Bus\n",
                 {{23, ""}});
     ExpectFields(34, Bytes(7),
-                 {{4, 4, {0}, "Description : NULL\n"},
-                  {5, 5, {14}, "Type : 0x0E - Unrecognized\n"},
-                  {6, 6, {0xFF, 0xFF, 0xFF, 0xFF}, "Address : 0xFFFFFFFF\n"},
-                  {7, 0x0A, {6}, "Address Type : 0x06 - Unrecognized\n"}});
+                 {{4, 4, {0}, "Description : NULL\n"}, {6, 6, {0xFF, 0xFF, 0xFF, 0xFF}, "Address : 0xFFFFFFFF\n"}});
 }
 
 TEST(DecodeManagement, Component) {

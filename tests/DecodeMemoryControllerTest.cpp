@@ -59,10 +59,8 @@ TEST(DecodeMemoryController, Controllers) {
     EXPECT_EQ(ViewerDecoderRan, 0);
     ExpectFields(5, ThreeSlots,
                  {{4, 4, {0x08}, "Error Detecting Method : 0x08 - CRC\n"},
-                  {4, 4, {0x09}, "Error Detecting Method : 0x09 - Unrecognized\n"},
                   {6, 6, {0x07}, "Supported Interleave : 0x07 - Sixteen Way Interleave\n"},
                   {7, 7, {0x00}, "Current Interleave : 0x00 - \n"},
-                  {7, 7, {0x08}, "Current Interleave : 0x08 - Unrecognized\n"},
                   {8, 8, {0}, "Maximum Memory Module Size : 0x00 (1)MB\n"},
                   {8, 8, {16}, "Maximum Memory Module Size : 0x10 (65536)MB\n"},
                   {8, 8, {30}, "Maximum Memory Module Size : 0x1E (1073741824)MB\n"},
@@ -82,7 +80,6 @@ TEST(DecodeMemoryController, Modules) {
                 {{20, ""}});
     ExpectFields(6, area,
                  {{5, 5, {0x0C}, "Bank Connections : 0x0C - No Connections\n"},
-                  {5, 5, {0xFE}, "Bank Connections : 0xFE - Unrecognized\n"},
                   {5, 5, {0xFF}, "Bank Connections : 0xFF - No Connections\n"},
                   {8, 9, {0x06}, "Installed Size : 0x06 - 0064 MB\n"},
                   {8, 9, {0x0D}, "Installed Size : 0x0D - 8192 MB\n"},

@@ -32,7 +32,6 @@ TEST(DecodePowerSupply, Ipmi) {
                 {{23, ""}});
     ExpectFields(38, Bytes(14),
                  {{4, 4, {4}, "Interface Type : 0x04 - SSIF:SMBus System Interface\n"},
-                  {4, 4, {5}, "Interface Type : 0x05 - Unrecognized\n"},
                   {7, 7, {0x20}, "NV Storage Device Address : 0x20\n\n"},
                   {9,
                    0x10,
@@ -118,8 +117,7 @@ TEST(DecodePowerSupply, OnboardDevice) {
                 {{26, ""}});
     ExpectFields(41, Bytes(2),
                  {{5, 5, {0x0A}, "Device Type : 0x0A\n Status : Disabled\n Type : SAS Controller\n"},
-                  {5, 5, {0x90}, "Device Type : 0x90\n Status : Enabled\n Type : UFS Controller\n"},
-                  {5, 5, {0x11}, "Device Type : 0x11\n Status : Disabled\n Type : Unrecognized\n"}});
+                  {5, 5, {0x90}, "Device Type : 0x90\n Status : Enabled\n Type : UFS Controller\n"}});
 }
 
 TEST(DecodePowerSupply, HostInterface) {

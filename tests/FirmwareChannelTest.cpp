@@ -5,6 +5,7 @@
 #include "Lib/API/RyxFirmware.h"
 #include "Lib/API/RyxOption.h"
 #include "Lib/Common/AcpiData.h"
+#include "Lib/Common/ArgumentCommand.h"
 #include "Lib/Common/CallbackFunctions.h"
 #include "Lib/Common/Guid.h"
 #include "Lib/Common/Instance.h"
@@ -118,6 +119,7 @@ TEST(FirmwareChannel, WithoutAFirmwareEveryMethodIsTriedInOrder) {
     const FirmwareChannelState& state = FirmwareChannelStateGet();
     ASSERT_EQ(state.AttemptCount, 3);
     EXPECT_EQ(state.Attempts[0].Method, 4);
+    EXPECT_EQ(state.Attempts[0].Status, RyxErrorUnsupported);
     EXPECT_EQ(state.Attempts[1].Method, 3);
     EXPECT_EQ(state.Attempts[1].Status, RyxErrorGeneral);
     EXPECT_EQ(StandIn::CallCount("GetFirmwareEnvironmentVariableW"), 2U) << "the probe passes, the session fails";
@@ -347,6 +349,28 @@ TEST(FirmwareChannel, VariablesThatDoNotServe) {
             StandIn::MachineGet().VariablePrivilege = true;
             EXPECT_EQ(FlashMethodSwitch(3), RyxErrorGeneral);
         }
+        EXPECT_EQ(RyxLibExit(), RyxOk);
+    }
+}
+
+// A command is asked about by its name, in 32 bytes; only an answer that says no is a refusal.
+TEST(FirmwareChannel, CommandsAreAskedAbout) {
+    StartOver(BareMachine(false));
+    EXPECT_EQ(ArgumentCommandQuery("type"), RyxErrorNoPlatformInfo);
+    const std::pair<std::uint64_t, RyxStatus> answers[] = {{0, RyxOk},
+                                                           {3, RyxErrorNoAnswer},
+                                                           {0x80000003, RyxErrorNoAnswer},
+                                                           {255, RyxErrorNoAnswer},
+                                                           {4, RyxErrorFirmwareRefusal}};
+    for (const auto& [answer, status] : answers) {
+        StartScripted({{0x10000, {0, PlatformInfo(1, 0, 0)}}, {0x12200, {answer, {}}}});
+        EXPECT_EQ(ArgumentCommandQuery("type"), status) << answer;
+        EXPECT_EQ(Commands.back(), 0x12200U);
+        std::string sent(33, '?');
+        EXPECT_EQ(PhysicalMemoryRead(Buffer + 40, 32, sent.data()), RyxOk);
+        EXPECT_EQ(sent, "type" + std::string(28, '\0') + "?");
+        StandIn::MachineGet().Faults = {{*StandIn::OperationFind("DeviceIoControl"), DriverPortWriteByte, 0}};
+        EXPECT_EQ(ArgumentCommandQuery("type"), RyxErrorFirmwareRequest);
         EXPECT_EQ(RyxLibExit(), RyxOk);
     }
 }

@@ -2,6 +2,7 @@
 #include "Lib/Platform/Driver.h"
 #include "tests/Support.h"
 #include "viewer/StructDispatch.h"
+#include "viewer/ViewerMain.h"
 #include "viewer/ViewerState.h"
 
 #include <gtest/gtest.h>
@@ -124,6 +125,12 @@ TEST(Viewer, SaysWhatItCannotRead) {
     unreadable.Faults.push_back({*StandIn::OperationFind("DeviceIoControl"), 0x222182});
     EXPECT_EQ(View({"/type", "1"}, unreadable).Output,
               zero + "Failed to read DMI entry information. Status = 800000CC\n" + Unsupported("Type 1"));
+}
+
+TEST(Viewer, ReportsAnErrorBelow256) {
+    StartOver({});
+    EXPECT_EQ(Captured([] { EXPECT_EQ(ViewerErrorReport(256 + 7, 0x8000002A), RyxOk); }),
+              "\nERROR 007 - ! Status = 42.\n");
 }
 
 TEST(EntryPoint, PrintsEveryField) {

@@ -248,6 +248,8 @@ TEST(CommandList, HasOneMode) {
     RyxStatus status = RyxOk;
     EXPECT_EQ(Captured([&status] { status = RyxArgHelpPrint(2); }), "");
     EXPECT_EQ(status, RyxErrorUnsupported);
+    Captured([&status] { status = RyxArgHelpPrint(1); });
+    EXPECT_EQ(status, RyxOk);
     LibraryReset();
 }
 

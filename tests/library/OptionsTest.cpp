@@ -12,7 +12,9 @@ namespace {
 TEST(Print, CutsAtWhatOnePrintHolds) {
     LibraryReset();
     const std::string text(2000, 'x');
-    EXPECT_EQ(Captured([&text] { RyxPrintf("%s\n", text.c_str()); }), text.substr(0, 1023));
+    RyxStatus status = RyxErrorGeneral;
+    EXPECT_EQ(Captured([&] { status = RyxPrintf("%s\n", text.c_str()); }), text.substr(0, 1023));
+    EXPECT_EQ(status, RyxOk);
 }
 
 TEST(Options, TakeTheirValuesAndRefuseOthers) {
