@@ -1,61 +1,5 @@
-// Remote access, boot, memory error and management device structures as they are shown.
+// Management device, IPMI and host interface structures as they are shown.
 #include "tests/DecoderCases.h"
-
-TEST(DecodeManagement, RemoteAccess) {
-    ExpectShown(30, SmbiosBuilder().Begin(30).String("Remote Ltd").Byte(0xFE),
-                "\nType : OOB Remote Access (Type 30)\nLength : 0x06 (06)\nHandle : 0x0000 (00)\n"
-                "Manufacturer Name : Remote Ltd\nConnections : 0xFE\n" +
-                    Bits(2, {"Outbound Connection Enabled", "Inbound Connection Enabled"}),
-                {{22, ""}});
-}
-
-TEST(DecodeManagement, BootIntegrityServices) {
-    const SmbiosBuilder table = SmbiosBuilder()
-                                    .Begin(31, 0xAB)
-                                    .Raw({0x80, 0x11, 0x33, 0x22})
-                                    .Dword(0x1234ABCD)
-                                    .Dword(0x0FEDCBA9)
-                                    .Qword(0x0123456789ABCDEF)
-                                    .Dword(0x44556677);
-    ExpectShown(31, table,
-                "\nType : BIS Entry Point (Type 31)\nLength : 0x1C (28)\nHandle : 0x00AB (171)\n"
-                "Checksum : 0x80 (128)\nReserved1 : 0x11\nReserved2 : 0x2233\nBisEntry16 : 0xABCD\n"
-                "BisEntry32 : 0x0FEDCBA9\nReserved3 : 0x123456789ABCDEF\nReserved4 : 0x44556677\n",
-                {{23, ""}});
-}
-
-TEST(DecodeManagement, BootStatus) {
-    ExpectShown(32,
-                SmbiosBuilder().Begin(32).Raw({1, 2, 3, 4, 5, 6}).Raw({0x00, 0x08, 0x09, 0x7F, 0x80, 0xBF, 0xC0, 0xFF}),
-                "\nType : System Boot Info (Type 32)\nLength : 0x12 (18)\nHandle : 0x0000 (00)\n"
-                "Reserved : 0x01 0x02 0x03 0x04 0x05 0x06 \nBoot Status : 0x00 - No errors detected\n"
-                "0x08 - System to reboot\n0x09 - Reserved\n0x7f - Reserved\n"
-                "0x80 - Vendor/OEM-specific implementations\n0xbf - Vendor/OEM-specific implementations\n"
-                "0xc0 - Product-specific implementations\n0xff - Product-specific implementations\n",
-                {{23, ""}});
-    ExpectCases(32, {{"no boot status", SmbiosBuilder().Begin(32).Raw({0, 0, 0, 0, 0, 0xFF}),
-                      "\nType : System Boot Info (Type 32)\nLength : 0x0A (10)\nHandle : 0x0000 (00)\n"
-                      "Reserved : 0x00 0x00 0x00 0x00 0x00 0xFF \n"}});
-    ExpectFields(32, Bytes(7), {{5, 0x0A, {3}, "Boot Status : 0x03 - Firmware-detected hardware failure\n"}});
-}
-
-TEST(DecodeManagement, MemoryError) {
-    const SmbiosBuilder table =
-        SmbiosBuilder().Begin(33).Raw({14, 4, 5}).Dword(0).Qword(1ULL << 63).Qword(0x123456789AB).Dword(1U << 31);
-    ExpectShown(33, table,
-                "\nType : 64-bit Memory Error Info (Type 33)\nLength : 0x1F (31)\nHandle : 0x0000 (00)\n"
-                "Error Type : 0x0E - Uncorrectable error\nError Granularity : 0x04 - Memory partition level\n"
-                "Error Operation : 0x05 - Partial write \nVendor Syndrome : 0x00000000 - Unknown\n"
-                "Memory Array Error Address : 0x8000000000000000 - Unknown\nDevice Error Address : 0x123456789AB \n"
-                "Error Resolution : 0x80000000 - Unknown\n",
-                {{23, ""}});
-    ExpectFields(33, Bytes(27),
-                 {{4, 4, {15}, "Error Type : 0x0F - Unrecognized\n"},
-                  {7, 7, {0, 0, 0, 0x80}, "Vendor Syndrome : 0x80000000 \n"},
-                  {8, 0x0B, {0, 0, 0, 0x80}, "Memory Array Error Address : 0x80000000 \n"},
-                  {9, 0x13, {0, 0, 0, 0, 0, 0, 0, 0x80}, "Device Error Address : 0x8000000000000000 - Unknown\n"},
-                  {10, 0x1B, {0}, "Error Resolution : 0x00000000 \n"}});
-}
 
 TEST(DecodeManagement, ManagementDevice) {
     ExpectShown(34, SmbiosBuilder().Begin(34).String("X").Byte(13).Dword(0x295).Byte(5),
@@ -81,4 +25,52 @@ TEST(DecodeManagement, Thresholds) {
                 "Lower Threshold-Critical : 0x0002 (2)\nUpper Threshold-Critical : 0x0003 (3)\n"
                 "Lower Threshold-Non-recoverable : 0x0004 (4)\nUpper Threshold-Non-recoverable : 0xFFFF (65535)\n",
                 {{23, ""}});
+}
+
+TEST(DecodeManagement, Ipmi) {
+    ExpectShown(38, SmbiosBuilder().Begin(38).Raw({3, 0x20, 0x40, 0xFF}).Qword(0x0123456789ABCDEE).Raw({0x0B, 0}),
+                "\nType : IPMI Device Info (Type 38)\nLength : 0x12 (18)\nHandle : 0x0000 (00)\n"
+                "Interface Type : 0x03 - BT:Block Transfer\nIPMI Specification Revision : 0x20\n"
+                "I2C Slave Address : 0x40\nNV Storage Device Address : 0xFF\n- No storage device exists\n"
+                "Base Address : 0x123456789ABCDEE\nBase Address Modifier / Interrupt Info : 0x0B\n"
+                " Register spacing : On successive byte boundaries\n LS-bit for addresses : Bit 0\n"
+                " Interrupt Info : Specified\n Interrupt Polarity : Active high\n Interrupt Trigger Mode : level\n"
+                "Interrupt Number : 0x00 - Unspecified/Unsupported\n",
+                {{23, ""}});
+    ExpectFields(38, Bytes(14),
+                 {{4, 4, {4}, "Interface Type : 0x04 - SSIF:SMBus System Interface\n"},
+                  {7, 7, {0x20}, "NV Storage Device Address : 0x20\n\n"},
+                  {9,
+                   0x10,
+                   {0x52},
+                   "Base Address Modifier / Interrupt Info : 0x52\n"
+                   " Register spacing : On 32-bit boundaries\n LS-bit for addresses : Bit 1\n"
+                   " Interrupt Info : Not specified\n Interrupt Polarity : Active high\n"
+                   " Interrupt Trigger Mode : edge\n"},
+                  {10, 0x11, {0x0A}, "Interrupt Number : 0x0A \n"}});
+}
+
+TEST(DecodeManagement, HostInterface) {
+    const std::string head = "\nType : Manage Controller Host Interface (Type 42)\nLength : 0x09 (09)\n"
+                             "Handle : 0x0000 (00)\nInterface Type : ";
+    ExpectShown(42, SmbiosBuilder().Begin(42).Raw({0xF0, 0, 0, 1, 0x57}),
+                head + "0xF0 - OEM\n Vendor ID : 0x00000157\n", {{27, ""}});
+    ExpectCases(42,
+                {{"no vendor number behind another interface", SmbiosBuilder().Begin(42).Raw({8, 0, 0, 1, 0x57}),
+                  head + "0x08 - 16850/16850A UART Register Compatible\n"},
+                 {"the vendor number selected: the first maker's interface shows it",
+                  SmbiosBuilder()
+                      .Begin(42)
+                      .Raw({2, 0})
+                      .Begin(42)
+                      .Raw({0xF0, 0xAB, 0, 0, 0xC})
+                      .Begin(42)
+                      .Raw({0xF0, 1, 2, 3, 4}),
+                  "\n\n Vendor ID : 0xab00000c\n",
+                  {5}},
+                 {"a vendor number cut by the table's end", SmbiosBuilder().Begin(42).Raw({0xF0, 0x12}), "\n", {5}}});
+    ExpectFields(42, Bytes(5),
+                 {{4, 4, {9}, "Interface Type : 0x09 - Reserved\n"},
+                  {4, 4, {0xEF}, "Interface Type : 0xEF - Reserved\n"},
+                  {4, 4, {0xFF}, "Interface Type : 0xFF - Reserved\n"}});
 }

@@ -1,4 +1,4 @@
-// Port, slot, on-board device, string list, language and group structures as they are shown.
+// Port, slot, on-board device and pointing device structures as they are shown.
 #include "tests/DecoderCases.h"
 
 TEST(DecodePortSlot, Ports) {
@@ -68,38 +68,15 @@ TEST(DecodePortSlot, OnBoardDevices) {
                   {4, 4, {0x8A}, "Device Type : 0x8A\n Status : Device Enabled\n Type : SASController\n"}});
 }
 
-// The count alone.
-TEST(DecodePortSlot, StringLists) {
-    for (const auto& [type, name] : {std::pair{11, "OEM Strings (Type 11)"}, {12, "System Config (Type 12)"}}) {
-        const auto number = static_cast<std::uint8_t>(type);
-        ExpectShown(number, SmbiosBuilder().Begin(number).Byte(2).SetString("a").SetString("b"),
-                    std::string("\nType : ") + name + "\nLength : 0x05 (05)\nHandle : 0x0000 (00)\nCount : 0x02 (02)\n",
-                    {{20, ""}});
-    }
-}
-
-TEST(DecodePortSlot, Languages) {
-    Bytes area(18);
-    area[0] = 2;
-    area[1] = 1;
-    area[17] = 2;
-    SmbiosBuilder table = SmbiosBuilder().Begin(13).Raw(area).SetString("en|US|iso8859-1").SetString("fr|CA|iso8859-1");
-    const std::string current = "Current Languages : fr|CA|iso8859-1\n";
-    ExpectShown(13, table,
-                "\nType : BIOS Language (Type 13)\nLength : 0x16 (22)\nHandle : 0x0000 (00)\n"
-                "Installable Languages : 0x02 (02)\nFlags : 0x01 - Abbreviated format\n" +
-                    current,
-                {{20, ""}, {21, "Flags"}});
-    table.Begin(13).Raw(area).SetString("de|DE").SetString("it|IT");
-    ExpectCases(13, {{"the current language", table, "\n" + current, {7}},
-                     {"nothing to show, so the walk over the structures goes on", table, "\n\n", {6}}});
-    EXPECT_EQ(ViewerFieldCounter, 7);
-    ExpectFields(13, area, {{5, 5, {0xFE}, "Flags : 0xFE - Long format\n"}});
-}
-
-TEST(DecodePortSlot, Groups) {
-    ExpectShown(14, SmbiosBuilder().Begin(14).String("Module").Raw({4, 0x22, 1, 7, 3, 0}), // two items
-                "\nType : Group Association (Type 14)\nLength : 0x0B (11)\nHandle : 0x0000 (00)\n"
-                "Group Name : Module\nItem Type : 0x04 (04)\nItem Handle : 0x0122 (290)\n",
-                {{20, ""}});
+TEST(DecodePortSlot, PointingDevice) {
+    ExpectShown(21, SmbiosBuilder().Begin(21, 0x15).Raw({7, 4, 12}),
+                "\nType : Built-in Pointing (Type 21)\nLength : 0x07 (07)\nHandle : 0x0015 (21)\n"
+                "Type : 0x07 - Touch Pad\nInterface : 0x04 - PS/2\nNumber of Buttons : 0x0C (12)\n",
+                {{21, ""}});
+    ExpectFields(21, Bytes(3),
+                 {{4, 0x04, {0x09}, "Type : 0x09 - Optical Sensor\n"},
+                  {5, 0x05, {0x08}, "Interface : 0x08 - ADB(Apple Destkop Bus)\n"},
+                  {5, 0x05, {0xA0}, "Interface : 0xA0 - Bus mouse DB-9\n"},
+                  {5, 0x05, {0xA2}, "Interface : 0xA2 - USB\n"},
+                  {5, 0x05, {0xA4}, "Interface : 0xA4 - SPI\n"}});
 }

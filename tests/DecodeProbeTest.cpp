@@ -1,46 +1,5 @@
-// System reset, security, power control, probe and cooling device structures as they are shown.
+// Probe and cooling device structures as they are shown.
 #include "tests/DecoderCases.h"
-
-TEST(DecodeProbe, SystemReset) {
-    SmbiosBuilder table = SmbiosBuilder().Begin(23, 0x17).Byte(0x31).Word(0xFFFF).Word(0xFFFE).Word(0).Word(0xFFFF);
-    const std::string first = "\nType : System Reset (Type 23)\nLength : 0x0D (13)\nHandle : 0x0017 (23)\n"
-                              "Capabilities : 0x31\n Watchdog Timer : True\n Boot Option on Limit : System utilities\n"
-                              " Boot Option : \n Status : Enabled\nReset Count : 0xFFFF - Unknown\n"
-                              "Reset Limit : 0xFFFE \nTimer Interval : 0x0000 \nTimeout : 0xFFFF - Unknown\n";
-    ExpectShown(23, table, first, {{22, ""}});
-    table.Begin(23).Byte(0).Word(9).Begin(23).Byte(0).Word(8);
-    ExpectCases(23, {{"the second of three ends early",
-                      table,
-                      first + "\nType : System Reset (Type 23)\nLength : 0x07 (07)\nHandle : 0x0000 (00)\n"
-                              "Capabilities : 0x00\n Watchdog Timer : False\n Boot Option on Limit : \n"
-                              " Boot Option : \n Status : Disabled\nReset Count : 0x0009 \n",
-                      {.InstanceEnd = 3}}});
-    ExpectFields(23, Bytes(9),
-                 {{4,
-                   4,
-                   {0xDA},
-                   "Capabilities : 0xDA\n Watchdog Timer : False\n Boot Option on Limit : Do not reboot\n"
-                   " Boot Option : Operating system\n Status : Disabled\n"}});
-}
-
-TEST(DecodeProbe, HardwareSecurity) {
-    ExpectShown(24, SmbiosBuilder().Begin(24, 0x18).Byte(0x6E).Begin(24).Byte(0),
-                "\nType : Hardware Security (Type 24)\nLength : 0x05 (05)\nHandle : 0x0018 (24)\n"
-                "Hardware Security Settings : 0x6E\n Power-on Password Status : Enabled\n"
-                " Keyboard Password Status : Not Implemented\n Administrator Password Status : Unknown\n"
-                " Front Panel Reset Status : Not Implemented\n",
-                {{22, ""}});
-}
-
-TEST(DecodeProbe, PowerControl) {
-    ExpectShown(25, SmbiosBuilder().Begin(25, 0x19).Raw({0x12, 0x31, 0x23, 0x05, 0xFF}),
-                "\nType : SYS Power Control (Type 25)\nLength : 0x09 (09)\nHandle : 0x0019 (25)\n"
-                "Next Scheduled Power-on Month : 0x12 (18)\n"
-                "Next Scheduled Power-on Day-of month : 0x31 (49)\n"
-                "Next Scheduled Power-on Hour : 0x23 (35)\nNext Scheduled Power-on Minute : 0x05 (05)\n"
-                "Next Scheduled Power-on Second : 0xFF (255)\n",
-                {{22, ""}});
-}
 
 // The three kinds differ in their names, their locations and the mark of their nominal value.
 TEST(DecodeProbe, Probes) {

@@ -1,4 +1,4 @@
-// Event log, memory array and memory device structures as they are shown.
+// Event log, system reset, security, remote access and boot structures as they are shown.
 #include "tests/DecoderCases.h"
 
 namespace {
@@ -14,7 +14,7 @@ SmbiosBuilder EventLog(std::uint8_t count, std::uint8_t length, const Bytes& lis
 
 } // namespace
 
-TEST(DecodeMemoryDevice, EventLog) {
+TEST(DecodeControl, EventLog) {
     ExpectShown(15, EventLog(3, 2, {0x01, 0x00, 0x10, 0x00, 0x17, 0x00}),
                 "\nType : System Event Log (Type 15)\nLength : 0x1D (29)\nHandle : 0x0000 (00)\n"
                 "Log Area Length : 0x0100 (256 Byte)\nLog Header Start Offset : 0x0000 (00)\n"
@@ -45,7 +45,7 @@ TEST(DecodeMemoryDevice, EventLog) {
 
 // Whatever length a descriptor states, the list's bytes are read in pairs, at most as many as are counted. A list that
 // runs past the formatted area goes on in the string set; past the table's end it can't be read.
-TEST(DecodeMemoryDevice, EventLogDescriptors) {
+TEST(DecodeControl, EventLogDescriptors) {
     const std::string none = "\nEvent Log Type Descriptors :\n";
     const std::string one = none + "01.  Log Type : 0x02 - Multi-bit ECC memory error\n"
                                    "     Variable Data Format Type : 0x03 - Multiple-Event Handle\n";
@@ -80,56 +80,71 @@ TEST(DecodeMemoryDevice, EventLogDescriptors) {
                      {"no list", absent, "\n" + one, list}});
 }
 
-TEST(DecodeMemoryDevice, MemoryArray) {
-    SmbiosBuilder table;
-    table.Begin(16, 0x10).Raw({3, 3, 5}).Dword(0x01000000).Word(0xFFFE).Word(4).Qword(0x10000000000);
-    ExpectShown(16, table,
-                "\nType : Physical Memory (Type 16)\nLength : 0x17 (23)\nHandle : 0x0010 (16)\n"
-                "Location : 0x03 - System board or motherboard\nUse : 0x03 - System memory \n"
-                "Memory Error Correction : 0x05 - Single-bit ECC \n"
-                "Maximum Capacity : 0x01000000 - 16777216KB, 16384MB, 16GB\n"
-                "Memory Error Information Handle : 0xFFFE (65534)\nNumber of Memory Devices : 0x0004 (04)\n"
-                "Extended Maximum Capacity : 0x10000000000 (1099511627776)\n",
-                {{21, ""}, {27, "Extended Maximum Capacity"}});
-    ExpectFields(16, Bytes(19),
-                 {{4, 0x04, {0x00}, "Location : 0x00 - \n"},
-                  {4, 0x04, {0x0A}, "Location : 0x0A - NuBus\n"},
-                  {4, 0x04, {0xA0}, "Location : 0xA0 - PC-98/C20 add-on card\n"},
-                  {4, 0x04, {0xA3}, "Location : 0xA3 - PC-98/Local bus add-on card\n"},
-                  {4, 0x04, {0xA4}, "Location : 0xA4 - CXL add-on card\n"},
-                  {5, 0x05, {0x07}, "Use : 0x07 - Cache memory \n"},
-                  {6, 0x06, {0x07}, "Memory Error Correction : 0x07 - CRC \n"},
-                  {7, 0x07, {0, 0, 0, 0x80}, "Maximum Capacity : 0x80000000 - -2147483648KB, 2097152MB, 2048GB\n"},
-                  {10, 0x0F, Bytes(8, 0xFF), "Extended Maximum Capacity : 0xffffffffffffffff (-1)\n"}});
+TEST(DecodeControl, SystemReset) {
+    SmbiosBuilder table = SmbiosBuilder().Begin(23, 0x17).Byte(0x31).Word(0xFFFF).Word(0xFFFE).Word(0).Word(0xFFFF);
+    const std::string first = "\nType : System Reset (Type 23)\nLength : 0x0D (13)\nHandle : 0x0017 (23)\n"
+                              "Capabilities : 0x31\n Watchdog Timer : True\n Boot Option on Limit : System utilities\n"
+                              " Boot Option : \n Status : Enabled\nReset Count : 0xFFFF - Unknown\n"
+                              "Reset Limit : 0xFFFE \nTimer Interval : 0x0000 \nTimeout : 0xFFFF - Unknown\n";
+    ExpectShown(23, table, first, {{22, ""}});
+    table.Begin(23).Byte(0).Word(9).Begin(23).Byte(0).Word(8);
+    ExpectCases(23, {{"the second of three ends early",
+                      table,
+                      first + "\nType : System Reset (Type 23)\nLength : 0x07 (07)\nHandle : 0x0000 (00)\n"
+                              "Capabilities : 0x00\n Watchdog Timer : False\n Boot Option on Limit : \n"
+                              " Boot Option : \n Status : Disabled\nReset Count : 0x0009 \n",
+                      {.InstanceEnd = 3}}});
+    ExpectFields(23, Bytes(9),
+                 {{4,
+                   4,
+                   {0xDA},
+                   "Capabilities : 0xDA\n Watchdog Timer : False\n Boot Option on Limit : Do not reboot\n"
+                   " Boot Option : Operating system\n Status : Disabled\n"}});
 }
 
-TEST(DecodeMemoryDevice, MemoryDevice) {
-    SmbiosBuilder table;
-    table.Begin(17, 0x11).Word(0x10).Word(0xFFFE).Word(72).Word(64).Word(0x2000).Raw({9, 0});
-    table.String("DIMM_A1").String("").Byte(0x18).Word(0x4080).Word(1600);
-    table.String("Maker").String("00C0FFEE").String("Tag 1").String("PN-8192").Byte(2);
-    table.Dword(0x80000000).Word(1333).Word(1350).Word(1500).Word(65535);
-    ExpectShown(
-        17, table,
-        "\nType : Memory Device (Type 17)\nLength : 0x28 (40)\nHandle : 0x0011 (17)\n"
-        "Physical Memory Array Handle : 0x0010 (16)\nMemory Error Information Handle : 0xFFFE\n"
-        "Total Width : 0x0048 (72)bits\nData Width : 0x0040 (64)bits\n"
-        "Size : 0x2000 - 8388608KB, 8192MB, 8GB\nForm Factor : 0x09 - DIMM \nDevice Set : 0x00 (00)\n"
-        "Device Locator : DIMM_A1\nBank Locator : NULL\nMemory Type : 0x18 - DDR3 \nType Detail : 0x4080\n" +
-            Bits(0x4080, {"Reserved, set to 0", "Other", "Unknown", "Fast-paged", "Static column", "Pseudo-static",
-                          "RAMBUS", "Synchronous", "CMOS", "EDO", "Window DRAM", "Cache DRAM", "Non-volatile",
-                          "Registered (Buffered)", "Unbuffered (Unregistered)", "Reserved, set to 0"}) +
-            "Speed : 0x0640 (1600)MHz\nManufacturer : Maker\nSerial Number : 00C0FFEE\n"
-            "Asset Tag : Tag 1\nPart Number : PN-8192\nAttributes : 0x02 (02)\n"
-            "Extended Size : 0x80000000 (-2147483648)\nConfigured Memory Clock Speed : 0x0535 (1333)MHz\n"
-            "Minimum Voltage : 1350 millivolts\nMaximum Voltage : 1500 millivolts\n"
-            "Configured Voltage : 65535 millivolts\n",
-        {{21, ""}, {23, "Speed :"}, {26, "Attributes"}, {27, "Extended Size"}, {28, "Minimum Voltage"}});
-    ExpectFields(17, Bytes(36),
-                 {{8, 0x0C, {0xFF, 0xFF}, "Size : 0xFFFF - 67107840KB, 65535MB, 63GB\n"},
-                  {9, 0x0E, {0x00}, "Form Factor : 0x00 -  \n"},
-                  {9, 0x0E, {0x0F}, "Form Factor : 0x0F - FB-DIMM \n"},
-                  {9, 0x0E, {0x13}, "Form Factor : 0x13 - CSODIMM \n"},
-                  {13, 0x12, {0x19}, "Memory Type : 0x19 - FBD2 \n"},
-                  {13, 0x12, {0x1A}, "Memory Type : 0x1A - DDR4 \n"}});
+TEST(DecodeControl, HardwareSecurity) {
+    ExpectShown(24, SmbiosBuilder().Begin(24, 0x18).Byte(0x6E).Begin(24).Byte(0),
+                "\nType : Hardware Security (Type 24)\nLength : 0x05 (05)\nHandle : 0x0018 (24)\n"
+                "Hardware Security Settings : 0x6E\n Power-on Password Status : Enabled\n"
+                " Keyboard Password Status : Not Implemented\n Administrator Password Status : Unknown\n"
+                " Front Panel Reset Status : Not Implemented\n",
+                {{22, ""}});
+}
+
+TEST(DecodeControl, RemoteAccess) {
+    ExpectShown(30, SmbiosBuilder().Begin(30).String("Remote Ltd").Byte(0xFE),
+                "\nType : OOB Remote Access (Type 30)\nLength : 0x06 (06)\nHandle : 0x0000 (00)\n"
+                "Manufacturer Name : Remote Ltd\nConnections : 0xFE\n" +
+                    Bits(2, {"Outbound Connection Enabled", "Inbound Connection Enabled"}),
+                {{22, ""}});
+}
+
+TEST(DecodeControl, BootIntegrityServices) {
+    const SmbiosBuilder table = SmbiosBuilder()
+                                    .Begin(31, 0xAB)
+                                    .Raw({0x80, 0x11, 0x33, 0x22})
+                                    .Dword(0x1234ABCD)
+                                    .Dword(0x0FEDCBA9)
+                                    .Qword(0x0123456789ABCDEF)
+                                    .Dword(0x44556677);
+    ExpectShown(31, table,
+                "\nType : BIS Entry Point (Type 31)\nLength : 0x1C (28)\nHandle : 0x00AB (171)\n"
+                "Checksum : 0x80 (128)\nReserved1 : 0x11\nReserved2 : 0x2233\nBisEntry16 : 0xABCD\n"
+                "BisEntry32 : 0x0FEDCBA9\nReserved3 : 0x123456789ABCDEF\nReserved4 : 0x44556677\n",
+                {{23, ""}});
+}
+
+TEST(DecodeControl, BootStatus) {
+    ExpectShown(32,
+                SmbiosBuilder().Begin(32).Raw({1, 2, 3, 4, 5, 6}).Raw({0x00, 0x08, 0x09, 0x7F, 0x80, 0xBF, 0xC0, 0xFF}),
+                "\nType : System Boot Info (Type 32)\nLength : 0x12 (18)\nHandle : 0x0000 (00)\n"
+                "Reserved : 0x01 0x02 0x03 0x04 0x05 0x06 \nBoot Status : 0x00 - No errors detected\n"
+                "0x08 - System to reboot\n0x09 - Reserved\n0x7f - Reserved\n"
+                "0x80 - Vendor/OEM-specific implementations\n0xbf - Vendor/OEM-specific implementations\n"
+                "0xc0 - Product-specific implementations\n0xff - Product-specific implementations\n",
+                {{23, ""}});
+    ExpectCases(32, {{"no boot status", SmbiosBuilder().Begin(32).Raw({0, 0, 0, 0, 0, 0xFF}),
+                      "\nType : System Boot Info (Type 32)\nLength : 0x0A (10)\nHandle : 0x0000 (00)\n"
+                      "Reserved : 0x00 0x00 0x00 0x00 0x00 0xFF \n"}});
+    ExpectFields(32, Bytes(7), {{5, 0x0A, {3}, "Boot Status : 0x03 - Firmware-detected hardware failure\n"}});
 }
