@@ -1,6 +1,5 @@
 // The frame that every decoder follows.
 #include "Lib/API/RyxPrint.h"
-#include "Lib/API/RyxSmbios.h"
 #include "viewer/StructDispatch.h"
 #include "viewer/ViewerState.h"
 
@@ -66,10 +65,6 @@ bool StructShow(const StructPlace& place, std::span<const DecoderField> fields) 
 }
 
 } // namespace
-
-bool StructDecoder::FirstOnly() const {
-    return Form == DecoderForm::Single && !RyxSmbiosWholeGet();
-}
 
 RyxStatus StructDecoder::operator()() const {
     const bool first = FirstOnly();

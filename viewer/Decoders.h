@@ -1,6 +1,7 @@
 // The decoders, one per structure type.
 #pragma once
 
+#include "Lib/API/RyxSmbios.h"
 #include "viewer/DecoderField.h"
 
 #include <algorithm>
@@ -30,7 +31,7 @@ struct StructDecoder {
     }
 
     // Tells whether no structure but the first one is shown, whatever the instance range.
-    bool FirstOnly() const;
+    bool FirstOnly() const { return Form == DecoderForm::Single && !RyxSmbiosWholeGet(); }
 
     // Shows the selected fields of the structures; a field that can't be read ends a structure's output silently.
     // Always RyxOk.

@@ -122,6 +122,10 @@ std::vector<std::string> Leftovers();
 // user should see although the machine can be used.
 std::optional<Machine> MachineRead(const std::string& choice, std::string* error, std::string* notice);
 
+// This computer, whose tables are in `folder`. When they may not be read, it is a machine without administrator rights.
+// When there are none, it is the sample machine, or no machine. `error` and `notice` are those of MachineRead.
+std::optional<Machine> HostMachine(const std::string& folder, bool orSample, std::string* error, std::string* notice);
+
 // The built-in sample machine: SMBIOS 2.8, a structure of every known type, on the legacy road.
 Machine SampleMachine();
 

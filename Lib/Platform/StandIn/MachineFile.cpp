@@ -342,7 +342,7 @@ bool LineApply(Reading& reading, std::string_view line, std::string* reason) {
 bool TablesLoad(Reading& reading, std::string* reason, std::string* notice) {
     const std::string path = reading.Path(reading.Tables);
     if (HostFolderExists(path)) {
-        return FolderInstall(reading.Made, path, reason, notice);
+        return FolderInstall(reading.Made, path, reason, notice) == 0;
     }
     Bytes content;
     if (!FileRead(path, &content, reason)) {
@@ -451,7 +451,7 @@ std::optional<Machine> MachineChoose(const std::string& choice, std::string* err
     }
     Machine machine;
     if (HostFolderExists(choice)) {
-        return FolderInstall(machine, choice, error, notice) ? std::optional(std::move(machine)) : std::nullopt;
+        return FolderInstall(machine, choice, error, notice) == 0 ? std::optional(std::move(machine)) : std::nullopt;
     }
     Bytes content;
     if (!FileRead(choice, &content, error)) {
@@ -468,6 +468,28 @@ std::optional<Machine> MachineChoose(const std::string& choice, std::string* err
 }
 
 } // namespace
+
+std::optional<Machine> HostMachine(const std::string& folder, bool orSample, std::string* error, std::string* notice) {
+    Machine machine;
+    const int failure = FolderInstall(machine, folder, error, notice);
+    if (failure == 0) {
+        return machine;
+    }
+    const std::string reason = std::move(*error);
+    error->clear();
+    if (failure == EACCES || failure == EPERM) {
+        machine.Administrator = false;
+        *notice = reason + "; running without administrator rights";
+        return machine;
+    }
+    const bool missing = failure == ENOENT || failure == ENOTDIR;
+    if (missing && orSample) {
+        *notice = "this computer has no SMBIOS tables; showing the built-in sample machine";
+        return SampleMachine();
+    }
+    *error = missing ? "this computer has no SMBIOS tables: " + reason : reason;
+    return std::nullopt;
+}
 
 std::optional<Machine> MachineRead(const std::string& choice, std::string* error, std::string* notice) {
     error->clear();

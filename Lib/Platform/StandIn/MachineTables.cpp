@@ -123,27 +123,6 @@ void ShortTell(const Bytes& entryPoint, const Bytes& table, const std::string& p
     }
 }
 
-// Installs the tables of a folder. The result is 0 or the number of the system's error.
-int FolderTablesInstall(Machine& machine, const std::string& path, std::string* error, std::string* notice) {
-    const std::string entryPath = path + "/smbios_entry_point";
-    const std::string tablePath = path + "/DMI";
-    Bytes entry;
-    Bytes table;
-    for (const auto& [name, content] : {std::pair{&entryPath, &entry}, std::pair{&tablePath, &table}}) {
-        if (const int failure = HostFileRead(*name, content); failure != 0) {
-            *error = HostFault(*name, failure);
-            return failure;
-        }
-    }
-    std::string reason;
-    ShortTell(entry, table, tablePath, notice);
-    if (!TablesInstall(machine, entry, std::move(table), &reason)) {
-        *error = entryPath + ": " + reason;
-        return EINVAL;
-    }
-    return 0;
-}
-
 } // namespace
 
 bool TablesInstall(Machine& machine, const Bytes& entryPoint, Bytes table, std::string* error) {
@@ -216,30 +195,24 @@ bool DumpInstall(Machine& machine, const std::string& path, const Bytes& content
     return TablesInstall(machine, content, std::move(table), error);
 }
 
-bool FolderInstall(Machine& machine, const std::string& path, std::string* error, std::string* notice) {
-    return FolderTablesInstall(machine, path, error, notice) == 0;
-}
-
-std::optional<Machine> HostMachine(const std::string& folder, bool orSample, std::string* error, std::string* notice) {
-    Machine machine;
-    const int failure = FolderTablesInstall(machine, folder, error, notice);
-    if (failure == 0) {
-        return machine;
+int FolderInstall(Machine& machine, const std::string& path, std::string* error, std::string* notice) {
+    const std::string entryPath = path + "/smbios_entry_point";
+    const std::string tablePath = path + "/DMI";
+    Bytes entry;
+    Bytes table;
+    for (const auto& [name, content] : {std::pair{&entryPath, &entry}, std::pair{&tablePath, &table}}) {
+        if (const int failure = HostFileRead(*name, content); failure != 0) {
+            *error = HostFault(*name, failure);
+            return failure;
+        }
     }
-    const std::string reason = std::move(*error);
-    error->clear();
-    if (failure == EACCES || failure == EPERM) {
-        machine.Administrator = false;
-        *notice = reason + "; running without administrator rights";
-        return machine;
+    std::string reason;
+    ShortTell(entry, table, tablePath, notice);
+    if (!TablesInstall(machine, entry, std::move(table), &reason)) {
+        *error = entryPath + ": " + reason;
+        return EINVAL;
     }
-    const bool missing = failure == ENOENT || failure == ENOTDIR;
-    if (missing && orSample) {
-        *notice = "this computer has no SMBIOS tables; showing the built-in sample machine";
-        return SampleMachine();
-    }
-    *error = missing ? "this computer has no SMBIOS tables: " + reason : reason;
-    return std::nullopt;
+    return 0;
 }
 
 } // namespace StandIn

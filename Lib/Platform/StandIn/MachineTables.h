@@ -26,11 +26,8 @@ std::string ContentName(const Bytes& content, const std::string& path);
 bool DumpInstall(Machine& machine, const std::string& path, const Bytes& content, std::string* error,
                  std::string* notice);
 
-// Installs the tables of a folder that holds `smbios_entry_point` and `DMI`.
-bool FolderInstall(Machine& machine, const std::string& path, std::string* error, std::string* notice);
-
-// This computer, whose tables are in `folder`. When they may not be read, it is a machine without administrator rights.
-// When there are none, it is the sample machine, or no machine.
-std::optional<Machine> HostMachine(const std::string& folder, bool orSample, std::string* error, std::string* notice);
+// Installs the tables of a folder that holds `smbios_entry_point` and `DMI`. The result is 0, or the number of the
+// system's error.
+int FolderInstall(Machine& machine, const std::string& path, std::string* error, std::string* notice);
 
 } // namespace StandIn

@@ -2,10 +2,10 @@
 #include "Lib/Platform/StandIn/Signals.h"
 
 #include "Lib/Platform/StandIn/Faults.h"
-#include "Lib/Platform/StandIn/Terminal.h"
 
 #include <windows.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
@@ -22,6 +22,7 @@ constexpr int InterruptSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
 PHANDLER_ROUTINE Handler = nullptr;
 struct sigaction ActionsBefore[std::size(InterruptSignals)];
 volatile std::sig_atomic_t Taken = 0;
+std::atomic<void (*)()> FirstStep = nullptr;
 
 sigset_t CaughtSignals() {
     sigset_t set;
@@ -41,7 +42,9 @@ void InterruptTake(int number) {
     if (Taken == 0) {
         Taken = number;
     }
-    TerminalRestore();
+    if (void (*const step)() = FirstStep; step != nullptr) {
+        step();
+    }
     if (!Handler(number == SIGINT ? CTRL_C_EVENT : CTRL_BREAK_EVENT)) {
         SignalDefaultRaise(number);
     }
@@ -54,6 +57,10 @@ namespace StandIn {
 
 int InterruptTaken() {
     return Taken;
+}
+
+void InterruptFirst(void (*step)()) {
+    FirstStep = step;
 }
 
 // A wait or a write ends when the signal comes.

@@ -11,6 +11,9 @@ int InterruptTaken();
 // Has a handler called for a signal, unless that is ignored, and keeps what was done before.
 void SignalCatch(int number, void (*handler)(int), struct sigaction* before);
 
+// Has `step`, which has to be fit for handlers, called first when a signal interrupts the process.
+void InterruptFirst(void (*step)());
+
 // Does with a signal what the system does when nobody catches it. Returns when the process goes on. Fit for handlers.
 void SignalDefaultRaise(int number);
 

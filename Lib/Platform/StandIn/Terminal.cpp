@@ -65,6 +65,7 @@ void WaitBegin() {
     ModesMeanwhile.c_cc[VMIN] = 1;
     ModesMeanwhile.c_cc[VTIME] = 0;
     Keyboard = terminal;
+    InterruptFirst(TerminalRestore);
     for (std::size_t i = 0; i < std::size(KeySignals); ++i) {
         SignalCatch(KeySignals[i], KeySignalTake, &KeyActionsBefore[i]);
     }
