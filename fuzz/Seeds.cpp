@@ -116,6 +116,11 @@ void StructureTables() {
         TableSeed(name + "-cut", 0, Bytes(one.begin(), one.end() - 2));
         TableSeed(name + "-formatted", 0, Bytes(one.begin(), one.begin() + one[1]));
         TableSeed(name + "-twice", static_cast<std::uint8_t>(131 + number % 12), Joined(one, one));
+        for (const std::size_t left : {std::size_t{6}, std::size_t{14}, std::size_t{19}, one.size()}) {
+            Bytes cut(one.begin(), one.begin() + static_cast<std::ptrdiff_t>(std::min(left, one.size())));
+            cut[1] = 0x40;
+            Write("StructureTable", name + "-rows-" + std::to_string(left), Joined({28, 0, EveryRow, type}, cut));
+        }
         for (const std::uint8_t value : {0x00, 0x01, 0x7F, 0x80, 0xFF}) {
             TableSeed(name + "-all-" + std::to_string(value), 0, Filled(one, value));
         }
@@ -132,6 +137,9 @@ void StructureTables() {
     Write("StructureTable", "empty-segment",
           Joined({28, WayEmptySegment, 0, 0}, StandIn::SmbiosBuilder().Begin(127).Table()));
     Write("StructureTable", "empty", {28, 0, EveryType, 0});
+    Write("StructureTable", "no-answer", {28, WayService, EveryType, 0});
+    Write("StructureTable", "refused", {28, WayEmptySegment, EveryType, 0});
+    Write("StructureTable", "selection", {28, 0, EveryRow, 255});
     StandIn::SmbiosBuilder manyStrings;
     manyStrings.Begin(11).Byte(255);
     StandIn::SmbiosBuilder many;
