@@ -28,6 +28,10 @@ constexpr std::uint32_t Codes[] = {ReadMemory, WriteMemory, GetBuffer, ReleaseBu
 constexpr std::uint32_t Places[] = {0,        0x1000,   0x9F000,  0xA0000,    0xE0000,    0xF0000,
                                     0x100000, 0x110000, 0x3F0000, 0x3F000000, 0xFFFF0000, 0xFFFFFFF0};
 
+// What lies between them.
+constexpr StandIn::MemoryRange BetweenPlaces[] = {
+    {0x10000, 0x80000}, {0xB0000, 0x28000}, {0x120000, 0xFFFE0000 - 0x120000}};
+
 std::uint32_t Address(InputReader* input) {
     const std::uint32_t place = Places[input->Byte() % std::size(Places)];
     return place + static_cast<std::uint32_t>(static_cast<std::int16_t>(input->Word()));
@@ -38,9 +42,12 @@ struct File {
     std::uint32_t Held = 0; // users of the buffer that it stands for
 };
 
+// Input kinds from here on may do what takes long.
+constexpr std::uint8_t LongKind = 0xF0;
+
 struct Model {
-    int Searches = 0; // so far, and the large transfers: what takes long is done a few times only
-    int LargeTransfers = 0;
+    int SearchesLeft = 1; // what takes long is done a few times only
+    int LargeTransfersLeft = 0;
     std::vector<StandIn::MemoryRange> Managed; // as the driver has to see it
     std::array<File, 4> Files;
 
@@ -83,11 +90,11 @@ void Control(InputReader* input, Model* model) {
     }
     std::uint32_t length = input->Byte();
     if (length >= 0x40) {
-        length = length == 0xFF && model->LargeTransfers++ < 1 ? LargestTransfer + input->Byte() % 2
-                                                               : input->Word() % 0x2001;
+        length = length == 0xFF && model->LargeTransfersLeft-- > 0 ? LargestTransfer + input->Byte() % 2
+                                                                   : input->Word() % 0x2001;
     }
     const bool search = code == LocateRsdt || code == LocateRsdtNear;
-    if (file.Opened == nullptr || (search && ++model->Searches > 2)) {
+    if (file.Opened == nullptr || (search && model->SearchesLeft-- <= 0)) {
         return;
     }
     const std::unique_ptr<std::uint8_t[]> output(new std::uint8_t[length]);
@@ -129,6 +136,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         machine.Memory.clear();
     }
     Model model;
+    if (kind >= LongKind) {
+        model.SearchesLeft = 2;
+        model.LargeTransfersLeft = 1;
+    }
     if (kind % 4 == 0) {
         machine.WindowsMemory.reset();
         model.Managed = {{0, 0xA0000}, {0x100000, AddressEnd - 0x100000}};
@@ -137,8 +148,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             model.Managed.push_back({Address(&input), input.Word() * 16ULL});
         }
         // Mostly what is left is little, so that a search through it takes no time.
-        if (kind < 0xF0) {
-            model.Managed.push_back({0x140000, 0xFFE00000 - 0x140000});
+        if (kind < LongKind) {
+            model.Managed.insert(model.Managed.end(), std::begin(BetweenPlaces), std::end(BetweenPlaces));
         }
         machine.WindowsMemory = model.Managed;
         const auto end = std::find_if(machine.WindowsMemory->begin(), machine.WindowsMemory->end(),

@@ -4,11 +4,13 @@
 #include "Lib/Platform/StandIn/SmbiosBuilder.h"
 #include "fuzz/Places.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
+#include <vector>
 
 using StandIn::Bytes;
 
@@ -35,7 +37,68 @@ void Write(const std::string& target, const std::string& name, const Bytes& cont
     }
 }
 
-// The sample machine's structures one by one, some of them together, and tables that end early.
+// The lengths that structures of a type have had, by the version of the standard that the firmware was written for.
+struct Forms {
+    std::uint8_t Type;
+    std::vector<std::uint8_t> Lengths;
+};
+
+const Forms KnownForms[] = {
+    {0, {0x12, 0x13, 0x14, 0x18, 0x1A}},
+    {1, {0x08, 0x19, 0x1B}},
+    {2, {0x08, 0x0F, 0x11}},
+    {3, {0x09, 0x0D, 0x11, 0x15, 0x16, 0x1C}},
+    {4, {0x1A, 0x20, 0x23, 0x28, 0x2A, 0x30, 0x32}},
+    {5, {0x0F, 0x10, 0x14}},
+    {7, {0x0F, 0x13, 0x1B}},
+    {9, {0x0D, 0x0E, 0x11, 0x13, 0x18}},
+    {13, {0x06, 0x16}},
+    {15, {0x14, 0x17, 0x19}},
+    {16, {0x0F, 0x17}},
+    {17, {0x15, 0x1B, 0x1C, 0x22, 0x28, 0x54, 0x5C, 0x64}},
+    {19, {0x0F, 0x1F}},
+    {20, {0x13, 0x23}},
+    {22, {0x10, 0x1A}},
+    {26, {0x14, 0x16}},
+    {27, {0x0C, 0x0E, 0x0F}},
+    {28, {0x14, 0x16}},
+    {29, {0x14, 0x16}},
+    {32, {0x0B, 0x14, 0x6E}},
+    {37, {0x07, 0x0A, 0x1F}},
+    {38, {0x10, 0x12}},
+    {39, {0x10, 0x16}},
+    {40, {0x05, 0x0B, 0x40}},
+    {42, {0x05, 0x06, 0x09, 0x20}},
+};
+
+// A structure of another length: cut, or going on with ones. Its strings stay.
+Bytes Stretched(const Bytes& structure, std::uint8_t length) {
+    Bytes stretched(structure.begin(), structure.begin() + std::min<long>(structure[1], length));
+    stretched.resize(length, 1);
+    stretched[1] = length;
+    stretched.insert(stretched.end(), structure.begin() + structure[1], structure.end());
+    return stretched;
+}
+
+// A structure whose values, behind the header, are all the same.
+Bytes Filled(const Bytes& structure, std::uint8_t value) {
+    Bytes filled = structure;
+    std::fill(filled.begin() + 4, filled.begin() + structure[1], value);
+    return filled;
+}
+
+// A structure table's seed, for one version and with one way after the other.
+void TableSeed(const std::string& name, std::uint8_t field, const Bytes& table) {
+    constexpr std::uint8_t ways[] = {0, WayConsole, WayWhole, WayConsole | WayWhole, 0, WayService, WayConsole};
+    constexpr std::uint8_t versions[] = {28, 32, 36, 27};
+    static std::size_t number = 0;
+    const std::uint8_t version = versions[number % std::size(versions)];
+    Write("StructureTable", name, Joined({version, ways[number % std::size(ways)], 1, field}, table));
+    ++number;
+}
+
+// The sample machine's structures one by one, in every known form and with extreme values, some of them together, and
+// tables that end early.
 void StructureTables() {
     const Bytes answer = *StandIn::SampleMachine().SmbiosTable;
     const Bytes table(answer.begin() + 8, answer.end());
@@ -49,23 +112,54 @@ void StructureTables() {
         const Bytes one(table.begin() + static_cast<std::ptrdiff_t>(start),
                         table.begin() + static_cast<std::ptrdiff_t>(end));
         const std::string name = "type" + std::to_string(type) + "-" + std::to_string(number);
-        const auto road = static_cast<std::uint8_t>(number % 2);
-        Write("StructureTable", name, Joined({28, road, 0, 0}, one));
-        Write("StructureTable", name + "-cut", Joined({28, road, 0, 0}, Bytes(one.begin(), one.end() - 2)));
-        Write("StructureTable", name + "-twice", Joined({28, road, 1, 130}, Joined(one, one)));
+        TableSeed(name, 0, one);
+        TableSeed(name + "-cut", 0, Bytes(one.begin(), one.end() - 2));
+        TableSeed(name + "-formatted", 0, Bytes(one.begin(), one.begin() + one[1]));
+        TableSeed(name + "-twice", static_cast<std::uint8_t>(131 + number % 12), Joined(one, one));
+        for (const std::size_t left : {std::size_t{6}, std::size_t{14}, std::size_t{19}, one.size()}) {
+            Bytes cut(one.begin(), one.begin() + static_cast<std::ptrdiff_t>(std::min(left, one.size())));
+            cut[1] = 0x40;
+            Write("StructureTable", name + "-rows-" + std::to_string(left), Joined({28, 0, EveryRow, type}, cut));
+        }
+        for (const std::uint8_t value : {0x00, 0x01, 0x7F, 0x80, 0xFF}) {
+            TableSeed(name + "-all-" + std::to_string(value), 0, Filled(one, value));
+        }
+        for (const Forms& forms : KnownForms) {
+            for (std::size_t form = 0; form < forms.Lengths.size() && forms.Type == type; ++form) {
+                TableSeed(name + "-form-" + std::to_string(form), 0, Stretched(one, forms.Lengths[form]));
+            }
+        }
         start = end;
     }
-    Write("StructureTable", "beginning", Joined({28, 0, 4, 0}, Bytes(table.begin(), table.begin() + 512)));
-    Write("StructureTable", "end", Joined({28, 1, 4, 0}, Bytes(table.end() - 512, table.end())));
+    TableSeed("beginning", 0, Bytes(table.begin(), table.begin() + 512));
+    TableSeed("end", 0, Bytes(table.end() - 512, table.end()));
+    Write("StructureTable", "every-type", Joined({28, 0, EveryType, 0}, Bytes(table.end() - 256, table.end())));
+    Write("StructureTable", "empty-segment",
+          Joined({28, WayEmptySegment, 0, 0}, StandIn::SmbiosBuilder().Begin(127).Table()));
+    Write("StructureTable", "empty", {28, 0, EveryType, 0});
+    Write("StructureTable", "no-answer", {28, WayService, EveryType, 0});
+    Write("StructureTable", "refused", {28, WayEmptySegment, EveryType, 0});
+    Write("StructureTable", "selection", {28, 0, EveryRow, 255});
     StandIn::SmbiosBuilder manyStrings;
     manyStrings.Begin(11).Byte(255);
+    StandIn::SmbiosBuilder many;
     for (int i = 0; i < 255; ++i) {
         manyStrings.SetString("s");
+        many.Begin(126);
     }
-    Write("StructureTable", "many-strings", Joined({28, 0, 0, 0}, manyStrings.Table()));
-    StandIn::SmbiosBuilder longString;
-    longString.Begin(1).String(std::string(3000, 'x'));
-    Write("StructureTable", "long-string", Joined({28, 1, 0, 0}, longString.Table()));
+    TableSeed("many-strings", 0, manyStrings.Table());
+    for (const std::uint8_t way : {std::uint8_t{0}, WayWhole}) {
+        Write("StructureTable", "many-structures-" + std::to_string(way),
+              Joined({28, way, 4, 0}, many.Begin(8).String("last").Table()));
+    }
+    for (const std::size_t length : {1000, 1010, 1023, 3000}) {
+        StandIn::SmbiosBuilder longString;
+        longString.Begin(1).String(std::string(length, 'x'));
+        TableSeed("long-string-" + std::to_string(length), 0, longString.Table());
+    }
+    StandIn::SmbiosBuilder controls;
+    TableSeed("controls", 0, controls.Begin(1).String("\x1B[2J\x7F\x9B\r\n").Table());
+    Write("StructureTable", "controls-console", Joined({28, WayConsole, 0, 0}, controls.Table()));
 }
 
 void EntryPoints() {
