@@ -3,7 +3,6 @@
 //
 //     sessions WORD...
 //     a+ b+      starts a session and waits until it prints, or ends; it then stands still, for nobody reads on
-//     a* b*      starts a session that shows pages on the console, and waits until one is full
 //     a- b-      reads a session's output to its end, into the file a.out or b.out, and prints its exit code
 //     interrupt  presses Ctrl+C on the console of all sessions
 //     lay=FILE   lays a file of somebody else's into the temporary folder
@@ -17,7 +16,6 @@
 namespace {
 
 constexpr DWORD InterruptMilliseconds = 500;
-constexpr DWORD PageMilliseconds = 5000;
 
 std::wstring OwnPath() {
     wchar_t path[MAX_PATH];
@@ -58,13 +56,6 @@ std::wstring ProgramPath() {
     return program;
 }
 
-// The console's input or output, for sessions to inherit.
-HANDLE ConsoleOpen(const char* name) {
-    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-    return CreateFileA(name, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
-                       OPEN_EXISTING, 0, nullptr);
-}
-
 struct Session {
     HANDLE Process = nullptr;
     HANDLE Output = nullptr;
@@ -79,54 +70,40 @@ struct Session {
         return true;
     }
 
-    // Starts the program with its output into `output`, which is closed here.
-    bool Run(const wchar_t* arguments, HANDLE output) {
-        const HANDLE keys = ConsoleOpen("CONIN$");
+    bool Start() {
+        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+        HANDLE write = nullptr;
+        if (!CreatePipe(&Output, &write, &inherited, 1) || !SetHandleInformation(Output, HANDLE_FLAG_INHERIT, 0)) {
+            return false;
+        }
+        // The console's keyboard, on which nobody types.
+        const HANDLE keys = CreateFileW(L"CONIN$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                        &inherited, OPEN_EXISTING, 0, nullptr);
         STARTUPINFOW startup{};
         startup.cb = sizeof startup;
         startup.dwFlags = STARTF_USESTDHANDLES;
         startup.hStdInput = keys;
-        startup.hStdOutput = output;
+        startup.hStdOutput = write;
         startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
-        std::wstring command = L'"' + ProgramPath() + L'"' + arguments;
+        std::wstring command = L'"' + ProgramPath() + L"\" /eps /type";
         PROCESS_INFORMATION started{};
         const bool runs = CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
                                          &started) != 0;
         CloseHandle(keys);
-        CloseHandle(output);
-        if (runs) {
-            CloseHandle(started.hThread);
-            Process = started.hProcess;
-        }
-        return runs;
-    }
-
-    bool Start() {
-        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-        HANDLE write = nullptr;
-        if (!CreatePipe(&Output, &write, &inherited, 1) || !SetHandleInformation(Output, HANDLE_FLAG_INHERIT, 0) ||
-            !Run(L" /eps /type", write)) {
+        CloseHandle(write);
+        if (!runs) {
             return false;
         }
+        CloseHandle(started.hThread);
+        Process = started.hProcess;
         char first;
         Read(&first, 1);
         return true;
     }
 
-    // There is no telling from outside that a page is full, but for the time that a listing would have taken.
-    bool StartPages() {
-        if (!Run(L" /b /eps /type", ConsoleOpen("CONOUT$"))) {
-            return false;
-        }
-        if (WaitForSingleObject(Process, PageMilliseconds) == WAIT_OBJECT_0) {
-            std::printf("no page waits for a key\n");
-        }
-        return true;
-    }
-
     void End(const std::string& name) {
         char piece[4096];
-        while (Output != nullptr && Read(piece, sizeof piece)) {
+        while (Read(piece, sizeof piece)) {
         }
         WaitForSingleObject(Process, INFINITE);
         DWORD code = 0;
@@ -220,7 +197,7 @@ int main(int argc, char** argv) {
             Session& session = sessions[word[0] - 'a'];
             if (word[1] == '-') {
                 session.End(word.substr(0, 1));
-            } else if (!(word[1] == '*' ? session.StartPages() : session.Start())) {
+            } else if (!session.Start()) {
                 std::printf("%c does not start: error %lu\n", word[0], GetLastError());
                 return 1;
             }
