@@ -1,9 +1,13 @@
-// Runs the program that lies beside it in up to two sessions at once, and says what the tools have left in the machine.
+// Runs the program that lies beside it, whatever its name, in up to two sessions at once on one console, and says what
+// the tools have left in the machine.
 //
 //     sessions WORD...
-//     a+ b+    starts a session and waits until it prints, or ends; it then stands still, for nobody reads on
-//     a- b-    reads a session's output to its end, into the file a.out or b.out, and prints its exit code
-//     state    prints the users of the driver, the running tools, whether the service exists, the driver files
+//     a+ b+      starts a session and waits until it prints, or ends; it then stands still, for nobody reads on
+//     a- b-      reads a session's output to its end, into the file a.out or b.out, and prints its exit code
+//     interrupt  presses Ctrl+C on the console of all sessions
+//     lay=FILE   lays a file of somebody else's into the temporary folder
+//     hold=FILE  the same, and lets nobody delete it
+//     state      prints the users of the driver, the running tools, whether the service exists, the driver files
 #include <windows.h>
 
 #include <cstdio>
@@ -11,14 +15,45 @@
 
 namespace {
 
-constexpr char Quote[] = "\"";
-constexpr char Arguments[] = " /eps /type";
+constexpr DWORD InterruptMilliseconds = 500;
 
-std::string ProgramFolder() {
-    char path[MAX_PATH];
-    const DWORD length = GetModuleFileNameA(nullptr, path, sizeof path);
-    const std::string program(path, length);
-    return program.substr(0, program.rfind('\\') + 1);
+std::wstring OwnPath() {
+    wchar_t path[MAX_PATH];
+    const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
+    return std::wstring(path, length);
+}
+
+std::wstring OwnFolder() {
+    const std::wstring path = OwnPath();
+    return path.substr(0, path.rfind(L'\\') + 1);
+}
+
+std::wstring TemporaryFolder() {
+    wchar_t path[MAX_PATH];
+    return std::wstring(path, GetTempPathW(MAX_PATH, path));
+}
+
+// Calls take(name) for each file of the folder that matches.
+template <typename Take> void FilesFind(const std::wstring& folder, const wchar_t* pattern, Take take) {
+    WIN32_FIND_DATAW entry;
+    const HANDLE search = FindFirstFileW((folder + pattern).c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE) {
+        return;
+    }
+    do {
+        take(std::wstring(entry.cFileName));
+    } while (FindNextFileW(search, &entry));
+    FindClose(search);
+}
+
+std::wstring ProgramPath() {
+    std::wstring program;
+    FilesFind(OwnFolder(), L"*.exe", [&program](const std::wstring& name) {
+        if (lstrcmpiW((OwnFolder() + name).c_str(), OwnPath().c_str()) != 0) {
+            program = OwnFolder() + name;
+        }
+    });
+    return program;
 }
 
 struct Session {
@@ -41,17 +76,20 @@ struct Session {
         if (!CreatePipe(&Output, &write, &inherited, 1) || !SetHandleInformation(Output, HANDLE_FLAG_INHERIT, 0)) {
             return false;
         }
-        STARTUPINFOA startup{};
+        // The console's keyboard, on which nobody types.
+        const HANDLE keys = CreateFileW(L"CONIN$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                        &inherited, OPEN_EXISTING, 0, nullptr);
+        STARTUPINFOW startup{};
         startup.cb = sizeof startup;
         startup.dwFlags = STARTF_USESTDHANDLES;
-        startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+        startup.hStdInput = keys;
         startup.hStdOutput = write;
         startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
-        std::string command = Quote;
-        command += ProgramFolder() + "Quarrinet.exe" + Quote + Arguments;
+        std::wstring command = L'"' + ProgramPath() + L"\" /eps /type";
         PROCESS_INFORMATION started{};
-        const bool runs = CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
+        const bool runs = CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
                                          &started) != 0;
+        CloseHandle(keys);
         CloseHandle(write);
         if (!runs) {
             return false;
@@ -105,36 +143,56 @@ bool ServiceExists() {
     return service != nullptr;
 }
 
-int DriverFiles(const std::string& folder) {
-    WIN32_FIND_DATAA entry;
-    const HANDLE search = FindFirstFileA((folder + "RyxLib*").c_str(), &entry);
-    if (search == INVALID_HANDLE_VALUE) {
-        return 0;
-    }
+int DriverFiles(const std::wstring& folder) {
     int count = 0;
-    do {
-        ++count;
-    } while (FindNextFileA(search, &entry));
-    FindClose(search);
+    FilesFind(folder, L"RyxLib*", [&count](const std::wstring&) { ++count; });
     return count;
 }
 
 void StatePrint() {
-    char temporary[MAX_PATH];
-    GetTempPathA(sizeof temporary, temporary);
     std::printf("users %s, tools %s, service %s, driver files %d\n", Number("Software\\RyxDrv", "RefCount").c_str(),
                 Number("Software\\RyxTool", "ToolsRefCount").c_str(), ServiceExists() ? "yes" : "no",
-                DriverFiles(temporary) + DriverFiles(ProgramFolder()));
+                DriverFiles(TemporaryFolder()) + DriverFiles(OwnFolder()));
+}
+
+// Presses Ctrl+C, and gives the sessions the time to take notice. The handler is this process's own; were the key
+// ignored instead, then sessions that start later would ignore it too.
+void Interrupt() {
+    SetConsoleCtrlHandler([](DWORD) WINAPI -> BOOL { return TRUE; }, TRUE);
+    if (!GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0)) {
+        std::printf("no Ctrl+C: error %lu\n", GetLastError());
+    }
+    Sleep(InterruptMilliseconds);
+}
+
+void FileLay(const std::string& name, bool hold) {
+    const std::wstring path = TemporaryFolder() + std::wstring(name.begin(), name.end());
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                    CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    DWORD written = 0;
+    if (file == INVALID_HANDLE_VALUE || !WriteFile(file, "not ours", 8, &written, nullptr)) {
+        std::printf("%s can't be laid: error %lu\n", name.c_str(), GetLastError());
+    }
+    if (!hold) {
+        CloseHandle(file);
+    }
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
+    // A console that takes Ctrl+C for all sessions and nobody else.
+    FreeConsole();
+    AllocConsole();
     Session sessions[2];
     for (int i = 1; i < argc; ++i) {
         const std::string word = argv[i];
         if (word == "state") {
             StatePrint();
+        } else if (word == "interrupt") {
+            Interrupt();
+        } else if (word.starts_with("lay=") || word.starts_with("hold=")) {
+            FileLay(word.substr(word.find('=') + 1), word[0] == 'h');
         } else if (word.size() == 2 && (word[0] == 'a' || word[0] == 'b')) {
             Session& session = sessions[word[0] - 'a'];
             if (word[1] == '-') {
