@@ -118,33 +118,6 @@ TEST(StandInRegistry, TheTwoViewsAreApartAndHandlesKeepTheirs) {
     RegCloseKey(KeyOpen(HKEY_LOCAL_MACHINE, "Software\\Tool", 0));
 }
 
-TEST(StandInRegistry, TheMachinesOwnValuesCanBeWalkedAndCountAsNothingLeft) {
-    Machine machine;
-    machine.RegistryBinary["HARDWARE\\ACPI\\RSDT\\MAKER_\\BOARD\\00000001"] = Bytes{1, 2, 3};
-    MachineSet(machine);
-    HKEY key = KeyOpen(HKEY_LOCAL_MACHINE, "hardware\\acpi\\rsdt", 0);
-    char name[16];
-    std::string walked;
-    while (RegEnumKeyA(key, 0, name, sizeof name) == ERROR_SUCCESS) {
-        EXPECT_EQ(RegEnumKeyA(key, 1, name + 8, 8), ERROR_NO_MORE_ITEMS);
-        walked += std::string(name) + "/";
-        HKEY below = nullptr;
-        ASSERT_EQ(RegOpenKeyA(key, name, &below), ERROR_SUCCESS);
-        RegCloseKey(key);
-        key = below;
-    }
-    EXPECT_EQ(walked, "MAKER_/BOARD/");
-    DWORD length = 8;
-    DWORD type = 0;
-    EXPECT_EQ(RegEnumValueA(key, 0, name, &length, nullptr, &type, nullptr, nullptr), ERROR_MORE_DATA);
-    length = sizeof name;
-    EXPECT_EQ(RegEnumValueA(key, 0, name, &length, nullptr, &type, nullptr, nullptr), ERROR_SUCCESS);
-    EXPECT_EQ(length, 8U);
-    EXPECT_EQ(type, static_cast<DWORD>(REG_BINARY));
-    RegCloseKey(key);
-    EXPECT_TRUE(StandIn::Leftovers().empty());
-}
-
 TEST(StandInService, OnlyTheRightDriverFileStarts) {
     struct Case {
         StandIn::Wow64 Bits;
