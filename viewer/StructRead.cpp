@@ -17,7 +17,7 @@ constexpr std::uint8_t ControlDelete = 0x7F;
 void ControlsHide(std::size_t length) {
     std::uint8_t* data = nullptr;
     std::uint64_t size = 0;
-    if (RyxConsoleIsOutput() && RyxBinInfoGet(ViewerFieldBin, &data, &size) == RyxOk) {
+    if (ViewerToConsole() && RyxBinInfoGet(ViewerFieldBin, &data, &size) == RyxOk) {
         std::replace_if(
             data, data + length, [](std::uint8_t byte) { return byte < ControlEnd || byte == ControlDelete; }, '.');
     }

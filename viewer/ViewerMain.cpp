@@ -182,6 +182,7 @@ ViewerOutcome ViewerRun() {
 
 std::uint32_t ViewerMain() {
     ViewerBinClear();
+    ViewerToConsoleForget();
     const ViewerOutcome outcome = ViewerRun();
     ViewerBinsRelease();
     if (outcome.Error != 0) {

@@ -1,7 +1,11 @@
 // The viewer's selection and frame state.
 #include "viewer/ViewerState.h"
 
+#include "Lib/API/RyxPrint.h"
+
+#include <array>
 #include <new>
+#include <optional>
 #include <utility>
 
 std::int64_t ViewerFieldSelected = 0;
@@ -15,33 +19,49 @@ RyxBin* ViewerFieldBin = nullptr;
 
 namespace {
 
-struct KeptBin {
-    RyxBinOwner Bin;
-    KeptBin* Earlier;
+// Values are kept by the block, so that most of them take no memory beside their own.
+struct KeptBlock {
+    std::array<RyxBinOwner, 62> Bins;
+    std::size_t Count;
+    KeptBlock* Earlier;
 };
 
-KeptBin* LatestKept = nullptr;
+KeptBlock* LatestKept = nullptr;
+std::optional<bool> ToConsole;
 
 } // namespace
+
+bool ViewerToConsole() {
+    if (!ToConsole) {
+        ToConsole = RyxConsoleIsOutput();
+    }
+    return *ToConsole;
+}
+
+void ViewerToConsoleForget() {
+    ToConsole.reset();
+}
 
 void ViewerBinClear() {
     ViewerFieldBin = nullptr;
 }
 
 RyxStatus ViewerBinKeep(RyxBinOwner bin) {
-    auto* const kept = new (std::nothrow) KeptBin{nullptr, LatestKept};
-    if (kept == nullptr) {
-        return RyxErrorMemory;
+    if (LatestKept == nullptr || LatestKept->Count == LatestKept->Bins.size()) {
+        auto* const block = new (std::nothrow) KeptBlock{{}, 0, LatestKept};
+        if (block == nullptr) {
+            return RyxErrorMemory;
+        }
+        LatestKept = block;
     }
     ViewerFieldBin = bin.get();
-    kept->Bin = std::move(bin);
-    LatestKept = kept;
+    LatestKept->Bins[LatestKept->Count++] = std::move(bin);
     return RyxOk;
 }
 
 void ViewerBinsRelease() {
     while (LatestKept != nullptr) {
-        const std::unique_ptr<KeptBin> kept(LatestKept);
+        const std::unique_ptr<KeptBlock> kept(LatestKept);
         LatestKept = kept->Earlier;
     }
     ViewerBinClear();
@@ -49,6 +69,7 @@ void ViewerBinsRelease() {
 
 void ViewerStateReset() {
     ViewerBinsRelease();
+    ViewerToConsoleForget();
     ViewerFieldSelected = 0;
     ViewerFieldCounter = 0;
     ViewerDecoderRan = 0;

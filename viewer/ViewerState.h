@@ -14,6 +14,12 @@ extern std::uint8_t ViewerSmbiosMajor; // SMBIOS version read at start-up; 0.0 w
 extern std::uint8_t ViewerSmbiosMinor;
 extern RyxBin* ViewerFieldBin; // latest value read, or none; kept with all earlier ones
 
+// Whether texts come to a console, which they could drive. It is asked for once a run.
+bool ViewerToConsole();
+
+// Lets the next run ask for its output anew.
+void ViewerToConsoleForget();
+
 // Clears ViewerFieldBin and keeps nothing of earlier reads in it.
 void ViewerBinClear();
 

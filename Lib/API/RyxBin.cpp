@@ -2,7 +2,17 @@
 #include "Lib/API/RyxBin.h"
 
 #include <cstring>
+#include <limits>
 #include <new>
+
+namespace {
+
+// A value's bytes stand behind its container, in one block of memory.
+std::uint8_t* OwnBytes(RyxBin* bin) {
+    return reinterpret_cast<std::uint8_t*>(bin + 1);
+}
+
+} // namespace
 
 RyxStatus RyxBinCreate(std::uint64_t size, RyxBin** bin) {
     const auto bytes = static_cast<std::uint32_t>(size);
@@ -13,16 +23,21 @@ RyxStatus RyxBinMake(const void* bytes, std::uint32_t size, RyxBin** bin) {
     if (bin == nullptr) {
         return RyxErrorArgument;
     }
-    std::unique_ptr<std::uint8_t[]> data(size == 0 ? nullptr : new (std::nothrow) std::uint8_t[size]());
-    auto* made = size != 0 && data == nullptr ? nullptr : new (std::nothrow) RyxBin{size, data.get(), 0};
-    if (made == nullptr) {
+    void* const block = size > std::numeric_limits<std::size_t>::max() - sizeof(RyxBin)
+                            ? nullptr
+                            : ::operator new(sizeof(RyxBin) + size, std::nothrow);
+    if (block == nullptr) {
         return RyxErrorMemory;
     }
-    if (bytes != nullptr && size != 0) {
-        std::memcpy(data.get(), bytes, size);
+    *bin = new (block) RyxBin{size, nullptr, 0};
+    if (size != 0) {
+        (*bin)->Data = OwnBytes(*bin);
+        if (bytes != nullptr) {
+            std::memcpy((*bin)->Data, bytes, size);
+        } else {
+            std::memset((*bin)->Data, 0, size);
+        }
     }
-    data.release(); // the container's now
-    *bin = made;
     return RyxOk;
 }
 
@@ -42,9 +57,9 @@ RyxStatus RyxBinFree(RyxBin* bin) {
     if (bin == nullptr) {
         return RyxErrorObject;
     }
-    if (bin->Borrowed == 0) {
+    if (bin->Borrowed == 0 && bin->Data != OwnBytes(bin)) {
         delete[] bin->Data;
     }
-    delete bin;
+    ::operator delete(bin);
     return RyxOk;
 }

@@ -5,7 +5,7 @@ using enum DmiKind;
 using enum DmiClass;
 
 // Columns: type, offset, lowest SMBIOS version, name, kind, class of the value.
-const std::array<DmiFieldDescriptor, DmiFieldCount> DmiFieldTable = {{
+constexpr std::array<DmiFieldDescriptor, DmiFieldCount> DmiFieldTable = {{
     {0, 0, 21, "Type", Byte1, Plain},
     {0, 1, 21, "Length", Byte1, Plain},
     {0, 2, 21, "Handle", Byte2, Plain},
@@ -459,3 +459,12 @@ const std::array<DmiFieldDescriptor, DmiFieldCount> DmiFieldTable = {{
     {127, 1, 22, "Length", Byte1, Plain},
     {127, 2, 22, "Handle", Byte2, Plain},
 }};
+
+constexpr std::array<std::uint16_t, 256> DmiFirstRows = [] {
+    std::array<std::uint16_t, 256> first{};
+    first.fill(DmiFieldCount);
+    for (std::size_t row = DmiFieldCount; row-- > 0;) {
+        first[DmiFieldTable[row].Type] = static_cast<std::uint16_t>(row);
+    }
+    return first;
+}();

@@ -35,3 +35,6 @@ struct DmiFieldDescriptor {
 constexpr std::size_t DmiFieldCount = 452;
 
 extern const std::array<DmiFieldDescriptor, DmiFieldCount> DmiFieldTable;
+
+// The first row of every type; DmiFieldCount for a type without rows.
+extern const std::array<std::uint16_t, 256> DmiFirstRows;

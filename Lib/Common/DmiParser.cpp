@@ -149,7 +149,19 @@ constexpr RuleRow RuleRows[] = {
     {42, "MC Host Interface Data", HostInterfaceData},
 };
 
+// The types that have rules, one bit each: most fields are known by it to have none.
+constexpr std::uint64_t RuleTypes = [] {
+    std::uint64_t types = 0;
+    for (const RuleRow& rule : RuleRows) {
+        types |= std::uint64_t{1} << rule.Type;
+    }
+    return types;
+}();
+
 ExtentRule RuleFind(const DmiFieldDescriptor& row) {
+    if (row.Type >= 64 || (RuleTypes >> row.Type & 1) == 0) {
+        return nullptr;
+    }
     for (const RuleRow& rule : RuleRows) {
         if (rule.Type == row.Type && std::strcmp(rule.Name, row.Name) == 0) {
             return rule.Rule;
@@ -169,16 +181,6 @@ bool KindLength(DmiKind kind, std::uint32_t* length) {
     return true;
 }
 
-// The first row of every type; DmiFieldCount for a type without rows.
-std::array<std::uint16_t, 256> FirstRowsMake() {
-    std::array<std::uint16_t, 256> first{};
-    first.fill(DmiFieldCount);
-    for (std::size_t row = DmiFieldCount; row-- > 0;) {
-        first[DmiFieldTable[row].Type] = static_cast<std::uint16_t>(row);
-    }
-    return first;
-}
-
 // A machine word of a table's bytes, the first one lowest: machines with these tables are little-endian.
 std::size_t WordAt(const std::uint8_t* bytes) {
     std::size_t word = 0;
@@ -188,70 +190,81 @@ std::size_t WordAt(const std::uint8_t* bytes) {
 
 } // namespace
 
-// A walk spends its time here. Words are looked through without a branch on single zeros. In the word that ends the
-// set, the end is looked for by branches and not computed: they are foreseen, so that the next structure, whose place
-// they give, is under way before these bytes are there.
+// A walk spends its time here, and most of that in branches that were not foreseen. A word takes one branch, which is
+// taken where the set goes on. In the word that ends the set, every place has a branch of its own and gives the next
+// structure's as a constant: nothing there waits for the bytes, and the branches tell later ones apart.
 inline std::size_t DmiStruct::SetEnd() const {
     constexpr std::size_t step = sizeof(std::size_t);
     constexpr std::size_t ones = ~std::size_t{0} / 0xFF;
     constexpr std::size_t highs = ones << 7;
-    constexpr std::size_t lowerHalf = ~std::size_t{0} >> (4 * step);
-    const std::uint8_t* bytes = Rest.data();
-    std::size_t at = FormattedLength();
-    for (; at + step < Rest.size(); at += step) { // a word and a byte fit
+    const std::uint8_t* const bytes = Table.data();
+    const std::size_t wordsEnd = Table.size() - std::min(Table.size(), step); // a word and a byte fit before it
+    std::size_t at = Place + FormattedLength();
+    for (; at < wordsEnd; at += step) {
         // A zero byte of this is one that is zero together with the byte behind it.
         const std::size_t both = WordAt(bytes + at) | WordAt(bytes + at + 1);
-        if (((both - ones) & highs) == 0) {
-            continue; // no zero byte, and none above 80h
-        }
-        // Marks the first zero byte, and perhaps bytes above it.
-        std::size_t zeros = (both - ones) & ~both & highs;
-        if (zeros == 0) {
-            continue;
-        }
-        if ((zeros & lowerHalf) == 0) {
-            for (zeros >>= 4 * step, at += step / 2; (zeros & 0x80) == 0; zeros >>= 8) {
-                ++at;
+        if (((both - ones) & highs) != 0) [[unlikely]] { // a zero byte, or one above 80h
+            // Marks the first zero byte, and perhaps bytes above it.
+            const std::size_t zeros = (both - ones) & ~both & highs;
+            if ((zeros & 0x80) != 0) {
+                return at + 2;
             }
-            return at + 2;
+            if ((zeros & 0x8000) != 0) {
+                return at + 3;
+            }
+            if ((zeros & 0x800000) != 0) {
+                return at + 4;
+            }
+            if ((zeros & 0x80000000) != 0) {
+                return at + 5;
+            }
+            if constexpr (step == 8) {
+                if ((zeros >> 32 & 0x80) != 0) {
+                    return at + 6;
+                }
+                if ((zeros >> 32 & 0x8000) != 0) {
+                    return at + 7;
+                }
+                if ((zeros >> 32 & 0x800000) != 0) {
+                    return at + 8;
+                }
+                if ((zeros >> 32 & 0x80000000) != 0) {
+                    return at + 9;
+                }
+            }
         }
-        for (; (zeros & 0x80) == 0; zeros >>= 8) {
-            ++at;
-        }
-        return at + 2;
     }
-    for (; at + 1 < Rest.size(); ++at) {
+    for (; at + 1 < Table.size(); ++at) {
         if (bytes[at] == 0 && bytes[at + 1] == 0) {
             return at + 2;
         }
     }
-    return Rest.size();
+    return Table.size();
 }
 
 bool DmiStruct::BytesGet(std::uint32_t offset, std::uint32_t length, std::span<const std::uint8_t>* bytes) const {
-    if (offset > Rest.size() || length > Rest.size() - offset) {
+    if (offset > Rest().size() || length > Rest().size() - offset) {
         return false;
     }
-    *bytes = Rest.subspan(offset, length);
+    *bytes = Rest().subspan(offset, length);
     return true;
 }
 
 bool DmiStruct::ByteGet(std::uint32_t offset, std::uint8_t* byte) const {
-    if (offset >= Rest.size()) {
+    if (offset >= Rest().size()) {
         return false;
     }
-    *byte = Rest[offset];
+    *byte = Table[Place + offset];
     return true;
 }
 
 std::span<const std::uint8_t> DmiStruct::From(std::uint32_t offset) const {
-    return Rest.subspan(std::min<std::size_t>(offset, Rest.size()));
+    return Rest().subspan(std::min<std::size_t>(offset, Rest().size()));
 }
 
 void DmiFieldNumberResolve(std::uint32_t field, std::uint16_t* type, std::uint16_t* descriptor) {
-    static const std::array<std::uint16_t, 256> firstRows = FirstRowsMake();
     const std::uint32_t number = field / RyxFieldsPerType;
-    const std::uint16_t first = number < firstRows.size() ? firstRows[number] : DmiFieldCount;
+    const std::uint16_t first = number < DmiFirstRows.size() ? DmiFirstRows[number] : DmiFieldCount;
     *type = static_cast<std::uint16_t>(number);
     *descriptor = static_cast<std::uint16_t>(first + field % RyxFieldsPerType);
 }
@@ -358,7 +371,8 @@ RyxStatus DmiStructAreaGet(const DmiStruct& structure, std::uint8_t offset, RyxB
             }
             ++counted;
         }
-        if (!DmiNextStructGet(&structure)) {
+        structure = structure.Next();
+        if (!structure.Exists()) [[unlikely]] {
             return false;
         }
     }

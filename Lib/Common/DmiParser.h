@@ -15,20 +15,24 @@ struct RyxBin;
 class DmiStruct {
 public:
     explicit DmiStruct(std::span<const std::uint8_t> toTableEnd, std::uint8_t version = 0)
-        : Rest(toTableEnd), TableVersion(version) {}
+        : Table(toTableEnd), TableVersion(version) {}
 
     // Tells whether there is a structure at all: a header of 4 bytes.
-    bool Exists() const { return Rest.size() >= HeaderSize; }
+    bool Exists() const { return Table.size() - Place >= HeaderSize; }
 
     // The header's values; for a structure that exists.
-    std::uint8_t Type() const { return Rest[0]; }
-    std::uint8_t FormattedLength() const { return Rest[1]; }
-    std::uint16_t Handle() const { return static_cast<std::uint16_t>(Rest[2] | Rest[3] << 8); }
+    std::uint8_t Type() const { return Table[Place]; }
+    std::uint8_t FormattedLength() const { return Table[Place + 1]; }
+    std::uint16_t Handle() const { return static_cast<std::uint16_t>(Table[Place + 2] | Table[Place + 3] << 8); }
 
     std::uint8_t SmbiosVersion() const { return TableVersion; }
 
     // What follows this structure, which exists: behind the two zero bytes that end its string set, or the table's end.
-    DmiStruct Next() const { return DmiStruct(Rest.subspan(SetEnd()), TableVersion); }
+    DmiStruct Next() const {
+        DmiStruct next = *this;
+        next.Place = SetEnd();
+        return next;
+    }
 
     // Gives bytes at an offset. False when they reach past the table's end.
     bool BytesGet(std::uint32_t offset, std::uint32_t length, std::span<const std::uint8_t>* bytes) const;
@@ -39,9 +43,11 @@ public:
 
 private:
     std::size_t SetEnd() const;
+    std::span<const std::uint8_t> Rest() const { return Table.subspan(Place); }
 
     static constexpr std::size_t HeaderSize = 4;
-    std::span<const std::uint8_t> Rest;
+    std::span<const std::uint8_t> Table;
+    std::size_t Place = 0; // in the table, and all that changes in a walk
     std::uint8_t TableVersion;
 };
 

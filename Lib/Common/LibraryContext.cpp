@@ -1,7 +1,4 @@
 // The library context.
 #include "Lib/Common/LibraryContext.h"
 
-LibraryContext& LibraryContextGet() {
-    static LibraryContext context{};
-    return context;
-}
+constinit LibraryContext CurrentContext{};

@@ -34,4 +34,8 @@ struct LibraryContext {
     int OutputError; // number of the first error that kept a print from standard output, or 0
 };
 
-LibraryContext& LibraryContextGet();
+// The process's own.
+extern LibraryContext CurrentContext;
+inline LibraryContext& LibraryContextGet() {
+    return CurrentContext;
+}

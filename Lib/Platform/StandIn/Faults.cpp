@@ -4,7 +4,7 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <map>
+#include <vector>
 
 namespace StandIn {
 
@@ -14,9 +14,20 @@ namespace {
 
 thread_local DWORD LastError = 0;
 
-std::map<std::uint32_t, std::uint64_t>& CodeCounts() {
-    static std::map<std::uint32_t, std::uint64_t> counts;
-    return counts;
+struct CodeCount {
+    std::uint32_t Code;
+    std::uint64_t Count;
+};
+
+[[gnu::init_priority(StatePriority)]] std::vector<CodeCount> CodeCounts; // of the few codes that programs request
+
+CodeCount* CodeCountFind(std::uint32_t code) {
+    for (CodeCount& known : CodeCounts) {
+        if (known.Code == code) {
+            return &known;
+        }
+    }
+    return nullptr;
 }
 
 } // namespace
@@ -56,12 +67,16 @@ bool FailFalse(std::uint32_t error) {
 }
 
 void ControlSeen(std::uint32_t code) {
-    ++CodeCounts()[code];
+    CodeCount* count = CodeCountFind(code);
+    if (count == nullptr) {
+        count = &CodeCounts.emplace_back(CodeCount{code, 0});
+    }
+    ++count->Count;
 }
 
 void CallsForget() {
     Calls = CallRecord{};
-    CodeCounts().clear();
+    CodeCounts.clear();
 }
 
 std::uint64_t CallCount(Operation operation) {
@@ -74,8 +89,8 @@ std::uint64_t CallCount(std::string_view operation) {
 }
 
 std::uint64_t ControlCount(std::uint32_t code) {
-    const auto found = CodeCounts().find(code);
-    return found != CodeCounts().end() ? found->second : 0;
+    const CodeCount* const count = CodeCountFind(code);
+    return count != nullptr ? count->Count : 0;
 }
 
 std::uint64_t CallTotal() {

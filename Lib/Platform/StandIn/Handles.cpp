@@ -1,6 +1,8 @@
 // The process's open handles.
 #include "Lib/Platform/StandIn/Handles.h"
 
+#include "Lib/Platform/StandIn/Machine.h"
+
 #include <algorithm>
 #include <unistd.h>
 #include <utility>
@@ -9,10 +11,14 @@ namespace StandIn {
 
 namespace {
 
-std::map<std::uintptr_t, Handle>& Table() {
-    static std::map<std::uintptr_t, Handle> table;
-    return table;
-}
+[[gnu::init_priority(StatePriority)]] std::map<std::uintptr_t, Handle> OpenHandles;
+
+// The latest one that was looked for and found, or none: requests go to the same one again and again.
+struct FoundHandle {
+    std::uintptr_t Value;
+    Handle* Open;
+};
+constinit FoundHandle LatestFound{};
 
 // Goes on over a change of machines, so that handles of the last one stay invalid. The two lowest bits stay zero.
 std::uintptr_t LastValue = 0;
@@ -27,13 +33,20 @@ void DescriptorClose(const Handle& handle) {
 
 void* HandleOpen(Handle handle) {
     LastValue += 4;
-    Table().emplace(LastValue, std::move(handle));
+    OpenHandles.emplace(LastValue, std::move(handle));
     return reinterpret_cast<void*>(LastValue);
 }
 
 Handle* HandleFindAny(const void* value) {
-    const auto found = Table().find(reinterpret_cast<std::uintptr_t>(value));
-    return found != Table().end() ? &found->second : nullptr;
+    const auto number = reinterpret_cast<std::uintptr_t>(value);
+    if (LatestFound.Open == nullptr || LatestFound.Value != number) {
+        const auto found = OpenHandles.find(number);
+        if (found == OpenHandles.end()) {
+            return nullptr;
+        }
+        LatestFound = {number, &found->second};
+    }
+    return LatestFound.Open;
 }
 
 Handle* HandleFind(const void* value, HandleKind kind) {
@@ -44,24 +57,26 @@ Handle* HandleFind(const void* value, HandleKind kind) {
 void HandleForget(const void* value) {
     if (const Handle* const handle = HandleFindAny(value); handle != nullptr) {
         DescriptorClose(*handle);
-        Table().erase(reinterpret_cast<std::uintptr_t>(value));
+        LatestFound = {};
+        OpenHandles.erase(reinterpret_cast<std::uintptr_t>(value));
     }
 }
 
 bool HandleOpenFor(HandleKind kind, const std::string& name) {
-    return std::any_of(Table().begin(), Table().end(),
+    return std::any_of(OpenHandles.begin(), OpenHandles.end(),
                        [&](const auto& entry) { return entry.second.Kind == kind && entry.second.Name == name; });
 }
 
 const std::map<std::uintptr_t, Handle>& HandlesOpen() {
-    return Table();
+    return OpenHandles;
 }
 
 void HandlesForget() {
-    for (const auto& [value, handle] : Table()) {
+    for (const auto& [value, handle] : OpenHandles) {
         DescriptorClose(handle);
     }
-    Table().clear();
+    LatestFound = {};
+    OpenHandles.clear();
 }
 
 } // namespace StandIn

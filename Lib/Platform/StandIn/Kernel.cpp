@@ -74,9 +74,10 @@ struct Kernel {
     LONG MutexesTaken = 0;
 };
 
+[[gnu::init_priority(StatePriority)]] Kernel Current;
+
 Kernel& Here() {
-    static Kernel kernel;
-    return kernel;
+    return Current;
 }
 
 [[noreturn]] void BugCheck(const char* what) {

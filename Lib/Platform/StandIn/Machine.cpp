@@ -14,9 +14,6 @@ std::uint64_t SystemClock(std::uint32_t pause) {
     return static_cast<std::uint64_t>(time.tv_sec) * 1000 + static_cast<std::uint64_t>(time.tv_nsec) / 1'000'000;
 }
 
-Machine& MachineGet() {
-    static Machine machine;
-    return machine;
-}
+[[gnu::init_priority(StatePriority)]] Machine CurrentMachine;
 
 } // namespace StandIn

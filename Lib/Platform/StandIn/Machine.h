@@ -13,6 +13,10 @@
 
 namespace StandIn {
 
+// The place in the order of initialisation of what holds the process's state: it is there before the program's machine
+// is chosen, and goes last.
+constexpr int StatePriority = 200;
+
 using Bytes = std::vector<std::uint8_t>;
 
 // The Windows operations that the stand-in answers and that can fail, in the order of OperationNames.
@@ -97,8 +101,11 @@ struct Machine {
 // counts) and starts afresh. The default machine is an empty `Machine`.
 void MachineSet(Machine machine);
 
-// The process's machine.
-Machine& MachineGet();
+// The process's machine. Every operation asks for it, so that this is no call.
+extern Machine CurrentMachine;
+inline Machine& MachineGet() {
+    return CurrentMachine;
+}
 
 // How often an operation was called since MachineSet, and how often a device control code was requested.
 std::uint64_t CallCount(Operation operation);

@@ -8,6 +8,8 @@
 
 namespace StandIn {
 
+[[gnu::init_priority(StatePriority)]] AllocatedMemory MemoryOfDriver;
+
 namespace {
 
 // The part of a range that a region covers.
@@ -79,11 +81,6 @@ bool MemoryCovered(std::uint64_t address, std::uint64_t length) {
            std::any_of(regions.begin(), regions.end(), [&](const MemoryRegion& region) {
                return OverlapOf(address, length, region.Address, region.Data.size()).Length != 0;
            });
-}
-
-AllocatedMemory& MemoryAllocated() {
-    static AllocatedMemory memory;
-    return memory;
 }
 
 } // namespace StandIn

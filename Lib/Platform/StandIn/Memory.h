@@ -22,6 +22,9 @@ struct AllocatedMemory {
     std::uint32_t Address = 0;
     Bytes Data; // empty while there is none
 };
-AllocatedMemory& MemoryAllocated();
+extern AllocatedMemory MemoryOfDriver;
+inline AllocatedMemory& MemoryAllocated() {
+    return MemoryOfDriver;
+}
 
 } // namespace StandIn
