@@ -123,5 +123,5 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 // Freed memory is kept from use for a while, to see who still uses it. An input frees little, so that a small store
 // holds it for many inputs, and stays in the processor's caches.
 extern "C" const char* __asan_default_options() {
-    return "quarantine_size_mb=8:malloc_context_size=8:max_malloc_fill_size=64";
+    return "quarantine_size_mb=8:malloc_context_size=5:max_malloc_fill_size=64";
 }

@@ -11,6 +11,7 @@ constexpr std::uint8_t WayRegistry = 1;
 constexpr std::uint8_t WayMakerTable = 2;
 constexpr std::uint8_t WaySegment = 4;
 constexpr std::uint8_t WayFadt = 8;
+constexpr std::uint8_t WayAllMemory = 0xF0; // Windows manages no memory, so that searches go through much of it
 
 // The ways to and through a structure table, as bits of an input's second byte: what takes long needs several at once.
 constexpr std::uint8_t WayService = 0x07;      // the firmware table service gives the table, not memory

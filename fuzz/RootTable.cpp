@@ -24,6 +24,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         machine.AcpiTables["FACP"] = tables;
     }
     machine.Memory.push_back({TablesBase, std::move(tables)});
+    if ((ways & WayAllMemory) != WayAllMemory) {
+        machine.WindowsMemory = {{0x100000, TablesBase - 0x100000}, {TablesBase + 0x20000, 0x80000000}};
+    }
     StartWithDriver(std::move(machine));
     AcpiDataCollect();
     FlashMethodSelect();

@@ -20,7 +20,7 @@ constexpr std::uint32_t TableAddress = 0xE0000;
 constexpr std::uint32_t SegmentAddress = 0xF0000;
 constexpr std::size_t SegmentSize = 0x10000;
 constexpr unsigned MostInstances = 3;
-constexpr std::uint8_t MostRows = 45; // of any type, and one more
+constexpr std::uint8_t MostRows = 27; // of any type, and one more
 
 // The types of a table's structures as they come up when it is walked.
 std::bitset<256> TypesOf(const StandIn::Bytes& table) {
