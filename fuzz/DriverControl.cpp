@@ -46,7 +46,7 @@ struct File {
 constexpr std::uint8_t LongKind = 0xF0;
 
 struct Model {
-    int SearchesLeft = 1; // what takes long is done a few times only
+    int SearchesLeft = 2; // what takes long is done a few times only
     int LargeTransfersLeft = 0;
     std::vector<StandIn::MemoryRange> Managed; // as the driver has to see it
     std::array<File, 4> Files;
@@ -93,7 +93,8 @@ void Control(InputReader* input, Model* model) {
         length = length == 0xFF && model->LargeTransfersLeft-- > 0 ? LargestTransfer + input->Byte() % 2
                                                                    : input->Word() % 0x2001;
     }
-    const bool search = code == LocateRsdt || code == LocateRsdtNear;
+    const bool search =
+        length == 4 && given.size() == (code == LocateRsdt ? 0U : 4U) && (code == LocateRsdt || code == LocateRsdtNear);
     if (file.Opened == nullptr || (search && model->SearchesLeft-- <= 0)) {
         return;
     }
@@ -137,7 +138,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     Model model;
     if (kind >= LongKind) {
-        model.SearchesLeft = 2;
+        model.SearchesLeft = 3;
         model.LargeTransfersLeft = 1;
     }
     if (kind % 4 == 0) {

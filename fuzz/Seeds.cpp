@@ -322,9 +322,23 @@ void DriverControls() {
         input = Joined(Joined(input, control(0, 2, 1, 4)), control(1, 2, 1, 4));
         input = Joined(Joined(input, control(0, 0, 9, 32)), control(0, 3, 1, 0));
         input = Joined(Joined(input, port), bare(6, 2));
-        input = Joined(Joined(input, Bytes{4, 0, 5, 0x80, 4}), control(0, 7, 6, 4));
+        input = Joined(Joined(input, bare(5, 4)), control(0, 7, 6, 4));
         Write("DriverControl", std::to_string(number++), Joined(input, close));
         Write("DriverControl", std::to_string(number++), Joined(input, {0x02, 0x09, 0x01, 0x03}));
+    }
+    // A record that leads to a root table, with another one behind it.
+    Bytes found{'I', 'F', 'E', '$', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x40, 0, 0x0E, 0};
+    found.resize(0x30);
+    for (int copies = 2; copies != 0; --copies) {
+        found = Joined(found, {'R', 'S', 'D', 'T', 36, 0, 0, 0});
+        found.resize(found.size() + 28);
+    }
+    for (const std::uint8_t kind : {0x01, 0xF1}) {
+        const Bytes start = Joined(Joined({kind, 4, 0x10, 0, static_cast<std::uint8_t>(found.size())}, found), open);
+        const std::string name = "search-" + std::to_string(kind);
+        Write("DriverControl", name + "-record", Joined(Joined(Joined(start, bare(5, 4)), bare(5, 4)), close));
+        Write("DriverControl", name + "-near", Joined(Joined(start, control(0, 7, 4, 4)), close));
+        Write("DriverControl", name + "-below", Joined(Joined(start, control(0, 7, 6, 4)), close));
     }
 }
 
