@@ -1,8 +1,7 @@
-// The kernel in which the helper driver runs. It watches over the driver as it serves it: a driver that breaks the
-// kernel's rules ends the process, as it would end Windows.
+// The kernel in which the helper driver runs: loading it, and the requests that reach its device.
 #include "Lib/Platform/StandIn/Kernel.h"
 
-#include "Lib/Platform/StandIn/Faults.h"
+#include "Lib/Platform/StandIn/KernelObjects.h"
 #include "Lib/Platform/StandIn/Memory.h"
 #include "driver/Kernel.h"
 
@@ -55,51 +54,6 @@ std::uint32_t ErrorOf(NTSTATUS status) {
     default:
         return GeneralFailure;
     }
-}
-
-struct Device {
-    DEVICE_OBJECT Object{};
-    std::string Name;
-    Bytes Descriptor; // who may open it; empty: anybody
-};
-
-struct Kernel {
-    bool Loaded = false;
-    bool Started = false; // by the service, and not stopped since
-    DRIVER_OBJECT Driver{};
-    std::list<Device> Devices;
-    std::list<std::pair<std::string, std::string>> Links; // a name, and the device that it stands for
-    std::list<FILE_OBJECT> Files;
-    std::list<Device*> ObjectHandles;
-    LONG MutexesTaken = 0;
-};
-
-[[gnu::init_priority(StatePriority)]] Kernel Current;
-
-Kernel& Here() {
-    return Current;
-}
-
-[[noreturn]] void BugCheck(const char* what) {
-    std::fprintf(stderr, "stand-in kernel: the driver %s\n", what);
-    std::abort();
-}
-
-std::string NameFrom(const UNICODE_STRING* name) {
-    std::string text;
-    for (std::size_t at = 0; at < name->Length / sizeof(WCHAR); ++at) {
-        text += static_cast<char>(name->Buffer[at]);
-    }
-    return Lower(text);
-}
-
-Device* DeviceFind(const std::string& name) {
-    for (Device& device : Here().Devices) {
-        if (device.Name == name) {
-            return &device;
-        }
-    }
-    return nullptr;
 }
 
 std::uint32_t NumberAt(const Bytes& bytes, std::size_t at, std::size_t size) {
@@ -176,7 +130,7 @@ NTSTATUS Send(IRP* irp, IO_STACK_LOCATION* stack) {
     if (irp->IoStatus.Status != status) {
         BugCheck("returned another status than it completed the request with");
     }
-    if (Here().MutexesTaken != 0) {
+    if (KernelHere().MutexesTaken != 0) {
         BugCheck("kept a mutex over the end of a request");
     }
     return status;
@@ -192,7 +146,7 @@ NTSTATUS SendPlain(FILE_OBJECT* file, UCHAR function, IO_SECURITY_CONTEXT* secur
 }
 
 NTSTATUS Load() {
-    Kernel& kernel = Here();
+    KernelState& kernel = KernelHere();
     if (kernel.Loaded) {
         return STATUS_OBJECT_NAME_COLLISION;
     }
@@ -205,7 +159,7 @@ NTSTATUS Load() {
 }
 
 void Unload() {
-    Kernel& kernel = Here();
+    KernelState& kernel = KernelHere();
     if (kernel.Loaded && kernel.Driver.DriverUnload != nullptr) {
         kernel.Driver.DriverUnload(&kernel.Driver);
         kernel.Loaded = false;
@@ -213,7 +167,7 @@ void Unload() {
 }
 
 void UnloadIfUnused() {
-    if (!Here().Started && Here().Files.empty()) {
+    if (!KernelHere().Started && KernelHere().Files.empty()) {
         Unload();
     }
 }
@@ -221,21 +175,21 @@ void UnloadIfUnused() {
 } // namespace
 
 std::uint32_t KernelDriverStart() {
-    if (Here().Files.empty()) {
+    if (KernelHere().Files.empty()) {
         Unload(); // another process has stopped it since
     }
     const NTSTATUS status = Load();
-    Here().Started = Here().Started || NT_SUCCESS(status);
+    KernelHere().Started = KernelHere().Started || NT_SUCCESS(status);
     return ErrorOf(status);
 }
 
 void KernelDriverStop() {
-    Here().Started = false;
+    KernelHere().Started = false;
     UnloadIfUnused();
 }
 
 std::uint32_t KernelFileOpen(const std::string& name, std::uint32_t access, bool administrator, void** file) {
-    Kernel& kernel = Here();
+    KernelState& kernel = KernelHere();
     if (!kernel.Loaded) {
         if (const NTSTATUS status = Load(); !NT_SUCCESS(status)) {
             return ErrorOf(status);
@@ -244,7 +198,7 @@ std::uint32_t KernelFileOpen(const std::string& name, std::uint32_t access, bool
     const std::string link = "\\dosdevices\\" + Lower(name);
     const auto found =
         std::find_if(kernel.Links.begin(), kernel.Links.end(), [&link](const auto& one) { return one.first == link; });
-    Device* const device = found == kernel.Links.end() ? nullptr : DeviceFind(found->second);
+    KernelDevice* const device = found == kernel.Links.end() ? nullptr : DeviceFind(found->second);
     NTSTATUS status = STATUS_OBJECT_NAME_NOT_FOUND;
     if (device != nullptr) {
         IO_SECURITY_CONTEXT security{FileRights(access)};
@@ -266,7 +220,7 @@ std::uint32_t KernelFileOpen(const std::string& name, std::uint32_t access, bool
 }
 
 void KernelFileClose(void* file) {
-    Kernel& kernel = Here();
+    KernelState& kernel = KernelHere();
     const auto found =
         std::find_if(kernel.Files.begin(), kernel.Files.end(), [file](const auto& one) { return &one == file; });
     if (found == kernel.Files.end()) {
@@ -279,8 +233,8 @@ void KernelFileClose(void* file) {
 }
 
 void KernelFilesClose() {
-    while (!Here().Files.empty()) {
-        KernelFileClose(&Here().Files.front());
+    while (!KernelHere().Files.empty()) {
+        KernelFileClose(&KernelHere().Files.front());
     }
 }
 
@@ -329,22 +283,22 @@ std::uint32_t KernelControl(void* file, std::uint32_t code, const void* input, s
 }
 
 void KernelForget() {
-    Here() = Kernel{};
+    KernelHere() = KernelState{};
     MemoryAllocated() = AllocatedMemory{};
 }
 
 std::vector<std::string> KernelLeftovers() {
-    const Kernel& kernel = Here();
+    const KernelState& kernel = KernelHere();
     std::vector<std::string> lines;
     if (!kernel.Loaded) {
-        for (const Device& device : kernel.Devices) {
+        for (const KernelDevice& device : kernel.Devices) {
             lines.push_back("kernel device " + device.Name);
         }
         for (const auto& [name, device] : kernel.Links) {
             lines.push_back("kernel link " + name);
         }
     }
-    for (const Device* device : kernel.ObjectHandles) {
+    for (const KernelDevice* device : kernel.ObjectHandles) {
         lines.push_back("kernel handle of " + device->Name);
     }
     if (!MemoryAllocated().Data.empty()) {
@@ -354,141 +308,3 @@ std::vector<std::string> KernelLeftovers() {
 }
 
 } // namespace StandIn
-
-using namespace StandIn;
-
-NTSTATUS NTAPI IoCreateDevice(PDRIVER_OBJECT DriverObject, ULONG, PUNICODE_STRING DeviceName, DEVICE_TYPE,
-                              ULONG DeviceCharacteristics, BOOLEAN, PDEVICE_OBJECT* DeviceObject) {
-    if (Fails(Named("IoCreateDevice"))) {
-        return STATUS_INSUFFICIENT_RESOURCES;
-    }
-    const std::string name = NameFrom(DeviceName);
-    if (DeviceFind(name) != nullptr) {
-        return STATUS_OBJECT_NAME_COLLISION;
-    }
-    Device& device = Here().Devices.emplace_back();
-    device.Name = name;
-    device.Object.DriverObject = DriverObject;
-    device.Object.Characteristics = DeviceCharacteristics;
-    device.Object.NextDevice = DriverObject->DeviceObject;
-    DriverObject->DeviceObject = &device.Object;
-    *DeviceObject = &device.Object;
-    return STATUS_SUCCESS;
-}
-
-void NTAPI IoDeleteDevice(PDEVICE_OBJECT DeviceObject) {
-    PDEVICE_OBJECT* next = &DeviceObject->DriverObject->DeviceObject;
-    while (*next != nullptr && *next != DeviceObject) {
-        next = &(*next)->NextDevice;
-    }
-    if (*next == nullptr) {
-        BugCheck("deleted a device that it doesn't have");
-    }
-    *next = DeviceObject->NextDevice;
-    Here().Devices.remove_if([DeviceObject](const Device& one) { return &one.Object == DeviceObject; });
-}
-
-NTSTATUS NTAPI IoCreateSymbolicLink(PUNICODE_STRING SymbolicLinkName, PUNICODE_STRING DeviceName) {
-    if (Fails(Named("IoCreateSymbolicLink"))) {
-        return STATUS_INSUFFICIENT_RESOURCES;
-    }
-    const Device* const device = DeviceFind(NameFrom(DeviceName));
-    // A name that programs know makes the device theirs to open: who may do so has to be settled by then.
-    if (device == nullptr || device->Descriptor.empty() ||
-        (device->Object.Characteristics & FILE_DEVICE_SECURE_OPEN) == 0) {
-        BugCheck("made a name for a device that isn't guarded");
-    }
-    Here().Links.emplace_back(NameFrom(SymbolicLinkName), device->Name);
-    return STATUS_SUCCESS;
-}
-
-NTSTATUS NTAPI IoDeleteSymbolicLink(PUNICODE_STRING SymbolicLinkName) {
-    const std::string name = NameFrom(SymbolicLinkName);
-    Here().Links.remove_if([&name](const auto& one) { return one.first == name; });
-    return STATUS_SUCCESS;
-}
-
-void NTAPI IoCompleteRequest(PIRP Irp, CCHAR) {
-    ++Irp->Completions;
-}
-
-void NTAPI KeInitializeMutex(PRKMUTEX Mutex, ULONG) {
-    Mutex->Taken = 0;
-}
-
-// Everything here runs in one thread, so that a mutex is free whenever the driver is entered.
-NTSTATUS NTAPI KeWaitForSingleObject(PVOID Object, KWAIT_REASON, KPROCESSOR_MODE, BOOLEAN, PLARGE_INTEGER) {
-    if (static_cast<PRKMUTEX>(Object)->Taken++ != 0) {
-        BugCheck("waits for a mutex that it holds");
-    }
-    ++Here().MutexesTaken;
-    return STATUS_SUCCESS;
-}
-
-LONG NTAPI KeReleaseMutex(PRKMUTEX Mutex, BOOLEAN) {
-    if (Mutex->Taken-- != 1) {
-        BugCheck("releases a mutex that it doesn't hold");
-    }
-    --Here().MutexesTaken;
-    return 0;
-}
-
-NTSTATUS NTAPI KeDelayExecutionThread(KPROCESSOR_MODE, BOOLEAN, PLARGE_INTEGER) {
-    return STATUS_SUCCESS;
-}
-
-PVOID NTAPI MmMapLockedPagesSpecifyCache(PMDL MemoryDescriptorList, KPROCESSOR_MODE, MEMORY_CACHING_TYPE, PVOID, ULONG,
-                                         ULONG) {
-    if (Fails(Named("MmMapLockedPagesSpecifyCache"))) {
-        return nullptr;
-    }
-    MemoryDescriptorList->MdlFlags |= MDL_MAPPED_TO_SYSTEM_VA;
-    return MemoryDescriptorList->MappedSystemVa = MemoryDescriptorList->StartVa;
-}
-
-NTSTATUS NTAPI ObOpenObjectByPointer(PVOID Object, ULONG, PACCESS_STATE, ACCESS_MASK DesiredAccess, POBJECT_TYPE,
-                                     KPROCESSOR_MODE, PHANDLE Handle) {
-    if (Fails(Named("ObOpenObjectByPointer"))) {
-        return STATUS_INSUFFICIENT_RESOURCES;
-    }
-    for (Device& device : Here().Devices) {
-        if (&device.Object == Object && DesiredAccess == WRITE_DAC) {
-            Here().ObjectHandles.push_back(&device);
-            *Handle = &device;
-            return STATUS_SUCCESS;
-        }
-    }
-    return STATUS_ACCESS_DENIED;
-}
-
-NTSTATUS NTAPI ZwSetSecurityObject(HANDLE Handle, SECURITY_INFORMATION SecurityInformation,
-                                   PSECURITY_DESCRIPTOR SecurityDescriptor) {
-    if (Fails(Named("ZwSetSecurityObject")) || SecurityInformation != DACL_SECURITY_INFORMATION) {
-        return STATUS_ACCESS_DENIED;
-    }
-    const auto& handles = Here().ObjectHandles;
-    const auto found = std::find(handles.begin(), handles.end(), Handle);
-    if (found == handles.end()) {
-        return STATUS_UNSUCCESSFUL;
-    }
-    // Its size is that of its parts: the head of 20 bytes, and the list behind it.
-    const auto* const bytes = static_cast<const std::uint8_t*>(SecurityDescriptor);
-    constexpr std::size_t head = 20;
-    const std::size_t list = bytes[16];
-    if (list != head) {
-        BugCheck("gave a security descriptor whose list stands elsewhere");
-    }
-    (*found)->Descriptor.assign(bytes,
-                                bytes + head + static_cast<std::size_t>(bytes[head + 2] | bytes[head + 3] << 8U));
-    return STATUS_SUCCESS;
-}
-
-NTSTATUS NTAPI ZwClose(HANDLE Handle) {
-    auto& handles = Here().ObjectHandles;
-    const auto found = std::find(handles.begin(), handles.end(), Handle);
-    if (found == handles.end()) {
-        BugCheck("closed a handle that isn't open");
-    }
-    handles.erase(found);
-    return STATUS_SUCCESS;
-}

@@ -2,7 +2,6 @@
 // driver takes on a real machine.
 #include "Lib/Platform/StandIn/Faults.h"
 #include "Lib/Platform/StandIn/FirmwareModel.h"
-#include "Lib/Platform/StandIn/Kernel.h"
 #include "Lib/Platform/StandIn/Memory.h"
 #include "driver/Hardware.h"
 
