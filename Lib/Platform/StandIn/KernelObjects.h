@@ -1,5 +1,5 @@
-// What the stand-in's kernel holds, beneath the operations that the helper driver calls of it. It watches over the driver:
-// one that breaks the kernel's rules ends the process, as it would end Windows.
+// What the stand-in's kernel holds, beneath the operations that the helper driver calls of it. It watches over the
+// driver: one that breaks the kernel's rules ends the process, as it would end Windows.
 #pragma once
 
 #include "Lib/Platform/StandIn/Machine.h"
