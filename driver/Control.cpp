@@ -26,11 +26,6 @@ struct CommunicationBuffer {
 constinit CommunicationBuffer Buffer{};
 constinit ULONG RootTable = 0; // 0 until one is found
 
-ULONG Number(const UCHAR* bytes) {
-    return bytes[0] | static_cast<ULONG>(bytes[1]) << 8 | static_cast<ULONG>(bytes[2]) << 16 |
-           static_cast<ULONG>(bytes[3]) << 24;
-}
-
 void Copy(UCHAR* to, const UCHAR* from, ULONG length) {
     for (ULONG place = 0; place < length; ++place) {
         to[place] = from[place];

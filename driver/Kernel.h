@@ -1,4 +1,4 @@
-// What the driver calls of the kernel.
+// What the driver calls of the kernel, and what its sources share.
 #pragma once
 
 #ifdef __MINGW32__
@@ -22,6 +22,12 @@ namespace RyxDriver {
 // A literal as the kernel takes names.
 template <USHORT Size> constexpr UNICODE_STRING NameOf(const WCHAR (&text)[Size]) {
     return {(Size - 1) * sizeof(WCHAR), Size * sizeof(WCHAR), const_cast<WCHAR*>(text)};
+}
+
+// A little-endian number of four bytes, wherever it stands.
+inline ULONG Number(const UCHAR* bytes) {
+    return bytes[0] | static_cast<ULONG>(bytes[1]) << 8 | static_cast<ULONG>(bytes[2]) << 16 |
+           static_cast<ULONG>(bytes[3]) << 24;
 }
 
 } // namespace RyxDriver

@@ -28,11 +28,6 @@ constexpr ULONG PieceStep = 0x4000;
 constexpr ULONG PieceSize = PieceStep + HeaderSize - 1;
 constinit UCHAR Piece[PieceSize];
 
-ULONG Number(const UCHAR* bytes) {
-    return bytes[0] | static_cast<ULONG>(bytes[1]) << 8 | static_cast<ULONG>(bytes[2]) << 16 |
-           static_cast<ULONG>(bytes[3]) << 24;
-}
-
 bool Signed(const UCHAR* bytes, const char* signature) {
     for (ULONG place = 0; place < SignatureSize; ++place) {
         if (bytes[place] != static_cast<UCHAR>(signature[place])) {

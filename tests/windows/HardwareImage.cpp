@@ -120,11 +120,6 @@ struct Line {
     }
 };
 
-ULONG Number(const UCHAR* bytes) {
-    return bytes[0] | static_cast<ULONG>(bytes[1]) << 8 | static_cast<ULONG>(bytes[2]) << 16 |
-           static_cast<ULONG>(bytes[3]) << 24;
-}
-
 NTSTATUS NTAPI ControlLogged(DEVICE_OBJECT* device, IRP* irp) {
     const auto& asked = IoGetCurrentIrpStackLocation(irp)->Parameters.DeviceIoControl;
     const auto* const input = static_cast<const UCHAR*>(irp->AssociatedIrp.SystemBuffer);
@@ -133,7 +128,7 @@ NTSTATUS NTAPI ControlLogged(DEVICE_OBJECT* device, IRP* irp) {
     line.Number(asked.IoControlCode);
     line.Number(asked.InputBufferLength);
     line.Number(asked.OutputBufferLength);
-    line.Number(asked.InputBufferLength >= 4 && input != nullptr ? Number(input) : 0);
+    line.Number(asked.InputBufferLength >= 4 && input != nullptr ? RyxDriver::Number(input) : 0);
     const NTSTATUS status = ControlServe(device, irp); // the request is gone afterwards
     line.Number(static_cast<ULONG>(status));
     line.Log();
