@@ -23,9 +23,10 @@ RyxStatus RyxBinMake(const void* bytes, std::uint32_t size, RyxBin** bin) {
     if (bin == nullptr) {
         return RyxErrorArgument;
     }
-    void* const block = size > std::numeric_limits<std::size_t>::max() - sizeof(RyxBin)
+    const std::size_t length = size;
+    void* const block = length > std::numeric_limits<std::size_t>::max() - sizeof(RyxBin)
                             ? nullptr
-                            : ::operator new(sizeof(RyxBin) + size, std::nothrow);
+                            : ::operator new(sizeof(RyxBin) + length, std::nothrow);
     if (block == nullptr) {
         return RyxErrorMemory;
     }
