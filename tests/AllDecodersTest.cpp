@@ -62,7 +62,7 @@ Machine MachineOf(const Bytes& table) {
 std::string FieldAlone(std::uint8_t type, int field) {
     ViewerFieldSelected = field;
     ViewerFieldCounter = 0;
-    const std::string shown = Captured([type] { (*StructDecoderTable[type])(); });
+    std::string shown = Captured([type] { (*StructDecoderTable[type])(); });
     ViewerBinsRelease();
     return shown;
 }
