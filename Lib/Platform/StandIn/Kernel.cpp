@@ -6,12 +6,8 @@
 #include "driver/Kernel.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <list>
 #include <memory>
-#include <utility>
 
 namespace StandIn {
 
