@@ -66,6 +66,7 @@ public:
         if (Process == 0) {
             dup2(output[1], STDOUT_FILENO);
             dup2(errors[1], STDERR_FILENO);
+            SignalsAsAtLogin();
             setenv("QUARRINET_MACHINE", machine.c_str(), 1);
             prepare();
             execl(QUARRINET_PROGRAM, QUARRINET_PROGRAM, "/type", nullptr);

@@ -9,6 +9,7 @@
 #include "viewer/ViewerMain.h"
 #include "viewer/ViewerState.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -104,4 +105,10 @@ Ran RunProgram(const std::vector<std::string>& arguments, const std::string& mac
     close(output);
     close(errors);
     return ran;
+}
+
+void SignalsAsAtLogin() {
+    for (const int number : {SIGHUP, SIGINT, SIGPIPE, SIGQUIT, SIGTERM}) {
+        std::signal(number, SIG_DFL);
+    }
 }

@@ -41,3 +41,7 @@ struct Ran {
 // Runs the program with arguments on the machine that `machine` chooses (the value of QUARRINET_MACHINE), in a folder.
 Ran RunProgram(const std::vector<std::string>& arguments, const std::string& machine = "sample",
                const std::string& folder = "");
+
+// In a new process: lets the signals that end a program do so, even where who started the tests had them ignored, as
+// nohup and a shell's background do.
+void SignalsAsAtLogin();

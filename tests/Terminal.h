@@ -33,6 +33,7 @@ public:
         Process = fork();
         if (Process == 0) {
             close(Master);
+            SignalsAsAtLogin();
             if (keyboard) {
                 login_tty(slave);
             } else {
