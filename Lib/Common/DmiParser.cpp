@@ -10,6 +10,10 @@
 #include <cstring>
 #include <limits>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace {
 
 constexpr std::uint32_t ExaminedLimit = 128;
@@ -181,57 +185,72 @@ bool KindLength(DmiKind kind, std::uint32_t* length) {
     return true;
 }
 
-// A machine word of a table's bytes, the first one lowest: machines with these tables are little-endian.
-std::size_t WordAt(const std::uint8_t* bytes) {
-    std::size_t word = 0;
-    std::memcpy(&word, bytes, sizeof word);
-    return word;
+// Bytes are looked at by the piece, each of which gives marks: one for each byte that is zero together with the byte
+// behind it, the first one lowest. Above the first mark there may be more than that.
+#if defined(__SSE2__)
+using Marks = std::uint32_t;
+constexpr std::size_t PieceSize = 16;
+constexpr unsigned MarkBits = 1; // for each byte
+
+Marks MarksOf(const std::uint8_t* bytes) {
+    const __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+    const __m128i second = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + 1));
+    const __m128i zeros = _mm_cmpeq_epi8(_mm_or_si128(first, second), _mm_setzero_si128());
+    return static_cast<Marks>(_mm_movemask_epi8(zeros));
+}
+#else
+using Marks = std::size_t;
+constexpr std::size_t PieceSize = sizeof(Marks);
+constexpr unsigned MarkBits = 8;
+
+// Machines with these tables are little-endian: the first byte is a word's lowest.
+Marks MarksOf(const std::uint8_t* bytes) {
+    constexpr Marks ones = ~Marks{0} / 0xFF;
+    Marks first = 0;
+    Marks second = 0;
+    std::memcpy(&first, bytes, sizeof first);
+    std::memcpy(&second, bytes + 1, sizeof second);
+    const Marks both = first | second;
+    return (both - ones) & ~both & ones << 7;
+}
+#endif
+
+// The place behind the two zero bytes that the first mark tells of, which is among `Count` marks from `First` on. Every
+// place has a branch of its own and is a constant behind it: see SetEnd.
+template <unsigned First, unsigned Count>
+[[gnu::always_inline]] inline std::size_t PairEnd(Marks marks, std::size_t at) {
+    if constexpr (Count == 1) {
+        return at + First + 2;
+    } else {
+        constexpr unsigned half = Count / 2;
+        constexpr Marks lower = ((Marks{1} << half * MarkBits) - 1) << First * MarkBits;
+        const bool inLower = (marks & lower) != 0;
+        if (inLower) {
+            asm volatile(""); // here and below, or the compiler computes the place
+            return PairEnd<First, half>(marks, at);
+        }
+        asm volatile("");
+        return PairEnd<First + half, half>(marks, at);
+    }
 }
 
 } // namespace
 
-// A walk spends its time here, and most of that in branches that were not foreseen. A word takes one branch, which is
-// taken where the set goes on. In the word that ends the set, every place has a branch of its own and gives the next
-// structure's as a constant: nothing there waits for the bytes, and the branches tell later ones apart.
+// A walk spends its time here, and would spend most of that waiting for bytes or on branches that were not foreseen. A
+// piece takes one branch. In the piece that ends the set, branches lead to the place and none is computed, so that the
+// processor is at the next structure before the bytes have come; and of two pieces only the second moves the place on.
 inline std::size_t DmiStruct::SetEnd() const {
-    constexpr std::size_t step = sizeof(std::size_t);
-    constexpr std::size_t ones = ~std::size_t{0} / 0xFF;
-    constexpr std::size_t highs = ones << 7;
     const std::uint8_t* const bytes = Table.data();
-    const std::size_t wordsEnd = Table.size() - std::min(Table.size(), step); // a word and a byte fit before it
+    const std::size_t piecesEnd = Table.size() - std::min(Table.size(), 2 * PieceSize); // before it, two and a byte fit
     std::size_t at = Place + FormattedLength();
-    for (; at < wordsEnd; at += step) {
-        // A zero byte of this is one that is zero together with the byte behind it.
-        const std::size_t both = WordAt(bytes + at) | WordAt(bytes + at + 1);
-        if (((both - ones) & highs) != 0) [[unlikely]] { // a zero byte, or one above 80h
-            // Marks the first zero byte, and perhaps bytes above it.
-            const std::size_t zeros = (both - ones) & ~both & highs;
-            if ((zeros & 0x80) != 0) {
-                return at + 2;
-            }
-            if ((zeros & 0x8000) != 0) {
-                return at + 3;
-            }
-            if ((zeros & 0x800000) != 0) {
-                return at + 4;
-            }
-            if ((zeros & 0x80000000) != 0) {
-                return at + 5;
-            }
-            if constexpr (step == 8) {
-                if ((zeros >> 32 & 0x80) != 0) {
-                    return at + 6;
-                }
-                if ((zeros >> 32 & 0x8000) != 0) {
-                    return at + 7;
-                }
-                if ((zeros >> 32 & 0x800000) != 0) {
-                    return at + 8;
-                }
-                if ((zeros >> 32 & 0x80000000) != 0) {
-                    return at + 9;
-                }
-            }
+    for (; at < piecesEnd; at += 2 * PieceSize) {
+        const Marks first = MarksOf(bytes + at);
+        if (first != 0) [[unlikely]] {
+            return PairEnd<0, PieceSize>(first, at);
+        }
+        const Marks second = MarksOf(bytes + at + PieceSize);
+        if (second != 0) [[unlikely]] {
+            return PairEnd<0, PieceSize>(second, at + PieceSize);
         }
     }
     for (; at + 1 < Table.size(); ++at) {
