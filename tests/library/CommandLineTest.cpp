@@ -242,13 +242,15 @@ TEST_F(CommandLine, NumbersAreDecimalAndWrap) {
     }
 }
 
-TEST(CommandList, HasOneMode) {
+TEST(CommandList, HasOneModeAndTextsOf63Characters) {
     LibraryReset();
-    RyxArgCommandRegister("one", "", "", "");
+    const std::string text(64, 't');
+    RyxArgCommandRegister("one", text.c_str(), "", text.c_str());
     RyxStatus status = RyxOk;
     EXPECT_EQ(Captured([&status] { status = RyxArgHelpPrint(2); }), "");
     EXPECT_EQ(status, RyxErrorUnsupported);
-    Captured([&status] { status = RyxArgHelpPrint(1); });
+    const std::string kept(63, 't');
+    EXPECT_EQ(Captured([&status] { status = RyxArgHelpPrint(1); }), "one      " + kept + ' ' + kept + '\n');
     EXPECT_EQ(status, RyxOk);
     LibraryReset();
 }

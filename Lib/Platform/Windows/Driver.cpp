@@ -102,8 +102,13 @@ bool DriverLeave() {
 // Appends a backslash and the file name to a folder's path; false when they don't fit.
 bool FileNameAppend(char (&path)[PathCapacity], const char* name) {
     const std::size_t length = std::strlen(path);
-    const int added = std::snprintf(path + length, PathCapacity - length, "\\%s", name);
-    return added >= 0 && static_cast<std::size_t>(added) < PathCapacity - length;
+    const std::size_t nameSize = std::strlen(name) + 1;
+    if (length + 1 + nameSize > PathCapacity) {
+        return false;
+    }
+    path[length] = '\\';
+    std::memcpy(path + length + 1, name, nameSize);
+    return true;
 }
 
 // Writes the driver that the program carries to the temporary folder, or else beside the executable, and holds it:

@@ -80,6 +80,10 @@ typedef struct _UNICODE_STRING {
 } UNICODE_STRING, *PUNICODE_STRING;
 
 typedef union _LARGE_INTEGER {
+    struct {
+        ULONG LowPart;
+        LONG HighPart;
+    } u;
     LONGLONG QuadPart;
 } LARGE_INTEGER, *PLARGE_INTEGER, PHYSICAL_ADDRESS;
 
@@ -180,6 +184,20 @@ PVOID NTAPI MmMapLockedPagesSpecifyCache(PMDL MemoryDescriptorList, KPROCESSOR_M
                                          ULONG Priority);
 
 NTSTATUS NTAPI ZwClose(HANDLE Handle);
+
+// Only the driver that ships calls these, which reaches the machine through them; the stand-in has no answer of its
+// own.
+PVOID NTAPI MmMapIoSpace(PHYSICAL_ADDRESS PhysicalAddress, std::size_t NumberOfBytes, MEMORY_CACHING_TYPE CacheType);
+void NTAPI MmUnmapIoSpace(PVOID BaseAddress, std::size_t NumberOfBytes);
+PVOID NTAPI MmAllocateContiguousMemorySpecifyCache(std::size_t NumberOfBytes, PHYSICAL_ADDRESS LowestAcceptableAddress,
+                                                   PHYSICAL_ADDRESS HighestAcceptableAddress,
+                                                   PHYSICAL_ADDRESS BoundaryAddressMultiple,
+                                                   MEMORY_CACHING_TYPE CacheType);
+void NTAPI MmFreeContiguousMemorySpecifyCache(PVOID BaseAddress, std::size_t NumberOfBytes,
+                                              MEMORY_CACHING_TYPE CacheType);
+PHYSICAL_ADDRESS NTAPI MmGetPhysicalAddress(PVOID BaseAddress);
+PVOID NTAPI MmGetSystemRoutineAddress(PUNICODE_STRING SystemRoutineName);
+void NTAPI ExFreePool(PVOID P);
 }
 
 inline PIO_STACK_LOCATION IoGetCurrentIrpStackLocation(PIRP Irp) {
