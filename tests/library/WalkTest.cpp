@@ -51,12 +51,13 @@ TEST(Walk, StepsOverStringSetsToTheLastStructure) {
     EXPECT_FALSE(DmiStruct{{}}.Exists());
 }
 
-// The set's bytes are looked at by words; every place of the two zeros in a word, and what looks like them, comes up.
+// The set's bytes are looked at by the piece; every place of the two zeros in a piece, and what looks like them, comes
+// up.
 TEST(Walk, TheNextStructureFollowsTheFirstTwoZeros) {
     std::mt19937 random(20261122);
     for (int round = 0; round < 20000; ++round) {
         Bytes table{11, 4, 0, 0};
-        const std::size_t length = random() % 40;
+        const std::size_t length = random() % 120;
         for (std::size_t i = 0; i < length; ++i) {
             const std::size_t pick = random() % (round % 2 == 0 ? 4 : 12);
             table.push_back(pick < 4 ? Bytes{0, 1, 0x80, 0xFF}[pick] : 'a');
