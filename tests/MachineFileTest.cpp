@@ -1,16 +1,19 @@
 // Tests of the machines that a user can choose: machine files, dumps, folders, this computer and the sample.
 #include "Lib/Platform/StandIn/MachineTables.h"
+#include "Lib/Platform/StandIn/Memory.h"
 #include "tests/Support.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
 #include <map>
 #include <numeric>
 #include <optional>
+#include <regex>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -18,21 +21,13 @@ using namespace StandIn;
 
 namespace {
 
-// The byte that physical memory holds at an address.
-std::uint8_t MemoryByte(const Machine& machine, std::uint64_t address) {
-    for (auto region = machine.Memory.rbegin(); region != machine.Memory.rend(); ++region) {
-        if (address >= region->Address && address - region->Address < region->Data.size()) {
-            return region->Data[address - region->Address];
-        }
-    }
-    return 0xFF;
-}
-
+// What physical memory holds at an address.
 std::string MemoryText(const Machine& machine, std::uint64_t address, std::size_t size) {
-    std::string text;
-    for (std::size_t place = 0; place < size; ++place) {
-        text += static_cast<char>(MemoryByte(machine, address + place));
-    }
+    Machine other;
+    other.Memory = machine.Memory;
+    MachineSet(other);
+    std::string text(size, 0);
+    MemoryRead(address, size, reinterpret_cast<std::uint8_t*>(text.data()));
     return text;
 }
 
@@ -72,35 +67,29 @@ TEST(MachineFile, EveryKeyIsUnderstood) {
     const TemporaryFolder folder;
     folder.Write("two.bin", "\x12\x34");
     folder.Write("rsmb.bin", "answer");
-    const std::string lines = "# a machine\n"
-                              "\n"
-                              "  memory 0xF0000=two.bin\n"
-                              "memory 0x00000000fffffffe = two.bin\n"
-                              "firmware-table RSMB = rsmb.bin\n"
-                              "firmware-table ACPI/UEFI = two.bin\n"
-                              "firmware-table ACPI/RSDT = " +
-                              folder.Path +
-                              "/rsmb.bin\n"
-                              "firmware-table missing = yes\n"
-                              "administrator = yes\n"
-                              "administrator = no\n"
-                              "processors = 12\n"
-                              "windows = 6.1\n"
-                              "wow64 = unknown\n"
-                              "console = 132x50\n"
-                              "state = kept/here\n"
-                              "firmware = smi\n"
-                              "firmware-refuses nologo = yes\n"
-                              "firmware-refuses type = yes\n"
-                              "fail = GetSystemFirmwareTable\n"
-                              "fail = DeviceIoControl@7\n"
-                              "fail = DeviceIoControl 0x222182 @ 2\n"
-                              "fail = DeviceIoControl 22218A";
-    std::string withReturns;
-    for (const char character : lines) {
-        withReturns += character == '\n' ? "\r\n" : std::string(1, character);
-    }
-    for (const std::string& content : {lines, withReturns}) {
+    const std::string absolute = "firmware-table ACPI/RSDT = " + folder.Path + "/rsmb.bin\n";
+    const std::string lines = absolute + "# a machine\n"
+                                         "\n"
+                                         "  memory 0xF0000=two.bin\n"
+                                         "memory 0x00000000fffffffe = two.bin\n"
+                                         "firmware-table RSMB = rsmb.bin\n"
+                                         "firmware-table ACPI/UEFI = two.bin\n"
+                                         "firmware-table missing = yes\n"
+                                         "administrator = yes\n"
+                                         "administrator = no\n"
+                                         "processors = 12\n"
+                                         "windows = 6.1\n"
+                                         "wow64 = unknown\n"
+                                         "console = 132x50\n"
+                                         "state = kept/here\n"
+                                         "firmware = smi\n"
+                                         "firmware-refuses nologo = yes\n"
+                                         "firmware-refuses type = yes\n"
+                                         "fail = GetSystemFirmwareTable\n"
+                                         "fail = DeviceIoControl@7\n"
+                                         "fail = DeviceIoControl 0x222182 @ 2\n"
+                                         "fail = DeviceIoControl 22218A";
+    for (const std::string& content : {lines, std::regex_replace(lines, std::regex("\n"), "\r\n")}) {
         const Machine machine = Usable(folder.Write("machine.txt", content));
         ASSERT_EQ(machine.Memory.size(), 2U);
         EXPECT_EQ(machine.Memory[1].Address, 0xFFFFFFFEU);
@@ -193,7 +182,6 @@ TEST(MachineFile, ErrorsNameTheFileAndTheLine) {
 TEST(MachineFile, ExplicitKeysWinOverTables) {
     const TemporaryFolder folder;
     folder.Write("small.dmp", Dump(true, 0x20, 6, SmallTable));
-    folder.Write("other.dmp", Dump(false, 0x20, 6, SmallTable));
     folder.Write("one.bin", "!");
     folder.Write("rsmb.bin", "answer");
     const std::string explicitKeys = "memory 0x22 = one.bin\nmemory 0xF0001 = one.bin\n";
@@ -209,9 +197,6 @@ TEST(MachineFile, ExplicitKeysWinOverTables) {
     EXPECT_EQ(Usable(folder.Write("machine.txt", answer + tables)).SmbiosTable->size(), 6U);
     EXPECT_FALSE(Usable(folder.Write("machine.txt", answer + none + tables)).SmbiosTable);
     EXPECT_EQ(Usable(folder.Write("machine.txt", none + answer)).SmbiosTable->size(), 6U);
-    const Machine other = Usable(folder.Write("machine.txt", "tables = other.dmp"));
-    EXPECT_TRUE(other.Memory.empty());
-    EXPECT_EQ(other.SmbiosTable->size(), 14U);
 }
 
 TEST(MachineDump, TablesAreCutToWhatTheFileHolds) {
@@ -239,11 +224,10 @@ TEST(MachineDump, TablesAreCutToWhatTheFileHolds) {
             expected.insert(expected.end(), first, first + static_cast<std::ptrdiff_t>(item.Size));
             EXPECT_EQ(machine.SmbiosTable, expected) << item.Offset << ' ' << item.StatedLength;
             if (legacy) {
-                EXPECT_EQ(MemoryText(machine, item.Offset, item.Size),
-                          std::string(expected.begin() + 8, expected.end()));
-                EXPECT_EQ(MemoryByte(machine, item.Offset + item.Size), 0xFF);
-                EXPECT_EQ(MemoryText(machine, 0xF0000, 5), "_SM_" + std::string(1, MemoryByte(machine, 0xF0004)));
-                EXPECT_EQ(MemoryByte(machine, 0xF0000 + 31), 0xFF);
+                EXPECT_EQ(MemoryText(machine, item.Offset, item.Size + 1),
+                          std::string(expected.begin() + 8, expected.end()) + '\xFF');
+                EXPECT_EQ(MemoryText(machine, 0xF0000, 4), "_SM_");
+                EXPECT_EQ(MemoryText(machine, 0xF0000 + 31, 1), "\xFF");
             } else {
                 EXPECT_TRUE(machine.Memory.empty());
             }
@@ -284,6 +268,11 @@ struct WithoutRights {
     WithoutRights() { EXPECT_TRUE(geteuid() != 0 || seteuid(65534) == 0); }
     ~WithoutRights() { EXPECT_EQ(seteuid(getuid()), 0); }
 };
+
+std::string RefusalWithoutRights(const std::string& choice) {
+    const WithoutRights here;
+    return Refusal(choice);
+}
 
 TEST(MachineChoice, FoldersAndThisComputer) {
     const TemporaryFolder folder;
@@ -326,10 +315,7 @@ TEST(MachineChoice, FoldersAndThisComputer) {
             computer(folder.Path, orSample, "", entry + ": Permission denied; running without administrator rights");
         EXPECT_FALSE(machine.Administrator || machine.SmbiosTable);
     }
-    {
-        const WithoutRights here;
-        EXPECT_EQ(Refusal(folder.Path), entry + ": Permission denied") << "of a copy that is no computer";
-    }
+    EXPECT_EQ(RefusalWithoutRights(folder.Path), entry + ": Permission denied") << "of a copy that is no computer";
     chmod(entry.c_str(), 0600);
     folder.Write("smbios_entry_point", "_SM4_");
     const std::string neither = entry + ": the entry point begins with neither _SM_ nor _SM3_";
@@ -406,39 +392,40 @@ TEST(MachineState, AFolderThatCantBeUsedIsNamed) {
     const TemporaryFolder folder;
     const std::string machine = folder.Write("machine.txt", "state = kept");
     const std::string kept = folder.Path + "/kept/";
-    const std::string head = "quarrinet-machine-state 1\n";
-    const auto fifo = [](const std::string& path) { EXPECT_EQ(mkfifo(path.c_str(), 0600), 0); };
+    const std::string fault = machine + ":1: state: " + kept;
+    using Making = std::function<void(const std::string& path)>;
+    const Making fifo = [](const std::string& path) { EXPECT_EQ(mkfifo(path.c_str(), 0600), 0); };
+    const Making subfolder = [](const std::string& path) { std::filesystem::create_directory(path); };
+    const Making loop = [](const std::string& path) { std::filesystem::create_symlink(path, path); };
+    const auto state = [](const std::string& lines) {
+        return [=](const std::string& path) { std::ofstream(path) << "quarrinet-machine-state 1\n" << lines; };
+    };
+    const Making huge = [&](const std::string& path) {
+        state("")(path);
+        std::filesystem::resize_file(path, (16U << 20) + 1);
+    };
     const struct {
         const char* File;
-        std::function<void(const std::string& path)> Make;
-        std::string Fault;
+        Making Make;
+        const char* Fault;
     } cases[] = {
-        {"lock", [](const std::string& path) { std::filesystem::create_directory(path); }, ": Is a directory"},
+        {"lock", subfolder, ": Is a directory"},
         {"lock", fifo, ": not a regular file"},
         {"state", fifo, ": not a regular file"},
         {"state.new", fifo, ": not a regular file"},
         {"mutex-Tool.owner", fifo, ": not a regular file"},
-        {"state", [](const std::string& path) { std::filesystem::create_directory(path); }, ": not a regular file"},
-        {"state", [&](const std::string&) { folder.Write("kept/state", "notes\n"); }, ": not the state of a machine"},
-        {"state", [&](const std::string&) { folder.Write("kept/state", head + "key a\nkey %2\n"); },
-         ":3: not a line of a machine's state"},
-        {"state", [&](const std::string&) { folder.Write("kept/state", head + "service a b 2 0\n"); },
-         ":2: not a line of a machine's state"},
-        {"state", [&](const std::string&) { folder.Write("kept/state", head + "service a b 1 0 3\n"); },
-         ":2: not a line of a machine's state"},
-        {"state",
-         [&](const std::string& path) {
-             folder.Write("kept/state", head);
-             std::filesystem::resize_file(path, (16U << 20) + 1);
-         },
-         ": File too large"},
-        {"state", [](const std::string& path) { std::filesystem::create_symlink(path, path); },
-         ": Too many levels of symbolic links"},
+        {"state", subfolder, ": not a regular file"},
+        {"state", [](const std::string& path) { std::ofstream(path) << "notes\n"; }, ": not the state of a machine"},
+        {"state", state("key a\nkey %2\n"), ":3: not a line of a machine's state"},
+        {"state", state("service a b 2 0\n"), ":2: not a line of a machine's state"},
+        {"state", state("service a b 1 0 3\n"), ":2: not a line of a machine's state"},
+        {"state", huge, ": File too large"},
+        {"state", loop, ": Too many levels of symbolic links"},
     };
     for (const auto& test : cases) {
         std::filesystem::create_directory(kept);
         test.Make(kept + test.File);
-        EXPECT_EQ(Refusal(machine), machine + ":1: state: " + kept + test.File + test.Fault);
+        EXPECT_EQ(Refusal(machine), fault + test.File + test.Fault);
         std::filesystem::remove_all(kept);
     }
 
@@ -447,16 +434,10 @@ TEST(MachineState, AFolderThatCantBeUsedIsNamed) {
     folder.Write("kept/mutex-Tool.open", "");
     chmod((kept + "mutex-Tool.open").c_str(), 0);
     std::filesystem::permissions(kept, std::filesystem::perms::all);
-    {
-        const WithoutRights here;
-        EXPECT_EQ(Refusal(machine), machine + ":1: state: " + kept + "mutex-Tool.open: Permission denied");
-    }
+    EXPECT_EQ(RefusalWithoutRights(machine), fault + "mutex-Tool.open: Permission denied");
     std::filesystem::remove(kept + "mutex-Tool.open");
     std::filesystem::permissions(kept, std::filesystem::perms(0555));
-    {
-        const WithoutRights here;
-        EXPECT_EQ(Refusal(machine), machine + ":1: state: " + kept + "state.new: Permission denied");
-    }
+    EXPECT_EQ(RefusalWithoutRights(machine), fault + "state.new: Permission denied");
     std::filesystem::permissions(kept, std::filesystem::perms::all);
 }
 

