@@ -77,12 +77,12 @@ FieldOutcome StringShow(const DecoderField& field, const StructPlace& place) {
         return FieldOutcome::Unreadable;
     }
     const std::string_view format = field.Format;
-    const std::size_t at = format.find("%s");
-    if (format.size() - 2 + text.size() <= PrintLimit || at == std::string_view::npos) {
+    if (format.size() - 2 + text.size() <= PrintLimit) {
         RyxPrintf(field.Format, text.data());
         return FieldOutcome::Printed;
     }
     // Too long for one print: the label, the text in pieces, and what follows it.
+    const std::size_t at = format.find("%s");
     RyxPrintf("%.*s", static_cast<int>(at), field.Format);
     for (; !text.empty(); text.remove_prefix(std::min(text.size(), PrintLimit))) {
         RyxPrintf("%.*s", static_cast<int>(std::min(text.size(), PrintLimit)), text.data());

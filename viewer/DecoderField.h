@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 // The structure that a decoder is showing.
 struct StructPlace {
@@ -56,8 +57,9 @@ void BytesPrint(const DecoderField& field, const FieldValue& value);
 FieldOutcome StringShow(const DecoderField& field, const StructPlace& place);
 
 // A string: Format takes the text. Printed whole, whatever its length.
-constexpr DecoderField StringField(std::uint8_t row, const char* format) {
-    return {.Row = row, .Show = StringShow, .Format = format};
+consteval DecoderField StringField(std::uint8_t row, const char* format) {
+    const bool takes = std::string_view(format).find("%s") != std::string_view::npos;
+    return {.Row = row, .Show = StringShow, .Format = takes ? format : throw "a string's format takes it"};
 }
 
 // A number: Format takes it up to three times, as a 64-bit argument for eight-byte rows and as a 32-bit one for others.
