@@ -592,6 +592,7 @@ TEST(Start, LooksAtArgumentsAndEnvironment) {
 }
 
 TEST(Start, TheEnvironmentAsksForTheWholeTable) {
+    StartOver(Machine());
     EXPECT_EQ(RyxLibInit(0, nullptr), RyxOk);
     EXPECT_FALSE(RyxSmbiosWholeGet());
     for (const auto& [value, whole] : {std::pair{"1", true}, {"", false}, {"yes", true}, {"0", false}, {"00", true}}) {
