@@ -1,6 +1,7 @@
 // Tests of the helper driver: requests as the kernel sends them, and what the driver leaves when it goes.
 #include "Lib/Platform/StandIn/Faults.h"
 #include "Lib/Platform/StandIn/Kernel.h"
+#include "Lib/Platform/StandIn/KernelObjects.h"
 #include "Lib/Platform/StandIn/Machine.h"
 #include "Lib/Platform/StandIn/Memory.h"
 #include "tests/Support.h"
@@ -380,6 +381,10 @@ TEST(Driver, OpensOnlyForReadingAndWritingByTheRightUsers) {
         FILE_OBJECT file{driver.Driver.DeviceObject, nullptr};
         EXPECT_EQ(driver.SendPlain(IRP_MJ_CREATE, &file, &security), expected) << access;
     }
+    // Allowed, in 20 bytes, with all rights of a file: S-1-5-18, the system.
+    const Bytes system{0, 0, 20, 0, 0xFF, 0x01, 0x1F, 0, 1, 1, 0, 0, 0, 0, 0, 5, 18, 0, 0, 0};
+    const Bytes& access = StandIn::KernelHere().Devices.front().Descriptor;
+    EXPECT_FALSE(std::ranges::search(access, system).empty());
     driver.Unload();
 
     constexpr std::uint32_t readWrite = 0xC0000000;

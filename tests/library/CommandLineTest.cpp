@@ -2,6 +2,7 @@
 #include "Lib/API/RyxArg.h"
 #include "Lib/API/RyxOption.h"
 #include "Lib/Common/Argument.h"
+#include "Lib/Common/ArgumentCommand.h"
 #include "Lib/Common/LibraryReset.h"
 #include "tests/library/Support.h"
 
@@ -245,11 +246,12 @@ TEST_F(CommandLine, NumbersAreDecimalAndWrap) {
 TEST(CommandList, HasOneModeAndTextsOf63Characters) {
     LibraryReset();
     const std::string text(64, 't');
-    RyxArgCommandRegister("one", text.c_str(), "", text.c_str());
+    RyxArgCommandRegister("one", text.c_str(), text.c_str(), text.c_str());
     RyxStatus status = RyxOk;
     EXPECT_EQ(Captured([&status] { status = RyxArgHelpPrint(2); }), "");
     EXPECT_EQ(status, RyxErrorUnsupported);
     const std::string kept(63, 't');
+    EXPECT_EQ(ArgumentCommandsRegistered()->Format, kept);
     EXPECT_EQ(Captured([&status] { status = RyxArgHelpPrint(1); }), "one      " + kept + ' ' + kept + '\n');
     EXPECT_EQ(status, RyxOk);
     LibraryReset();
