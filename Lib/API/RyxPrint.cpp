@@ -4,9 +4,11 @@
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Platform/Console.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <string_view>
 
 namespace {
 
@@ -29,8 +31,8 @@ std::uint32_t FormatLines(const char* format, std::uint32_t width) {
 }
 
 // Writes a text and sees it off; keeps the error that prevents it.
-void OutputWrite(const char* text) {
-    if (std::fputs(text, stdout) >= 0 && std::fflush(stdout) == 0) {
+void OutputWrite(std::string_view text) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) {
         return;
     }
     int& error = LibraryContextGet().OutputError;
@@ -81,9 +83,9 @@ RyxStatus RyxPrintf(const char* format, ...) {
     }
     std::va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(context.PrintBuffer, sizeof context.PrintBuffer, format, arguments);
+    const int length = std::vsnprintf(context.PrintBuffer, sizeof context.PrintBuffer, format, arguments);
     va_end(arguments);
-    OutputWrite(context.PrintBuffer);
+    OutputWrite({context.PrintBuffer, std::min<std::size_t>(std::max(length, 0), sizeof context.PrintBuffer - 1)});
     if (context.Options.Byte[RyxOptionPaging] == 1) {
         PageCount(format);
     }
