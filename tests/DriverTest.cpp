@@ -384,7 +384,7 @@ TEST(Driver, OpensOnlyForReadingAndWritingByTheRightUsers) {
     // Allowed, in 20 bytes, with all rights of a file: S-1-5-18, the system.
     const Bytes system{0, 0, 20, 0, 0xFF, 0x01, 0x1F, 0, 1, 1, 0, 0, 0, 0, 0, 5, 18, 0, 0, 0};
     const Bytes& access = StandIn::KernelHere().Devices.front().Descriptor;
-    EXPECT_FALSE(std::ranges::search(access, system).empty());
+    EXPECT_NE(std::search(access.begin(), access.end(), system.begin(), system.end()), access.end());
     driver.Unload();
 
     constexpr std::uint32_t readWrite = 0xC0000000;
