@@ -31,7 +31,7 @@ Machine Shared(const TemporaryFolder& folder) {
 
 // The error of a call, if it failed.
 LSTATUS ErrorOf(bool works) {
-    return works ? ERROR_SUCCESS : static_cast<LSTATUS>(GetLastError());
+    return works ? LSTATUS{ERROR_SUCCESS} : static_cast<LSTATUS>(GetLastError());
 }
 
 HANDLE Open(const std::string& path, DWORD access, DWORD disposition = OPEN_EXISTING) {
