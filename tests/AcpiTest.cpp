@@ -357,9 +357,10 @@ TEST(AcpiData, ResultsAndDefaults) {
     BytesPut(registry.RegistryBinary.begin()->second, 4, std::uint32_t{35});
     Begin(registry);
     EXPECT_EQ(AcpiDataCollect(), RyxErrorNoCommunication) << "one that states less than its header names none";
-    Begin(MachineOf({MakerBuffer(0), SpareBuffer(0x77000)}));
+    Begin(MachineOf({MakerBuffer(0), SpareBuffer(0x77000), Fadt().Put(112, ~(1U << 21U)).Table()}));
     EXPECT_EQ(AcpiDataCollect(), RyxOk);
     EXPECT_EQ(AcpiStateGet().CommunicationBuffer, 0x77000U);
+    EXPECT_FALSE(AcpiStateGet().LowPowerIdle) << "one bit alone tells";
 }
 
 TEST(AcpiData, TablesThatClaimTooMuchAreLeftAlone) {

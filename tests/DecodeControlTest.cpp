@@ -62,7 +62,8 @@ TEST(DecodeControl, EventLogDescriptors) {
                "     Variable Data Format Type : 0xff - OEM assigned\n";
     // A list that can be read counts as shown even when it is empty; one behind the formatted area does not.
     const SmbiosBuilder empty = EventLog(0, 2, {0}).Begin(15).Raw(Bytes(17)).Raw({1, 2, 2, 3});
-    const SmbiosBuilder absent = EventLog(0, 2, {}).Begin(15).Raw(Bytes(17)).Raw({1, 2, 2, 3});
+    SmbiosBuilder absent = EventLog(0, 2, {}).Begin(15).Raw(Bytes(17)).Raw({1, 2, 2, 3});
+    absent.Begin(15).Raw(Bytes(17)).Raw({1, 2, 8, 4}); // comes too late
     const Selection list{14};
     ExpectCases(15, {{"codes at the borders",
                       EventLog(6, 2, {0x18, 5, 0x7F, 6, 0x80, 7, 0xFE, 0x7F, 0xFF, 0x80, 0xD, 0xFF}), texts, list},

@@ -1,10 +1,8 @@
-// The program as a process: exit codes, messages, shared state, paging at a terminal.
+// The program as a process: exit codes, messages, paging at a terminal.
 #include "Lib/Platform/StandIn/Machine.h"
 #include "Lib/Platform/StandIn/SmbiosBuilder.h"
 #include "tests/Support.h"
 #include "tests/Terminal.h"
-
-#include <windows.h>
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -133,15 +131,6 @@ TEST(Program, StartUpFailuresHaveTheirLines) {
     }
 }
 
-TEST(Program, EveryRequestOfAnUnreadableMachineSaysSo) {
-    const MachineFile machine("fail = DeviceIoControl 0x222182");
-    const Ran ran = RunProgram({"/nologo", "/type", "1"}, machine.Path);
-    EXPECT_EQ(ran.ExitCode, 153);
-    EXPECT_EQ(ran.Output,
-              "Failed to read DMI entry information. Status = 800000CC\n\nError: Type 1 is not supported.\n\n"
-              "\nERROR 153 - Not supported! Status = 3.\n");
-}
-
 TEST(Program, UnusableMachinesEndItBeforeItStarts) {
     const TemporaryFolder folder;
     StandIn::Bytes dump = StandIn::EntryPoint21(2, 8, 0x1000, 64, 1, 64);
@@ -205,63 +194,6 @@ TEST(Paging, WithoutAKeyboardThereIsNone) {
     Terminal terminal({"/b", "/type", "0"}, "sample", 25, false);
     EXPECT_EQ(terminal.ShownUntil(""), RunProgram({"/b", "/type", "0"}).Output);
     EXPECT_EQ(terminal.ExitCode(), 0);
-}
-
-// A count in the registry that processes share; -1 when it is not there.
-int SharedCount(const std::string& state, const std::string& key, const std::string& value) {
-    StandIn::Machine machine;
-    machine.StateFolder = state;
-    StandIn::MachineSet(machine);
-    HKEY open = nullptr;
-    DWORD count = 0;
-    DWORD size = sizeof count;
-    const bool found =
-        RegOpenKeyExA(HKEY_LOCAL_MACHINE, key.c_str(), 0, KEY_ALL_ACCESS | KEY_WOW64_64KEY, &open) == ERROR_SUCCESS &&
-        RegQueryValueExA(open, value.c_str(), nullptr, nullptr, reinterpret_cast<BYTE*>(&count), &size) ==
-            ERROR_SUCCESS;
-    RegCloseKey(open);
-    StandIn::MachineSet({});
-    return found ? static_cast<int>(count) : -1;
-}
-
-// Two programs on one machine. The first is kept alive by its pager, which waits for a key.
-TEST(Shared, TheLastOfTwoProgramsRemovesTheDriver) {
-    const TemporaryFolder state;
-    const MachineFile machine("state = " + state.Path + "\n");
-    {
-        Terminal first({"/b", "/type", "0"}, machine.Path, 10);
-        ASSERT_NE(first.ShownUntil("Press any key").find("Press any key"), std::string::npos);
-        EXPECT_EQ(SharedCount(state.Path, "Software\\RyxDrv", "RefCount"), 1);
-        const Ran second = RunProgram({"/type", "1"}, machine.Path);
-        EXPECT_EQ(second.ExitCode, 0) << second.Output;
-        EXPECT_EQ(SharedCount(state.Path, "Software\\RyxDrv", "RefCount"), 1) << "the first still runs";
-        EXPECT_EQ(SharedCount(state.Path, "Software\\RyxTool", "ToolsRefCount"), 1);
-        for (std::string shown = "Press any key"; shown.find("Press any key") != std::string::npos;) {
-            first.Press(" ");
-            shown = first.ShownUntil("Press any key");
-        }
-        EXPECT_EQ(first.ExitCode(), 0);
-    }
-    EXPECT_EQ(SharedCount(state.Path, "Software\\RyxDrv", "RefCount"), -1);
-    EXPECT_EQ(SharedCount(state.Path, "Software\\RyxTool", "ToolsRefCount"), -1);
-    StandIn::Machine left;
-    left.StateFolder = state.Path;
-    StartOver(left);
-    EXPECT_EQ(StandIn::Leftovers(), std::vector<std::string>{"registry key Software\\RyxTool"}) << "without a value";
-    StartOver({});
-}
-
-TEST(Shared, AKilledProgramLeavesACountThatTheNextStartCopesWith) {
-    const TemporaryFolder state;
-    const MachineFile machine("state = " + state.Path + "\n");
-    {
-        Terminal killed({"/b", "/type", "0"}, machine.Path, 10);
-        ASSERT_NE(killed.ShownUntil("Press any key").find("Press any key"), std::string::npos);
-    }
-    EXPECT_EQ(SharedCount(state.Path, "Software\\RyxDrv", "RefCount"), 1);
-    EXPECT_EQ(RunProgram({"/type", "1"}, machine.Path).ExitCode, 0);
-    EXPECT_EQ(SharedCount(state.Path, "Software\\RyxDrv", "RefCount"), 1) << "the count only grows after a crash";
-    EXPECT_EQ(SharedCount(state.Path, "Software\\RyxTool", "ToolsRefCount"), 1);
 }
 
 } // namespace

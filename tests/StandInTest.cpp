@@ -18,8 +18,6 @@ using StandIn::MachineSet;
 namespace {
 
 constexpr char DriverPath[] = "C:\\Windows\\Temp\\\\Helper.sys";
-constexpr DWORD ReadMemory = 0x222182;
-constexpr DWORD WriteMemory = 0x222186;
 constexpr DWORD GetBuffer = 0x22218A;
 constexpr DWORD ReleaseBuffer = 0x22218E;
 
@@ -38,8 +36,8 @@ HANDLE Open(const std::string& path, DWORD access, DWORD disposition = OPEN_EXIS
     return CreateFileA(path.c_str(), access, FILE_SHARE_READ, nullptr, disposition, 0, nullptr);
 }
 
-void DriverFileWrite(WORD resource) {
-    const HRSRC found = FindResourceA(nullptr, MAKEINTRESOURCEA(resource), "BIN");
+void DriverFileWrite() {
+    const HRSRC found = FindResourceA(nullptr, MAKEINTRESOURCEA(3), "BIN");
     const HANDLE file = Open(DriverPath, GENERIC_WRITE, CREATE_ALWAYS);
     DWORD written = 0;
     WriteFile(file, LockResource(LoadResource(nullptr, found)), SizeofResource(nullptr, found), &written, nullptr);
@@ -57,7 +55,7 @@ HANDLE DeviceOpen(const char* name = "\\\\.\\Global\\RYXLIB") {
 
 // Starts the driver and opens its device; what stays open is the test's machine to lose.
 HANDLE DriverStart() {
-    DriverFileWrite(3);
+    DriverFileWrite();
     const SC_HANDLE manager = OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS);
     const SC_HANDLE service = ServiceCreate(manager);
     EXPECT_TRUE(StartServiceA(service, 0, nullptr));
@@ -75,12 +73,6 @@ bool Request(HANDLE device, DWORD code, Bytes input, Bytes* data) {
 Bytes LittleEndian(std::uint32_t value) {
     return {static_cast<std::uint8_t>(value), static_cast<std::uint8_t>(value >> 8U),
             static_cast<std::uint8_t>(value >> 16U), static_cast<std::uint8_t>(value >> 24U)};
-}
-
-Bytes MemoryOf(HANDLE device, std::uint32_t address, std::size_t length) {
-    Bytes data(length, 0xEE);
-    EXPECT_TRUE(Request(device, ReadMemory, LittleEndian(address), &data));
-    return data;
 }
 
 HKEY KeyOpen(HKEY parent, const char* path, REGSAM more, LSTATUS expected = ERROR_SUCCESS) {
@@ -127,34 +119,9 @@ TEST(StandInRegistry, TheTwoViewsAreApartAndHandlesKeepTheirs) {
     RegCloseKey(KeyOpen(HKEY_LOCAL_MACHINE, "Software\\Tool", 0));
 }
 
-TEST(StandInService, OnlyTheRightDriverFileStarts) {
-    struct Case {
-        StandIn::Wow64 Bits;
-        WORD Resource; // 0: no file
-        LSTATUS Error;
-    };
-    const Case cases[] = {
-        {StandIn::Wow64::Yes, 2, ERROR_BAD_EXE_FORMAT},
-        {StandIn::Wow64::No, 3, ERROR_BAD_EXE_FORMAT},
-        {StandIn::Wow64::Yes, 0, ERROR_FILE_NOT_FOUND},
-    };
-    for (const Case& one : cases) {
-        Machine machine;
-        machine.UnderWow64 = one.Bits;
-        MachineSet(machine);
-        if (one.Resource != 0) {
-            DriverFileWrite(one.Resource);
-        }
-        const SC_HANDLE service = ServiceCreate(OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS));
-        SetLastError(ERROR_SUCCESS);
-        EXPECT_EQ(ErrorOf(StartServiceA(service, 0, nullptr)), one.Error);
-        EXPECT_EQ(DeviceOpen(), INVALID_HANDLE_VALUE);
-    }
-}
-
 TEST(StandInService, LivesUntilItIsStoppedDeletedAndClosed) {
     MachineSet({});
-    DriverFileWrite(3);
+    DriverFileWrite();
     EXPECT_EQ(DeviceOpen(), INVALID_HANDLE_VALUE);
     const SC_HANDLE manager = OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS);
     EXPECT_EQ(ErrorOf(OpenServiceA(manager, "RYXLIB", SERVICE_START)), ERROR_SERVICE_DOES_NOT_EXIST);
@@ -217,69 +184,6 @@ TEST(StandInFile, WritesStayInTheMachine) {
     EXPECT_TRUE(DeleteFileA(real.c_str()));
     EXPECT_FALSE(DeleteFileA(real.c_str()));
     EXPECT_EQ(access(real.c_str(), F_OK), 0);
-}
-
-TEST(StandInDevice, MemoryIsCoveredLaterOverEarlierAndFFhElsewhere) {
-    Machine machine;
-    machine.Memory = {{0x1000, Bytes(8, 1)}, {0x1004, Bytes(8, 2)}, {0xFFFFFFF0, Bytes(16, 3)}};
-    MachineSet(machine);
-    const HANDLE device = DriverStart();
-    EXPECT_EQ(MemoryOf(device, 0xFFE, 16), (Bytes{0xFF, 0xFF, 1, 1, 1, 1, 2, 2, 2, 2, 2, 2, 2, 2, 0xFF, 0xFF}));
-    EXPECT_EQ(MemoryOf(device, 0x1001, 2), (Bytes{1, 1}));
-    EXPECT_EQ(MemoryOf(device, 0x1001, 5), (Bytes{1, 1, 1, 2, 2}));
-    Bytes data{9, 9};
-    EXPECT_TRUE(Request(device, WriteMemory, LittleEndian(0x1003), &data));
-    EXPECT_EQ(MemoryOf(device, 0x1002, 4), (Bytes{1, 9, 9, 2}));
-
-    EXPECT_EQ(MemoryOf(device, 0xFFFFFFFE, 2), (Bytes{3, 3}));
-    Bytes wrapping(3, 0xEE);
-    DWORD returned = 77;
-    Bytes address = LittleEndian(0xFFFFFFFE);
-    EXPECT_FALSE(DeviceIoControl(device, ReadMemory, address.data(), 4, wrapping.data(), 3, &returned, nullptr));
-    EXPECT_EQ(returned, 77U);
-    EXPECT_EQ(wrapping, Bytes(3, 0xEE));
-    EXPECT_EQ(ErrorOf(Request(device, 0x222192, {}, &wrapping)), ERROR_INVALID_FUNCTION);
-}
-
-TEST(StandInFault, StrikesTheCallThatItNames) {
-    Machine machine;
-    const auto control = StandIn::OperationFind("DeviceIoControl");
-    ASSERT_TRUE(control);
-    EXPECT_FALSE(StandIn::OperationFind("deviceiocontrol"));
-    machine.Faults = {{*control, ReadMemory, 2}, {*StandIn::OperationFind("GetVersionExA"), 0, 0}};
-    MachineSet(machine);
-    const HANDLE device = DriverStart();
-    Bytes version(2);
-    Bytes data(1);
-    EXPECT_TRUE(Request(device, 0x2221B0, {}, &version));
-    EXPECT_TRUE(Request(device, ReadMemory, LittleEndian(0), &data));
-    EXPECT_FALSE(Request(device, ReadMemory, LittleEndian(0), &data));
-    EXPECT_TRUE(Request(device, ReadMemory, LittleEndian(0), &data));
-    EXPECT_EQ(StandIn::ControlCount(ReadMemory), 3U);
-    EXPECT_EQ(StandIn::CallCount("DeviceIoControl"), 4U);
-    OSVERSIONINFOA info{};
-    info.dwOSVersionInfoSize = sizeof info;
-    EXPECT_FALSE(GetVersionExA(&info));
-
-    StandIn::FailCall(StandIn::CallTotal() + 2);
-    EXPECT_EQ(GetVersion(), 10U); // can't fail and isn't counted
-    EXPECT_NE(GetModuleHandleA("KERNEL32.DLL"), nullptr);
-    EXPECT_EQ(StandIn::FailedCallName(), "");
-    EXPECT_EQ(GetModuleHandleA("kernel32"), nullptr);
-    EXPECT_EQ(StandIn::FailedCallName(), "GetModuleHandleA");
-    EXPECT_NE(GetModuleHandleA("kernel32"), nullptr);
-}
-
-TEST(StandInModule, OlderSystemsLackOperations) {
-    Machine machine;
-    machine.FirmwareTableService = false;
-    machine.UnderWow64 = StandIn::Wow64::Unknown;
-    MachineSet(machine);
-    const HMODULE kernel = GetModuleHandleA("kernel32");
-    ASSERT_NE(kernel, nullptr);
-    EXPECT_EQ(GetProcAddress(kernel, "GetSystemFirmwareTable"), nullptr);
-    EXPECT_EQ(GetProcAddress(kernel, "IsWow64Process"), nullptr);
-    EXPECT_NE(GetProcAddress(GetModuleHandleA("advapi32.dll"), "RegEnumKeyA"), nullptr);
 }
 
 struct AccessCase {
