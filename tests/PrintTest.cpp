@@ -3,8 +3,12 @@
 #include "Lib/API/RyxOption.h"
 #include "Lib/API/RyxPrint.h"
 #include "Lib/Common/LibraryContext.h"
+#include "Lib/Platform/Console.h"
 #include "tests/Support.h"
 
+#include <windows.h>
+
+#include <cerrno>
 #include <gtest/gtest.h>
 
 namespace {
@@ -25,6 +29,17 @@ TEST(Print, QuietPrintsAndCountsNothing) {
     ASSERT_EQ(RyxOptionSet(RyxOptionQuiet, 1, 0), RyxOk);
     EXPECT_EQ(Captured([] { RyxPrintf("\n\n\n\n\n\n"); }), "");
     EXPECT_EQ(StandIn::CallCount("GetConsoleScreenBufferInfo"), 0U);
+}
+
+TEST(Print, KnowsThatItsReaderLeft) {
+    errno = EBADF;
+    for (const auto& [error, gone] : {std::pair{ERROR_ACCESS_DENIED, false},
+                                      {ERROR_BROKEN_PIPE, true},
+                                      {ERROR_NO_DATA, true},
+                                      {ERROR_PIPE_NOT_CONNECTED, true}}) {
+        SetLastError(error);
+        EXPECT_EQ(OutputReaderGone(), gone) << error;
+    }
 }
 
 TEST(Print, PausesWhenTheCountReachesTheLimit) {

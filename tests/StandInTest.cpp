@@ -221,7 +221,7 @@ TEST(StandInSecurity, AccessCheckEvaluatesTokenAndList) {
             AllocateAndInitializeSid(&authority, 2, SECURITY_BUILTIN_DOMAIN_RID, one.Group, 0, 0, 0, 0, 0, 0, &sid));
         alignas(ACL) char list[sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE) + 16];
         const auto acl = reinterpret_cast<PACL>(list);
-        ASSERT_TRUE(InitializeAcl(acl, sizeof(ACL) + 8 + GetLengthSid(sid), ACL_REVISION));
+        ASSERT_TRUE(InitializeAcl(acl, sizeof(ACL) + 8 + 16, ACL_REVISION));
         EXPECT_TRUE(AddAccessAllowedAce(acl, ACL_REVISION, 3, sid));
         EXPECT_FALSE(AddAccessAllowedAce(acl, ACL_REVISION, 3, sid)); // the list is full
         SECURITY_DESCRIPTOR descriptor;

@@ -5,6 +5,7 @@
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Common/PowerRequest.h"
 #include "Lib/Platform/Driver.h"
+#include "Lib/Platform/Files.h"
 #include "Lib/Platform/Registry.h"
 #include "Lib/Platform/StandIn/Faults.h"
 #include "Lib/Platform/StandIn/Files.h"
@@ -364,6 +365,18 @@ TEST(DriverLoading, NobodyElseDecidesWhichDriverStarts) {
     }
 }
 
+TEST(DriverLoading, ALinkToTheDriverIsNotHeld) {
+    StartOver(Machine());
+    const StandIn::Bytes image = StandIn::DriverImage(true);
+    const auto size = static_cast<std::uint32_t>(image.size());
+    FilePut(Victim, std::string(image.begin(), image.end()));
+    LinkLay();
+    EXPECT_EQ(FileHold(TemporaryDriver, image.data(), size), nullptr);
+    const FileHeld held = FileHold(Victim, image.data(), size);
+    EXPECT_NE(held, nullptr);
+    FileLetGo(held);
+}
+
 // Another tool, which has loaded the driver and runs on; the count of its like is as given, 0 for a key without a
 // count.
 void OtherToolStart(std::uint32_t count) {
@@ -444,6 +457,11 @@ TEST(DriverLoading, ACountThatCantBeReachedStays) {
     EXPECT_EQ(DriverRequest(DriverUnload), RyxOk);
     EXPECT_EQ(DriverCount(), 1U);
     EXPECT_TRUE(ServiceRuns());
+    // Four bytes of another type are no count.
+    Machine machine;
+    machine.RegistryBinary["Software\\RyxDrv\\RefCount"] = {3, 0, 0, 0};
+    StartOver(machine);
+    EXPECT_EQ(DriverCount(), std::nullopt);
 }
 
 TEST(DriverLoading, TheKeyIsDeletedWithoutRightsToItsParent) {

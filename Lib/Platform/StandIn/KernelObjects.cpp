@@ -122,7 +122,8 @@ LONG NTAPI KeReleaseMutex(PRKMUTEX Mutex, BOOLEAN) {
     return 0;
 }
 
-NTSTATUS NTAPI KeDelayExecutionThread(KPROCESSOR_MODE, BOOLEAN, PLARGE_INTEGER) {
+NTSTATUS NTAPI KeDelayExecutionThread(KPROCESSOR_MODE, BOOLEAN, PLARGE_INTEGER Interval) {
+    KernelHere().Slept -= Interval->QuadPart; // below 0: from now on
     return STATUS_SUCCESS;
 }
 

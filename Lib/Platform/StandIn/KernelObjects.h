@@ -27,6 +27,7 @@ struct KernelState {
     std::list<FILE_OBJECT> Files;
     std::list<KernelDevice*> ObjectHandles;
     LONG MutexesTaken = 0;
+    LONGLONG Slept = 0; // in 100 ns
 };
 
 KernelState& KernelHere();

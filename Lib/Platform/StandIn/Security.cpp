@@ -326,10 +326,6 @@ PVOID WINAPI FreeSid(PSID pSid) {
     return nullptr;
 }
 
-DWORD WINAPI GetLengthSid(PSID pSid) {
-    return SidLength(static_cast<const SID*>(pSid));
-}
-
 BOOL WINAPI InitializeAcl(PACL pAcl, DWORD nAclLength, DWORD dwAclRevision) {
     if (FailsWith(Named("InitializeAcl"), ERROR_INSUFFICIENT_BUFFER)) {
         return FALSE;

@@ -33,9 +33,8 @@ bool TokenInGroup(HANDLE token, PSID group) {
     constexpr DWORD accessRead = 1;
     constexpr DWORD accessWrite = 2;
     alignas(ACL) unsigned char list[256];
-    const DWORD listSize = static_cast<DWORD>(sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE)) + GetLengthSid(group);
     SECURITY_DESCRIPTOR descriptor;
-    if (listSize > sizeof list || !InitializeAcl(reinterpret_cast<PACL>(list), sizeof list, ACL_REVISION) ||
+    if (!InitializeAcl(reinterpret_cast<PACL>(list), sizeof list, ACL_REVISION) ||
         !AddAccessAllowedAce(reinterpret_cast<PACL>(list), ACL_REVISION, accessRead | accessWrite, group) ||
         !InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION) ||
         !SetSecurityDescriptorDacl(&descriptor, TRUE, reinterpret_cast<PACL>(list), FALSE) ||
