@@ -5,7 +5,6 @@
 
 #include <windows.h>
 
-#include <cstring>
 #include <gtest/gtest.h>
 #include <string>
 #include <unistd.h>
@@ -184,62 +183,6 @@ TEST(StandInFile, WritesStayInTheMachine) {
     EXPECT_TRUE(DeleteFileA(real.c_str()));
     EXPECT_FALSE(DeleteFileA(real.c_str()));
     EXPECT_EQ(access(real.c_str(), F_OK), 0);
-}
-
-struct AccessCase {
-    bool Administrator;
-    bool Impersonation;
-    bool Owner;
-    DWORD Group; // the alias in the access list
-    BOOL Works;
-    BOOL Allowed;
-};
-
-TEST(StandInSecurity, AccessCheckEvaluatesTokenAndList) {
-    const AccessCase cases[] = {
-        {true, true, true, DOMAIN_ALIAS_RID_ADMINS, TRUE, TRUE},
-        {false, true, true, DOMAIN_ALIAS_RID_ADMINS, TRUE, FALSE},
-        {true, true, true, DOMAIN_ALIAS_RID_ADMINS + 9, TRUE, FALSE},
-        {true, false, true, DOMAIN_ALIAS_RID_ADMINS, FALSE, FALSE},
-        {true, true, false, DOMAIN_ALIAS_RID_ADMINS, FALSE, FALSE},
-    };
-    for (const AccessCase& one : cases) {
-        Machine machine;
-        machine.Administrator = one.Administrator;
-        MachineSet(machine);
-        HANDLE token = nullptr;
-        EXPECT_EQ(ErrorOf(OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token)), ERROR_NO_TOKEN);
-        ASSERT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_DUPLICATE | TOKEN_QUERY, &token));
-        if (one.Impersonation) {
-            const HANDLE primary = token;
-            ASSERT_TRUE(DuplicateToken(primary, SecurityImpersonation, &token));
-            CloseHandle(primary);
-        }
-        SID_IDENTIFIER_AUTHORITY authority = SECURITY_NT_AUTHORITY;
-        PSID sid = nullptr;
-        ASSERT_TRUE(
-            AllocateAndInitializeSid(&authority, 2, SECURITY_BUILTIN_DOMAIN_RID, one.Group, 0, 0, 0, 0, 0, 0, &sid));
-        alignas(ACL) char list[sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE) + 16];
-        const auto acl = reinterpret_cast<PACL>(list);
-        ASSERT_TRUE(InitializeAcl(acl, sizeof(ACL) + 8 + 16, ACL_REVISION));
-        EXPECT_TRUE(AddAccessAllowedAce(acl, ACL_REVISION, 3, sid));
-        EXPECT_FALSE(AddAccessAllowedAce(acl, ACL_REVISION, 3, sid)); // the list is full
-        SECURITY_DESCRIPTOR descriptor;
-        InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION);
-        SetSecurityDescriptorDacl(&descriptor, TRUE, acl, FALSE);
-        SetSecurityDescriptorGroup(&descriptor, sid, FALSE);
-        SetSecurityDescriptorOwner(&descriptor, one.Owner ? sid : nullptr, FALSE);
-        GENERIC_MAPPING mapping{1, 2, 0, 3};
-        PRIVILEGE_SET privileges;
-        DWORD size = sizeof privileges;
-        DWORD granted = 0;
-        BOOL allowed = FALSE;
-        EXPECT_EQ(AccessCheck(&descriptor, token, 1, &mapping, &privileges, &size, &granted, &allowed), one.Works);
-        EXPECT_EQ(allowed, one.Allowed);
-        FreeSid(sid);
-        CloseHandle(token);
-        EXPECT_TRUE(StandIn::Leftovers().empty());
-    }
 }
 
 TEST(StandInMutex, IsSharedByProcessesAndFreedByAKilledHolder) {
