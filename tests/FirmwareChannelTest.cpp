@@ -163,6 +163,7 @@ TEST(FirmwareChannel, OpensAsksAndCloses) {
         EXPECT_EQ(state.LastStatus, 0U);
         EXPECT_EQ(StandIn::CallCount("ReleaseMutex"), 3U) << "each request under the mutex";
         std::uint64_t answer = 0;
+        EXPECT_EQ(RyxFirmwareRequest(0x12900, &answer, nullptr), RyxOk);
         // What fits the method travels, and one byte more does not.
         RyxBin* bin = nullptr;
         ASSERT_EQ(RyxBinCreate(variables ? 8152 : 4056, &bin), RyxOk);

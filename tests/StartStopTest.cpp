@@ -599,7 +599,7 @@ TEST(Start, LooksAtArgumentsAndEnvironment) {
     EXPECT_TRUE(InstanceStateGet().PackageFolderSet);
     EXPECT_EQ(InstanceStateGet().PackageFolder, folder.substr(0, 255));
     StartOver(Machine());
-    EXPECT_EQ(RyxLibInit(0, nullptr), RyxOk);
+    EXPECT_EQ(RyxLibInit(1, nullptr), RyxOk);
     EXPECT_FALSE(InstanceStateGet().PackageFolderSet) << "without arguments neither is looked at";
     unsetenv("PACKORGDIR");
 }

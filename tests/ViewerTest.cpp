@@ -157,6 +157,8 @@ TEST(EntryPoint, PrintsEveryField) {
                              "Structure Table Address : 0x000E0000\n"
                              "Number Of SMBIOS Structures : 0x0102 (258)\n"
                              "SMBIOS BCD Revision : 0x28\n");
+    machine.Memory[0].Data[4] = 0x5A;
+    EXPECT_NE(View({"/eps"}, machine).Output.find("Entry Point Structure Checksum : 0x5A\n"), std::string::npos);
 }
 
 TEST(EntryPoint, ShowsWhatTheServiceDoesNotSupply) {

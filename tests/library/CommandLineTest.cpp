@@ -158,7 +158,7 @@ TEST_F(CommandLine, FormatsAreCheckedTokenByToken) {
         {"%D", {"x"}, RyxErrorParameter},
         {"%x", {"0X1f"}, RyxOk},
         {"%X", {"g"}, RyxErrorParameter},
-        {"%s  %f", {"any", "thing"}, RyxOk},
+        {"%s  %f %S %F %g %G", {"any", "thing", "at", "all", "is", "taken"}, RyxOk},
         {"%d=99 %d=0", {"4", "1", "5"}, RyxErrorParameter},
         {"%d=x", {}, RyxErrorParameter}, // a default is validated too
         {"%d=", {}, RyxErrorParameter},  // no default at all

@@ -69,7 +69,7 @@ constexpr std::uint32_t BatbPlace = TablesBase + 0x500;
 constexpr std::uint32_t UefiPlace = TablesBase + 0x600;
 constexpr std::uint32_t BufferPlace = TablesBase + 0x10000;
 constexpr std::uint32_t BufferSize = 0x2000;
-constexpr std::uint16_t SmiPort = 0xB2;
+constexpr std::uint16_t SmiPort = 0x142E; // both bytes of the number count
 constexpr std::uint8_t SmiValue = 0xD5;
 
 struct Session {
