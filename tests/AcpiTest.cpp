@@ -238,8 +238,13 @@ TEST(AcpiRootTable, AddressesAndLengthsAreChecked) {
         change(machine);
         EXPECT_EQ((Begin(machine), FoundMark()), 0U);
     }
-    // An XSDT beyond reach leaves the RSDT; a table that states gigabytes is cut.
     Machine machine;
+    AddMakerTable(machine);
+    BytesPut(machine.AcpiTables["BATB"], 62, std::uint64_t{0xFFFFFFDC});
+    machine.Memory.push_back({0xFFFFFFDC, AcpiRootPointer(0, 0x200000)});
+    EXPECT_EQ((Begin(machine), FoundMark()), 2U) << "the last place that holds a pointer";
+    // An XSDT beyond reach leaves the RSDT; a table that states gigabytes is cut.
+    machine = Machine();
     machine.Memory = {{0xF0000, AcpiRootPointer(0x100000000, 0x1000)}, {0x1000, Marked("RSDT", 7)}};
     EXPECT_EQ((Begin(machine), FoundMark()), 7U);
     BytesPut(machine.Memory[1].Data, 4, std::uint32_t{0xFFFFFFFF});

@@ -24,21 +24,21 @@ struct DecoderFacts {
 };
 
 constexpr DecoderFacts Decoders[] = {
-    {0, 14, "8c5b60f6a86533e0"},  {1, 11, "4c5cddfc96e2df2f"},  {2, 14, "57ae401f5b5a2423"},
-    {3, 19, "6ab355c6e112d187"},  {4, 26, "13c243f23b8cfaad"},  {5, 14, "8bc3ade783ab7ad1"},
-    {6, 10, "e91344c9b02bc7b9"},  {7, 13, "ae3bf9f223380972"},  {8, 8, "413a6215badd5b80"},
-    {9, 14, "8af1d3f3d12d1f9d"},  {10, 5, "a25db05708a00d11"},  {11, 4, "35b8bc8339afbbb3"},
-    {12, 4, "c7b48b4f3a771d94"},  {13, 7, "b261c1ead8b811e1"},  {14, 6, "95c8d65da77f6e97"},
-    {15, 14, "9a53a285ddcfb1fe"}, {16, 10, "125c3991f4b19536"}, {17, 25, "da019cf83ba34f7c"},
-    {18, 10, "c6bace50c9fc41a8"}, {19, 9, "3541d0665af4bc54"},  {20, 12, "8fbccbbb13acd449"},
-    {21, 6, "a5a40dd323b6950d"},  {22, 18, "fe186492ae2a0239"}, {23, 8, "e94c610f1ad97957"},
-    {24, 4, "7aa1e22ff4c90d59"},  {25, 8, "a1a76a97b2eb712d"},  {26, 12, "6c0533f352fa3a2c"},
-    {27, 9, "0249f58bc04fe907"},  {28, 12, "771f98a1124333ab"}, {29, 12, "6abb9b5edebd0137"},
-    {30, 5, "38cb1dc595c4add0"},  {31, 10, "59872783d65ef846"}, {32, 5, "baa66bf949e75041"},
-    {33, 10, "44590f0a4c3b414a"}, {34, 7, "b3787f2540afdf6c"},  {35, 7, "f79f8c123cfd154f"},
-    {36, 9, "b78e3379ef7b5c4b"},  {37, 10, "c3d729786f5bea5b"}, {38, 10, "41ee80f4d01dcf4e"},
-    {39, 15, "5c5fe28bfacb1a7d"}, {40, 5, "2d413c240f78b634"},  {41, 9, "8914af6f0cfc8987"},
-    {42, 5, "56953806aa9c19ee"},  {126, 3, "1cea88375212f189"}, {127, 3, "6146367506a29243"}};
+    {0, 14, "b78a99ccf7ab3d61"},  {1, 11, "628281511c35be58"},  {2, 14, "69004be3153f7ff6"},
+    {3, 19, "89b16c97e4ad2c73"},  {4, 26, "d3ce01333340f118"},  {5, 14, "00f183f8eb234632"},
+    {6, 10, "99770020c84c0f4f"},  {7, 13, "4aa761b4c4e9fa13"},  {8, 8, "5cd307adab6be18d"},
+    {9, 14, "3825ccf04b0dffb8"},  {10, 5, "cc49b51a00195558"},  {11, 4, "723938202bfd5821"},
+    {12, 4, "64e39d63769846d3"},  {13, 7, "c70a33fe46590723"},  {14, 6, "b4b00639e655027b"},
+    {15, 14, "34b9bb298059840d"}, {16, 10, "f6756316b5ad3531"}, {17, 25, "681395c58607f176"},
+    {18, 10, "87fe9a6276aef738"}, {19, 9, "9489d8af679338ce"},  {20, 12, "af51e30ae9d3500c"},
+    {21, 6, "573a0412f453f18e"},  {22, 18, "79bb76e71970c032"}, {23, 8, "2065f9ef449732c1"},
+    {24, 4, "efce51db9ad859c3"},  {25, 8, "91ad64e288af3a4f"},  {26, 12, "e6f0ebe2c45c933b"},
+    {27, 9, "0ce4578b4dcf5ab9"},  {28, 12, "fb0007234c9753cb"}, {29, 12, "93a1636cd0f0b0f0"},
+    {30, 5, "49eab24d0ebd381f"},  {31, 10, "d12a44fcaf805cd2"}, {32, 5, "bc2f74428c52a3c5"},
+    {33, 10, "a5742926c7e23632"}, {34, 7, "64b9c2feb1d43c40"},  {35, 7, "f106f14ff5848fec"},
+    {36, 9, "827ded28dff5aec0"},  {37, 10, "50ce1ec911c5974d"}, {38, 10, "92bf364c5a48ac69"},
+    {39, 15, "f9434cb55dceee85"}, {40, 5, "4cd647e1bb972cec"},  {41, 9, "a51223342527a490"},
+    {42, 5, "f192b1fd17ea92d5"},  {126, 3, "09b3856e0dbbef69"}, {127, 3, "bca6eb4a5bd17a65"}};
 
 // The decoders that show the first structure of their type only.
 const std::set<int> FirstOnly = {0, 1, 2, 3, 4, 11, 12, 24, 32, 38, 126, 127};
@@ -136,20 +136,21 @@ TEST(AllDecoders, TakeTheInstancesThatTheyShow) {
     }
 }
 
-// Each decoder shows structures whose bytes are all the same, and ones whose every other byte is 1, for every value of
-// a byte: so every text of every table comes up, every group of bits with all its values, and numbers of every width
-// with leading zeros. A digest changes with any byte of this, and may only change together with an intended change of
-// that decoder's output: a failure prints the new one, to be entered once the new output has been looked through.
+// Each decoder shows structures whose bytes are all the same, and ones whose every other byte is 1, 2 or 3, for every
+// value of a byte: so every text of every table comes up, every group of bits with all its values, and numbers of every
+// width with leading zeros. A digest changes with any byte of this, and may only change together with an intended
+// change of that decoder's output: a failure prints the new one, to be entered once the new output has been looked
+// through.
 TEST(AllDecoders, LockEveryText) {
     for (const auto& [type, fields, digest] : Decoders) {
         StartLoaded(MachineOf(Bytes(96 + 602)));
         const std::string shown = Captured([type = type] {
-            for (int code = 0; code < 512; ++code) {
+            for (int code = 0; code < 1024; ++code) {
                 const auto value = static_cast<std::uint8_t>(code);
                 Bytes& table = StandIn::MachineGet().Memory[1].Data;
                 std::fill(table.begin(), table.end() - 2, value);
                 for (std::size_t at = 1; code >= 256 && at < 96; at += 2) {
-                    table[at] = 1;
+                    table[at] = static_cast<std::uint8_t>(code / 256);
                 }
                 std::copy_n(Bytes{type, 96, 0, 0}.begin(), 4, table.begin());
                 (*StructDecoderTable[type])();

@@ -30,6 +30,7 @@ TEST(Options, TakeTheirValuesAndRefuseOthers) {
         {39, 1, 0, RyxErrorArgument},
         {0, 1, 0, RyxOk},
         {21, 1, 0, RyxErrorUnsupported},
+        {21, 2, 0, RyxErrorArgument},
         {21, 0, 0, RyxOk},
         {24, 5, 6, RyxOk},
         {30, 0x12345678, 0, RyxOk},

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 namespace StandIn {
 
@@ -161,12 +162,13 @@ NTSTATUS NTAPI ZwSetSecurityObject(HANDLE Handle, SECURITY_INFORMATION SecurityI
     if (found == handles.end()) {
         return STATUS_UNSUCCESSFUL;
     }
-    // Its size is that of its parts: the head of 20 bytes, and the list behind it.
+    // Its parts are the head, of version 1 with a list and all in one piece, and the list behind it, alone.
     const auto* const bytes = static_cast<const std::uint8_t*>(SecurityDescriptor);
     constexpr std::size_t head = 20;
-    const std::size_t list = bytes[16];
-    if (list != head) {
-        BugCheck("gave a security descriptor whose list stands elsewhere");
+    constexpr std::uint8_t places[16] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, head};
+    if (bytes[0] != 1 || (bytes[2] & 0x04) == 0 || (bytes[3] & 0x80) == 0 ||
+        std::memcmp(bytes + 4, places, sizeof places) != 0) {
+        BugCheck("gave a security descriptor that is none, or whose list stands elsewhere");
     }
     (*found)->Descriptor.assign(bytes,
                                 bytes + head + static_cast<std::size_t>(bytes[head + 2] | bytes[head + 3] << 8U));
