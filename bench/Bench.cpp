@@ -5,7 +5,7 @@
 #include "Lib/Common/ArgumentCommand.h"
 #include "Lib/Common/LibraryReset.h"
 #include "Lib/Platform/Driver.h"
-#include "Lib/Platform/StandIn/SmbiosBuilder.h"
+#include "machine/model/SmbiosBuilder.h"
 #include "viewer/ViewerMain.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 // Fuzz target: a command line with a response file.
 // Input: the arguments, one a line; a line of a single dot; the response file. An argument that begins with '@' names
 // the file; without one the program reads it as default.rsp.
-#include "Lib/Platform/StandIn/SmbiosBuilder.h"
 #include "fuzz/Harness.h"
+#include "machine/model/SmbiosBuilder.h"
 
 #include <cstdio>
 

@@ -1,9 +1,9 @@
 // Fuzz target: the helper driver under whatever programs do with its device, on a machine with memory of which Windows
 // manages some. What the driver says is compared with a model of what it may do.
 // Input: whether Windows tells what it manages, and how much; a piece of memory; then operations, one after another.
-#include "Lib/Platform/StandIn/Kernel.h"
-#include "Lib/Platform/StandIn/Memory.h"
 #include "fuzz/Harness.h"
+#include "machine/kernel/Kernel.h"
+#include "machine/kernel/Memory.h"
 
 #include <algorithm>
 #include <array>

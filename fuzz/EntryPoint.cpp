@@ -1,7 +1,7 @@
 // Fuzz target: an entry point, as a dump, in the legacy segment, or as the firmware table service's header.
 // Input: where; place in the segment; bytes.
-#include "Lib/Platform/StandIn/MachineTables.h"
 #include "fuzz/Harness.h"
+#include "machine/source/MachineTables.h"
 
 namespace {
 

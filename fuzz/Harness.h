@@ -1,7 +1,7 @@
 // What the fuzz targets share: reading an input piece by piece, and a fresh machine under the library for each.
 #pragma once
 
-#include "Lib/Platform/StandIn/Machine.h"
+#include "machine/model/Machine.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,9 +1,9 @@
 // Fuzz target: a machine file, and the program on the machine that it makes.
 // Input: the file. Slashes and double dots in values become underscores, so that it reaches nothing but the folder it
 // stands in, which holds `dump`, `rsmb`, `smbios_entry_point` and `DMI`.
-#include "Lib/Platform/StandIn/Machine.h"
-#include "Lib/Platform/StandIn/SmbiosBuilder.h"
 #include "fuzz/Harness.h"
+#include "machine/model/Machine.h"
+#include "machine/model/SmbiosBuilder.h"
 
 #include <cstdio>
 #include <filesystem>

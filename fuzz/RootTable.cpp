@@ -2,9 +2,9 @@
 // Input: ways to the root table, as bits; the bytes at TablesBase.
 #include "Lib/Common/AcpiData.h"
 #include "Lib/Common/FirmwareChannel.h"
-#include "Lib/Platform/StandIn/AcpiBuilder.h"
 #include "fuzz/Harness.h"
 #include "fuzz/Places.h"
+#include "machine/model/AcpiBuilder.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     InputReader input(data, size);

@@ -1,8 +1,8 @@
 // Writes the inputs that the fuzz targets start from: `fuzz-seeds FOLDER` makes a folder for each target in FOLDER.
 #include "Lib/Common/DmiParser.h"
-#include "Lib/Platform/StandIn/AcpiBuilder.h"
-#include "Lib/Platform/StandIn/SmbiosBuilder.h"
 #include "fuzz/Places.h"
+#include "machine/model/AcpiBuilder.h"
+#include "machine/model/SmbiosBuilder.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -4,7 +4,7 @@
 #include "Lib/Common/AcpiXsdtTableGet.h"
 #include "Lib/Common/Guid.h"
 #include "Lib/Platform/Driver.h"
-#include "Lib/Platform/StandIn/AcpiBuilder.h"
+#include "machine/model/AcpiBuilder.h"
 #include "tests/Support.h"
 
 #include <cstring>

@@ -10,7 +10,7 @@
 #include "Lib/Common/DmiInfoEntryGet.h"
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/Flash4kBufferAllocate.h"
-#include "Lib/Platform/StandIn/AcpiBuilder.h"
+#include "machine/model/AcpiBuilder.h"
 #include "tests/Support.h"
 #include "tests/ToolRun.h"
 #include "viewer/StructRead.h"

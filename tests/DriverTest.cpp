@@ -1,9 +1,9 @@
 // Tests of the helper driver: requests as the kernel sends them, and what the driver leaves when it goes.
-#include "Lib/Platform/StandIn/Faults.h"
-#include "Lib/Platform/StandIn/Kernel.h"
-#include "Lib/Platform/StandIn/KernelObjects.h"
-#include "Lib/Platform/StandIn/Machine.h"
-#include "Lib/Platform/StandIn/Memory.h"
+#include "machine/kernel/Kernel.h"
+#include "machine/kernel/KernelObjects.h"
+#include "machine/kernel/Memory.h"
+#include "machine/model/Machine.h"
+#include "machine/windows/Faults.h"
 #include "tests/Support.h"
 
 #include <algorithm>

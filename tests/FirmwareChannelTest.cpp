@@ -12,8 +12,8 @@
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/Mutex.h"
-#include "Lib/Platform/StandIn/AcpiBuilder.h"
-#include "Lib/Platform/StandIn/Memory.h"
+#include "machine/kernel/Memory.h"
+#include "machine/model/AcpiBuilder.h"
 #include "tests/Support.h"
 #include "tests/ToolRun.h"
 

@@ -1,6 +1,6 @@
 // Runs that end early: interrupted, stopped, or with nowhere to print to.
-#include "Lib/Platform/StandIn/Machine.h"
-#include "Lib/Platform/StandIn/SmbiosBuilder.h"
+#include "machine/model/Machine.h"
+#include "machine/model/SmbiosBuilder.h"
 #include "tests/Support.h"
 #include "tests/Terminal.h"
 

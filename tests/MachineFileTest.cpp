@@ -1,6 +1,6 @@
 // Tests of the machines that a user can choose: machine files, dumps, folders, this computer and the sample.
-#include "Lib/Platform/StandIn/MachineTables.h"
-#include "Lib/Platform/StandIn/Memory.h"
+#include "machine/kernel/Memory.h"
+#include "machine/source/MachineTables.h"
 #include "tests/Support.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // Table acquisition, the structure walk and the field lookup.
 #include "Lib/API/RyxSmbios.h"
 #include "Lib/Platform/Driver.h"
-#include "Lib/Platform/StandIn/AcpiBuilder.h"
+#include "machine/model/AcpiBuilder.h"
 #include "tests/Support.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // The program as a process: exit codes, messages, paging at a terminal.
-#include "Lib/Platform/StandIn/Machine.h"
-#include "Lib/Platform/StandIn/SmbiosBuilder.h"
+#include "machine/model/Machine.h"
+#include "machine/model/SmbiosBuilder.h"
 #include "tests/Support.h"
 #include "tests/Terminal.h"
 

@@ -1,5 +1,5 @@
 // Tests of the stand-in for Windows: what the bindings and the other tests rely on.
-#include "Lib/Platform/StandIn/Machine.h"
+#include "machine/model/Machine.h"
 #include "tests/Support.h"
 #include "tests/ToolRun.h"
 

@@ -1,8 +1,8 @@
 // What the tests on a machine share: decoders run on made-up tables, and the program run as a process.
 #pragma once
 
-#include "Lib/Platform/StandIn/Machine.h"
-#include "Lib/Platform/StandIn/SmbiosBuilder.h"
+#include "machine/model/Machine.h"
+#include "machine/model/SmbiosBuilder.h"
 #include "tests/library/Support.h"
 
 #include <cstdint>

@@ -4,7 +4,7 @@
 //
 // MACHINE is chosen as by QUARRINET_MACHINE. The memory file holds one record for each region (address, length, bytes;
 // both numbers little-endian in 4 bytes), the table file the answer with its header, empty when there is none.
-#include "Lib/Platform/StandIn/Machine.h"
+#include "machine/model/Machine.h"
 
 #include <cstdio>
 #include <fstream>

@@ -1,0 +1,41 @@
+// What the stand-in's kernel holds, beneath the operations that the helper driver calls of it. It watches over the
+// driver: one that breaks the kernel's rules ends the process, as it would end Windows.
+#pragma once
+
+#include "driver/Kernel.h"
+#include "machine/model/Machine.h"
+
+#include <list>
+#include <string>
+#include <utility>
+
+namespace StandIn {
+
+struct KernelDevice {
+    DEVICE_OBJECT Object{};
+    std::string Name;
+    Bytes Descriptor; // who may open it; empty: anybody
+};
+
+// What there is in the kernel.
+struct KernelState {
+    bool Loaded = false;
+    bool Started = false; // by the service, and not stopped since
+    DRIVER_OBJECT Driver{};
+    std::list<KernelDevice> Devices;
+    std::list<std::pair<std::string, std::string>> Links; // a name, and the device that it stands for
+    std::list<FILE_OBJECT> Files;
+    std::list<KernelDevice*> ObjectHandles;
+    LONG MutexesTaken = 0;
+    LONGLONG Slept = 0; // in 100 ns
+};
+
+KernelState& KernelHere();
+
+// Ends the process over what the driver did.
+[[noreturn]] void BugCheck(const char* what);
+
+// The device of that name in lower case, or null.
+KernelDevice* DeviceFind(const std::string& name);
+
+} // namespace StandIn

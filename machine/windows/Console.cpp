@@ -1,0 +1,157 @@
+// The console: one of a fixed size, the terminal of standard output, or none.
+#include "machine/host/Terminal.h"
+#include "machine/windows/Faults.h"
+
+#include <conio.h>
+#include <windows.h>
+
+#include <cstdio>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+using namespace StandIn;
+
+namespace {
+
+constexpr std::intptr_t OutputHandle = 7; // a value that no other handle has, for its lowest bits are set
+constexpr WORD DefaultColour = 7;         // light grey on black
+constexpr int EndOfInput = -1;
+constexpr int EnterKey = '\r';
+
+// The size of the console behind standard output; false when there is none, or none that keys can be read from.
+bool SizeGet(SHORT* columns, SHORT* rows) {
+    const Machine& machine = MachineGet();
+    if (machine.Console == ConsoleKind::Fixed) {
+        *columns = static_cast<SHORT>(machine.ConsoleColumns);
+        *rows = static_cast<SHORT>(machine.ConsoleRows);
+        return true;
+    }
+    winsize size{};
+    if (machine.Console == ConsoleKind::None || isatty(STDOUT_FILENO) == 0 ||
+        ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0 || size.ws_row == 0 || !TerminalReadable()) {
+        return false;
+    }
+    *columns = static_cast<SHORT>(size.ws_col);
+    *rows = static_cast<SHORT>(size.ws_row);
+    return true;
+}
+
+// The cells of the console that a handle writes to; 0 with the last error set when it does not.
+DWORD CellsOf(HANDLE handle) {
+    SHORT columns = 0;
+    SHORT rows = 0;
+    if (reinterpret_cast<std::intptr_t>(handle) == OutputHandle && SizeGet(&columns, &rows)) {
+        return static_cast<DWORD>(columns) * static_cast<DWORD>(rows);
+    }
+    return FailFalse(ERROR_INVALID_HANDLE);
+}
+
+// Goes through the stream that the program prints to, so that it comes in order with the text.
+void TerminalSend(const char* text) {
+    if (MachineGet().Console == ConsoleKind::Terminal) {
+        std::fputs(text, stdout);
+        std::fflush(stdout);
+    }
+}
+
+bool IsHome(COORD place) {
+    return place.X == 0 && place.Y == 0;
+}
+
+} // namespace
+
+HANDLE WINAPI GetStdHandle(DWORD nStdHandle) {
+    if (FailsWith(Named("GetStdHandle"), ERROR_INVALID_HANDLE)) {
+        return INVALID_HANDLE_VALUE;
+    }
+    if (nStdHandle != STD_OUTPUT_HANDLE) {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return INVALID_HANDLE_VALUE;
+    }
+    return reinterpret_cast<HANDLE>(OutputHandle);
+}
+
+// A terminal has no modes that anybody asks for.
+BOOL WINAPI GetConsoleMode(HANDLE hConsoleHandle, LPDWORD lpMode) {
+    if (FailsWith(Named("GetConsoleMode"), ERROR_INVALID_HANDLE)) {
+        return FALSE;
+    }
+    const ConsoleKind kind = MachineGet().Console;
+    if (reinterpret_cast<std::intptr_t>(hConsoleHandle) != OutputHandle || kind == ConsoleKind::None ||
+        (kind == ConsoleKind::Terminal && isatty(STDOUT_FILENO) == 0)) {
+        return FailFalse(ERROR_INVALID_HANDLE);
+    }
+    *lpMode = 0;
+    return TRUE;
+}
+
+BOOL WINAPI GetConsoleScreenBufferInfo(HANDLE hConsoleOutput, PCONSOLE_SCREEN_BUFFER_INFO lpConsoleScreenBufferInfo) {
+    if (FailsWith(Named("GetConsoleScreenBufferInfo"), ERROR_INVALID_HANDLE)) {
+        return FALSE;
+    }
+    SHORT columns = 0;
+    SHORT rows = 0;
+    if (reinterpret_cast<std::intptr_t>(hConsoleOutput) != OutputHandle || !SizeGet(&columns, &rows)) {
+        return FailFalse(ERROR_INVALID_HANDLE);
+    }
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    info.dwSize = COORD{columns, rows};
+    info.wAttributes = DefaultColour;
+    *lpConsoleScreenBufferInfo = info;
+    return TRUE;
+}
+
+// Only the whole console is ever filled, with blanks.
+BOOL WINAPI FillConsoleOutputCharacterA(HANDLE hConsoleOutput, CHAR cCharacter, DWORD nLength, COORD dwWriteCoord,
+                                        LPDWORD lpNumberOfCharsWritten) {
+    if (FailsWith(Named("FillConsoleOutputCharacterA"), ERROR_INVALID_HANDLE)) {
+        return FALSE;
+    }
+    const DWORD cells = CellsOf(hConsoleOutput);
+    if (cells == 0) {
+        return FALSE;
+    }
+    if (cCharacter != ' ' || nLength < cells || !IsHome(dwWriteCoord)) {
+        return FailFalse(ERROR_INVALID_PARAMETER);
+    }
+    TerminalSend("\x1b[2J");
+    *lpNumberOfCharsWritten = cells;
+    return TRUE;
+}
+
+// A terminal's cells take the colour that is current when they are erased.
+BOOL WINAPI FillConsoleOutputAttribute(HANDLE hConsoleOutput, WORD, DWORD, COORD, LPDWORD lpNumberOfAttrsWritten) {
+    if (FailsWith(Named("FillConsoleOutputAttribute"), ERROR_INVALID_HANDLE)) {
+        return FALSE;
+    }
+    *lpNumberOfAttrsWritten = CellsOf(hConsoleOutput);
+    return *lpNumberOfAttrsWritten != 0;
+}
+
+BOOL WINAPI SetConsoleCursorPosition(HANDLE hConsoleOutput, COORD dwCursorPosition) {
+    if (FailsWith(Named("SetConsoleCursorPosition"), ERROR_INVALID_HANDLE) || CellsOf(hConsoleOutput) == 0) {
+        return FALSE;
+    }
+    if (!IsHome(dwCursorPosition)) {
+        return FailFalse(ERROR_INVALID_PARAMETER);
+    }
+    TerminalSend("\x1b[H");
+    return TRUE;
+}
+
+// Without a terminal there is nothing to wait for.
+extern "C" int _kbhit() {
+    return MachineGet().Console != ConsoleKind::Terminal || TerminalKeyWaits() ? 1 : 0;
+}
+
+extern "C" int _getch() {
+    KeySeen();
+    switch (MachineGet().Console) {
+    case ConsoleKind::Fixed:
+        return EnterKey;
+    case ConsoleKind::Terminal:
+        return TerminalKeyRead();
+    default:
+        return EndOfInput;
+    }
+}

@@ -1,0 +1,149 @@
+// The list of operations, how often each was called, and which calls are to fail.
+#pragma once
+
+#include "machine/model/Machine.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <string_view>
+
+namespace StandIn {
+
+// Every operation that the stand-in answers and that can fail; the last one can't, and is only counted. An Operation is
+// an index into this list.
+constexpr std::string_view OperationNames[] = {
+    "AccessCheck",
+    "AddAccessAllowedAce",
+    "AdjustTokenPrivileges",
+    "AllocateAndInitializeSid",
+    "CloseHandle",
+    "CloseServiceHandle",
+    "ControlService",
+    "ConvertStringSecurityDescriptorToSecurityDescriptorA",
+    "CreateFileA",
+    "CreateFileW",
+    "CreateMutexA",
+    "CreateServiceA",
+    "DeleteFileA",
+    "DeleteService",
+    "DeviceIoControl",
+    "DuplicateToken",
+    "FillConsoleOutputAttribute",
+    "FillConsoleOutputCharacterA",
+    "FindResourceA",
+    "GetConsoleMode",
+    "GetConsoleScreenBufferInfo",
+    "GetFileSize",
+    "GetFirmwareEnvironmentVariableW",
+    "GetModuleFileNameA",
+    "GetModuleFileNameW",
+    "GetModuleHandleA",
+    "GetProcAddress",
+    "GetProcessAffinityMask",
+    "GetStdHandle",
+    "GetSystemFirmwareTable",
+    "GetTempPathA",
+    "GetVersionExA",
+    "InitializeAcl",
+    "InitializeSecurityDescriptor",
+    "IoCreateDevice",
+    "IoCreateSymbolicLink",
+    "IsWow64Process",
+    "LoadResource",
+    "LockResource",
+    "LookupPrivilegeValueA",
+    "MmAllocateContiguousMemorySpecifyCache",
+    "MmGetPhysicalMemoryRanges",
+    "MmGetSystemRoutineAddress",
+    "MmMapIoSpace",
+    "MmMapLockedPagesSpecifyCache",
+    "ObOpenObjectByPointer",
+    "OpenProcessToken",
+    "OpenSCManagerA",
+    "OpenServiceA",
+    "OpenThreadToken",
+    "PathRemoveFileSpecA",
+    "ReadFile",
+    "RegCloseKey",
+    "RegCreateKeyExA",
+    "RegDeleteKeyA",
+    "RegDeleteValueA",
+    "RegEnumKeyA",
+    "RegEnumValueA",
+    "RegOpenKeyA",
+    "RegOpenKeyExA",
+    "RegQueryValueExA",
+    "RegSetValueExA",
+    "ReleaseMutex",
+    "SetConsoleCtrlHandler",
+    "SetConsoleCursorPosition",
+    "SetFileAttributesA",
+    "SetFirmwareEnvironmentVariableW",
+    "SetPriorityClass",
+    "SetProcessAffinityMask",
+    "SetSecurityDescriptorDacl",
+    "SetSecurityDescriptorGroup",
+    "SetSecurityDescriptorOwner",
+    "SetThreadAffinityMask",
+    "SetThreadExecutionState",
+    "SizeofResource",
+    "StartServiceA",
+    "WaitForSingleObject",
+    "WriteFile",
+    "ZwSetSecurityObject",
+    "_getch",
+};
+
+// The operation of a name that is known when compiling; a wrong name doesn't compile.
+consteval Operation Named(std::string_view name) {
+    for (std::size_t index = 0; index < std::size(OperationNames); ++index) {
+        if (OperationNames[index] == name) {
+            return static_cast<Operation>(index);
+        }
+    }
+    throw "the stand-in has no such operation";
+}
+
+struct CallRecord {
+    std::array<std::uint64_t, std::size(OperationNames)> Counts;
+    std::uint64_t Total;
+    std::uint64_t FailNumber;
+    std::uint64_t FailedOperation; // its index plus one; 0: the call to fail has not come
+};
+
+extern CallRecord Calls;
+
+// Lets other programs act that come before the call just counted; whether one of the machine's faults strikes it.
+bool FaultStrikes(Operation which, std::uint32_t controlCode);
+
+// Counts a key press that was waited for, which can't fail.
+inline void KeySeen() {
+    ++Calls.Counts.back();
+}
+
+// Counts a call; true when it has to fail. Every operation that can fail asks here first.
+inline bool Fails(Operation which, std::uint32_t controlCode = 0) {
+    ++Calls.Counts[static_cast<std::size_t>(which)];
+    if (++Calls.Total == Calls.FailNumber) {
+        Calls.FailedOperation = static_cast<std::uint64_t>(which) + 1;
+        return true;
+    }
+    const Machine& machine = MachineGet();
+    return (!machine.Faults.empty() || !machine.Intrusions.empty()) && FaultStrikes(which, controlCode);
+}
+
+// As Fails, with the error number that the caller of the failing operation then finds.
+bool FailsWith(Operation which, std::uint32_t error);
+
+// Sets the error number that the caller finds; the result is false, for a failing operation to return.
+bool FailFalse(std::uint32_t error);
+
+// Counts a request with a control code; DeviceIoControl itself is counted by Fails.
+void ControlSeen(std::uint32_t code);
+
+// Forgets all counts and the call to fail.
+void CallsForget();
+
+} // namespace StandIn
