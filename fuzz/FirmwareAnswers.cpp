@@ -4,6 +4,7 @@
 #include "Lib/API/RyxFirmware.h"
 #include "Lib/Common/AcpiData.h"
 #include "Lib/Common/CallbackFunctions.h"
+#include "Lib/LittleEndian.h"
 #include "Lib/Platform/Driver.h"
 #include "fuzz/Harness.h"
 
@@ -38,7 +39,7 @@ void BufferFill(std::uint32_t phase) {
 std::string AnswerVariable(const StandIn::Bytes& identifier) {
     std::string name;
     for (std::size_t i = 0; i + 1 < identifier.size() && i < 8; i += 2) {
-        const unsigned unit = identifier[i] | identifier[i + 1] << 8U;
+        const auto unit = LittleEndianRead<std::uint16_t>(&identifier[i]);
         if (unit == 0) {
             break;
         }
