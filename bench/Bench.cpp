@@ -4,7 +4,10 @@
 #include "Lib/Common/ArgumentCommand.h"
 #include "Lib/Common/LibraryReset.h"
 #include "Lib/Platform/Driver.h"
+#include "machine/model/Faults.h"
+#include "machine/model/SampleMachine.h"
 #include "machine/model/SmbiosBuilder.h"
+#include "machine/windows/MachineSet.h"
 #include "viewer/ProgramRun.h"
 
 #include <algorithm>

@@ -4,6 +4,8 @@
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Common/LibraryReset.h"
 #include "Lib/Platform/Driver.h"
+#include "machine/model/Faults.h"
+#include "machine/windows/MachineSet.h"
 #include "viewer/ViewerState.h"
 
 #include <algorithm>

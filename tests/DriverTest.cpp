@@ -2,8 +2,9 @@
 #include "machine/kernel/Kernel.h"
 #include "machine/kernel/KernelObjects.h"
 #include "machine/kernel/Memory.h"
+#include "machine/model/Faults.h"
 #include "machine/model/Machine.h"
-#include "machine/windows/Faults.h"
+#include "machine/windows/MachineSet.h"
 #include "tests/Support.h"
 
 #include <algorithm>

@@ -232,7 +232,7 @@ void PortWrite(std::uint16_t port, std::uint8_t value) {
     }
 }
 
-// The interrupt serves many; only this value is the channel's. What is no record stays unanswered.
+// Interrupts with other values are not for the request channel. A buffer without a request record gets no answer.
 void FirmwareSmi(std::uint8_t value) {
     if (value != SmiValue) {
         return;

@@ -4,6 +4,9 @@
 #include "driver/Kernel.h"
 #include "machine/kernel/KernelObjects.h"
 #include "machine/kernel/Memory.h"
+#include "machine/model/Lower.h"
+
+#include <windows.h>
 
 #include <algorithm>
 #include <cstring>
@@ -13,42 +16,29 @@ namespace StandIn {
 
 namespace {
 
-enum Error : std::uint32_t {
-    Success = 0,
-    InvalidFunction = 1,
-    FileNotFound = 2,
-    AccessDenied = 5,
-    GeneralFailure = 31,
-    InvalidParameter = 87,
-    InsufficientBuffer = 122,
-    AlreadyExists = 183,
-    NotFound = 1168,
-    NoSystemResources = 1450,
-};
-
 // The error number that programs see for a status.
 std::uint32_t ErrorOf(NTSTATUS status) {
     switch (status) {
     case STATUS_SUCCESS:
-        return Success;
+        return ERROR_SUCCESS;
     case STATUS_INVALID_PARAMETER:
-        return InvalidParameter;
+        return ERROR_INVALID_PARAMETER;
     case STATUS_INVALID_DEVICE_REQUEST:
-        return InvalidFunction;
+        return ERROR_INVALID_FUNCTION;
     case STATUS_ACCESS_DENIED:
-        return AccessDenied;
+        return ERROR_ACCESS_DENIED;
     case STATUS_BUFFER_TOO_SMALL:
-        return InsufficientBuffer;
+        return ERROR_INSUFFICIENT_BUFFER;
     case STATUS_OBJECT_NAME_NOT_FOUND:
-        return FileNotFound;
+        return ERROR_FILE_NOT_FOUND;
     case STATUS_OBJECT_NAME_COLLISION:
-        return AlreadyExists;
+        return ERROR_ALREADY_EXISTS;
     case STATUS_NOT_FOUND:
-        return NotFound;
+        return ERROR_NOT_FOUND;
     case STATUS_INSUFFICIENT_RESOURCES:
-        return NoSystemResources;
+        return ERROR_NO_SYSTEM_RESOURCES;
     default:
-        return GeneralFailure;
+        return ERROR_GEN_FAILURE;
     }
 }
 
@@ -98,13 +88,11 @@ ACCESS_MASK RightsAllowed(const Bytes& descriptor, bool administrator) {
 
 // What the generic rights mean for a file.
 ACCESS_MASK FileRights(std::uint32_t access) {
-    constexpr std::uint32_t genericRead = 0x80000000;
-    constexpr std::uint32_t genericWrite = 0x40000000;
     constexpr ACCESS_MASK fileRead = 0x120089;
     constexpr ACCESS_MASK fileWrite = 0x120116;
-    ACCESS_MASK rights = access & ~(genericRead | genericWrite);
-    rights |= (access & genericRead) != 0 ? fileRead : 0;
-    rights |= (access & genericWrite) != 0 ? fileWrite : 0;
+    ACCESS_MASK rights = access & ~(GENERIC_READ | GENERIC_WRITE);
+    rights |= (access & GENERIC_READ) != 0 ? fileRead : 0;
+    rights |= (access & GENERIC_WRITE) != 0 ? fileWrite : 0;
     return rights;
 }
 
@@ -206,7 +194,7 @@ std::uint32_t KernelFileOpen(const std::string& name, std::uint32_t access, bool
             status = SendPlain(&kernel.Files.front(), IRP_MJ_CREATE, &security);
             if (NT_SUCCESS(status)) {
                 *file = &kernel.Files.front();
-                return Success;
+                return ERROR_SUCCESS;
             }
             kernel.Files.pop_front();
         }
@@ -275,7 +263,7 @@ std::uint32_t KernelControl(void* file, std::uint32_t code, const void* input, s
     if (method == METHOD_BUFFERED && *returned != 0) {
         std::memcpy(output, system, *returned);
     }
-    return Success;
+    return ERROR_SUCCESS;
 }
 
 void KernelForget() {

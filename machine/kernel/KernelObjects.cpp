@@ -1,8 +1,8 @@
 // The operations of the kernel that the helper driver calls.
 #include "machine/kernel/KernelObjects.h"
 
-#include "machine/windows/Faults.h"
-#include "machine/windows/State.h"
+#include "machine/model/Faults.h"
+#include "machine/model/Lower.h"
 
 #include <algorithm>
 #include <cstdio>

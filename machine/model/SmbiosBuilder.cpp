@@ -1,6 +1,8 @@
 // Builds SMBIOS structure tables and entry points.
 #include "machine/model/SmbiosBuilder.h"
 
+#include "machine/model/EntryPoint.h"
+
 #include <algorithm>
 #include <numeric>
 #include <utility>

@@ -1,9 +1,10 @@
 // A new machine for the process, and what a run leaves behind in it.
+#include "machine/windows/MachineSet.h"
+
 #include "machine/host/HostFile.h"
 #include "machine/kernel/FirmwareModel.h"
 #include "machine/kernel/Kernel.h"
-#include "machine/model/Machine.h"
-#include "machine/windows/Faults.h"
+#include "machine/model/Faults.h"
 #include "machine/windows/Handles.h"
 #include "machine/windows/Mutexes.h"
 #include "machine/windows/State.h"
