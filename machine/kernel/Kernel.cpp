@@ -103,32 +103,6 @@ NTSTATUS NTAPI RequestRefuse(DEVICE_OBJECT*, IRP* irp) {
     return STATUS_INVALID_DEVICE_REQUEST;
 }
 
-// Hands a request to the driver, which serves it before it returns.
-NTSTATUS Send(IRP* irp, IO_STACK_LOCATION* stack) {
-    irp->CurrentStackLocation = stack;
-    DEVICE_OBJECT* const device = stack->FileObject->DeviceObject;
-    const NTSTATUS status = device->DriverObject->MajorFunction[stack->MajorFunction](device, irp);
-    if (irp->Completions != 1) {
-        BugCheck("did not complete a request once");
-    }
-    if (irp->IoStatus.Status != status) {
-        BugCheck("returned another status than it completed the request with");
-    }
-    if (KernelHere().MutexesTaken != 0) {
-        BugCheck("kept a mutex over the end of a request");
-    }
-    return status;
-}
-
-NTSTATUS SendPlain(FILE_OBJECT* file, UCHAR function, IO_SECURITY_CONTEXT* security = nullptr) {
-    IRP irp{};
-    IO_STACK_LOCATION stack{};
-    stack.MajorFunction = function;
-    stack.FileObject = file;
-    stack.Parameters.Create.SecurityContext = security;
-    return Send(&irp, &stack);
-}
-
 NTSTATUS Load() {
     KernelState& kernel = KernelHere();
     if (kernel.Loaded) {
@@ -157,6 +131,31 @@ void UnloadIfUnused() {
 }
 
 } // namespace
+
+NTSTATUS RequestSend(IRP* irp, IO_STACK_LOCATION* stack) {
+    irp->CurrentStackLocation = stack;
+    DEVICE_OBJECT* const device = stack->FileObject->DeviceObject;
+    const NTSTATUS status = device->DriverObject->MajorFunction[stack->MajorFunction](device, irp);
+    if (irp->Completions != 1) {
+        BugCheck("did not complete a request once");
+    }
+    if (irp->IoStatus.Status != status) {
+        BugCheck("returned another status than it completed the request with");
+    }
+    if (KernelHere().MutexesTaken != 0) {
+        BugCheck("kept a mutex over the end of a request");
+    }
+    return status;
+}
+
+NTSTATUS PlainSend(FILE_OBJECT* file, UCHAR function, IO_SECURITY_CONTEXT* security) {
+    IRP irp{};
+    IO_STACK_LOCATION stack{};
+    stack.MajorFunction = function;
+    stack.FileObject = file;
+    stack.Parameters.Create.SecurityContext = security;
+    return RequestSend(&irp, &stack);
+}
 
 std::uint32_t KernelDriverStart() {
     if (KernelHere().Files.empty()) {
@@ -191,7 +190,7 @@ std::uint32_t KernelFileOpen(const std::string& name, std::uint32_t access, bool
         status = STATUS_ACCESS_DENIED;
         if (allowed) {
             kernel.Files.push_front(FILE_OBJECT{&device->Object, nullptr});
-            status = SendPlain(&kernel.Files.front(), IRP_MJ_CREATE, &security);
+            status = PlainSend(&kernel.Files.front(), IRP_MJ_CREATE, &security);
             if (NT_SUCCESS(status)) {
                 *file = &kernel.Files.front();
                 return ERROR_SUCCESS;
@@ -210,8 +209,8 @@ void KernelFileClose(void* file) {
     if (found == kernel.Files.end()) {
         return;
     }
-    SendPlain(&*found, IRP_MJ_CLEANUP);
-    SendPlain(&*found, IRP_MJ_CLOSE);
+    PlainSend(&*found, IRP_MJ_CLEANUP);
+    PlainSend(&*found, IRP_MJ_CLOSE);
     kernel.Files.erase(found);
     UnloadIfUnused();
 }
@@ -222,14 +221,14 @@ void KernelFilesClose() {
     }
 }
 
-std::uint32_t KernelControl(void* file, std::uint32_t code, const void* input, std::uint32_t inputLength, void* output,
-                            std::uint32_t outputLength, std::uint32_t* returned) {
+NTSTATUS ControlSend(FILE_OBJECT* file, std::uint32_t code, const void* input, std::uint32_t inputLength, void* output,
+                     std::uint32_t outputLength, std::uint32_t* returned) {
     const std::uint32_t method = code & 3U;
     IRP irp{};
     MDL pages{};
     IO_STACK_LOCATION stack{};
     stack.MajorFunction = IRP_MJ_DEVICE_CONTROL;
-    stack.FileObject = static_cast<FILE_OBJECT*>(file);
+    stack.FileObject = file;
     stack.Parameters.DeviceIoControl.IoControlCode = code;
     stack.Parameters.DeviceIoControl.InputBufferLength = inputLength;
     stack.Parameters.DeviceIoControl.OutputBufferLength = outputLength;
@@ -252,18 +251,26 @@ std::uint32_t KernelControl(void* file, std::uint32_t code, const void* input, s
         pages.ByteCount = outputLength;
         irp.MdlAddress = &pages;
     }
-    const NTSTATUS status = Send(&irp, &stack);
-    if (!NT_SUCCESS(status)) {
-        return ErrorOf(status);
-    }
+    const NTSTATUS status = RequestSend(&irp, &stack);
     if (irp.IoStatus.Information > outputLength) {
         BugCheck("gave more output than there is room for");
     }
     *returned = static_cast<std::uint32_t>(irp.IoStatus.Information);
-    if (method == METHOD_BUFFERED && *returned != 0) {
+    if (NT_SUCCESS(status) && method == METHOD_BUFFERED && *returned != 0) {
         std::memcpy(output, system, *returned);
     }
-    return ERROR_SUCCESS;
+    return status;
+}
+
+std::uint32_t KernelControl(void* file, std::uint32_t code, const void* input, std::uint32_t inputLength, void* output,
+                            std::uint32_t outputLength, std::uint32_t* returned) {
+    std::uint32_t given = 0;
+    const NTSTATUS status =
+        ControlSend(static_cast<FILE_OBJECT*>(file), code, input, inputLength, output, outputLength, &given);
+    if (NT_SUCCESS(status)) {
+        *returned = given;
+    }
+    return ErrorOf(status);
 }
 
 void KernelForget() {
