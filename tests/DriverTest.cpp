@@ -1,4 +1,5 @@
 // Tests of the helper driver: requests as the kernel sends them, and what the driver leaves when it goes.
+#include "Lib/LittleEndian.h"
 #include "machine/kernel/Kernel.h"
 #include "machine/kernel/KernelObjects.h"
 #include "machine/kernel/Memory.h"
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <list>
 #include <ntddk.h>
@@ -58,9 +58,7 @@ Bytes LittleEndian(std::uint32_t value) {
 }
 
 std::uint32_t Number(const Bytes& bytes) {
-    std::uint32_t number = 0;
-    std::memcpy(&number, bytes.data(), std::min(bytes.size(), sizeof number));
-    return number;
+    return static_cast<std::uint32_t>(LittleEndianRead(bytes.data(), bytes.size()));
 }
 
 // A machine on which Windows manages these ranges, or doesn't say.
@@ -231,7 +229,8 @@ TEST(Driver, MissingBuffersAreAStatus) {
                 StandIn::FailCall(StandIn::CallTotal() + 1);
             }
             const bool mapped = one.Expected == STATUS_SUCCESS;
-            EXPECT_EQ(StandIn::RequestSend(&irp, &stack), mapped && mappingFails ? STATUS_INSUFFICIENT_RESOURCES : one.Expected);
+            EXPECT_EQ(StandIn::RequestSend(&irp, &stack),
+                      mapped && mappingFails ? STATUS_INSUFFICIENT_RESOURCES : one.Expected);
             StandIn::FailCall(0);
         }
     }

@@ -1,6 +1,7 @@
 // The kernel in which the helper driver runs: loading it, and the requests that reach its device.
 #include "machine/kernel/Kernel.h"
 
+#include "Lib/LittleEndian.h"
 #include "driver/Kernel.h"
 #include "machine/kernel/KernelObjects.h"
 #include "machine/kernel/Memory.h"
@@ -43,12 +44,10 @@ std::uint32_t ErrorOf(NTSTATUS status) {
 }
 
 std::uint32_t NumberAt(const Bytes& bytes, std::size_t at, std::size_t size) {
-    std::uint32_t number = 0;
     if (at + size > bytes.size()) {
         BugCheck("gave a security descriptor that ends early");
     }
-    std::memcpy(&number, bytes.data() + at, size);
-    return number;
+    return static_cast<std::uint32_t>(LittleEndianRead(bytes.data() + at, size));
 }
 
 // The rights that a self-relative security descriptor allows the system's administrators, or else ordinary users.

@@ -1,6 +1,8 @@
 // SMBIOS entry points, and the tables that they lead to.
 #include "machine/model/EntryPoint.h"
 
+#include "Lib/LittleEndian.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -11,14 +13,6 @@ namespace {
 constexpr std::uint64_t SegmentStart = 0xF0000;
 constexpr std::uint64_t ParagraphSize = 16;
 constexpr std::size_t EntrySize30 = 24;
-
-std::uint64_t Little(const std::uint8_t* bytes, std::size_t offset, unsigned width) {
-    std::uint64_t value = 0;
-    while (width-- > 0) {
-        value = value << 8 | bytes[offset + width];
-    }
-    return value;
-}
 
 // The first paragraph of the legacy segment where an entry point does not overlap the table.
 std::uint64_t EntryAddress(std::uint64_t tableAddress, std::size_t tableSize) {
@@ -51,15 +45,15 @@ std::optional<EntryPoint> EntryPointParse(const Bytes& bytes, std::string* error
                           bytes[0x06],
                           bytes[0x07],
                           bytes[0x0A],
-                          Little(bytes.data(), 0x18, 4),
-                          static_cast<std::uint32_t>(Little(bytes.data(), 0x16, 2))};
+                          LittleEndianRead<std::uint32_t>(bytes.data() + 0x18),
+                          LittleEndianRead<std::uint16_t>(bytes.data() + 0x16)};
     }
     return EntryPoint{false,
                       bytes[0x07],
                       bytes[0x08],
                       bytes[0x0A],
-                      Little(bytes.data(), 0x10, 8),
-                      static_cast<std::uint32_t>(Little(bytes.data(), 0x0C, 4))};
+                      LittleEndianRead<std::uint64_t>(bytes.data() + 0x10),
+                      LittleEndianRead<std::uint32_t>(bytes.data() + 0x0C)};
 }
 
 bool TablesInstall(Machine& machine, const Bytes& entryPoint, Bytes table, std::string* error) {

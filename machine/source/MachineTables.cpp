@@ -1,6 +1,7 @@
 // Machines out of SMBIOS tables: an entry point and its structure table, from a folder, a dump or this computer.
 #include "machine/source/MachineTables.h"
 
+#include "Lib/LittleEndian.h"
 #include "machine/host/HostFile.h"
 #include "machine/model/EntryPoint.h"
 
@@ -16,14 +17,6 @@ namespace {
 constexpr std::size_t AnswerHeaderSize = 8;
 constexpr std::size_t StructureHeaderSize = 4;
 constexpr std::uint8_t EndOfTable = 127;
-
-std::uint64_t Little(const std::uint8_t* bytes, std::size_t offset, unsigned width) {
-    std::uint64_t value = 0;
-    while (width-- > 0) {
-        value = value << 8 | bytes[offset + width];
-    }
-    return value;
-}
 
 // The structures at the start of some bytes, as far as they are whole.
 struct Structures {
@@ -92,8 +85,8 @@ std::string ContentName(const Bytes& content, const std::string& path) {
         (size >= 4 && isText(bytes[0]) && bytes[1] == 0 && isText(bytes[2]) && bytes[3] == 0)) {
         return "UTF-16 text";
     }
-    if (size > AnswerHeaderSize && Little(bytes, 4, 4) <= size - AnswerHeaderSize &&
-        IsTable(bytes + AnswerHeaderSize, Little(bytes, 4, 4))) {
+    const std::uint32_t stated = size > AnswerHeaderSize ? LittleEndianRead<std::uint32_t>(bytes + 4) : 0;
+    if (size > AnswerHeaderSize && stated <= size - AnswerHeaderSize && IsTable(bytes + AnswerHeaderSize, stated)) {
         return "an answer of the firmware table service, which the line \"firmware-table RSMB = " + path +
                "\" of a machine file reads";
     }

@@ -1,6 +1,7 @@
 // Tokens, privileges, security descriptors and the access check.
 #include "machine/windows/Security.h"
 
+#include "Lib/LittleEndian.h"
 #include "machine/windows/Handles.h"
 #include "machine/windows/LastError.h"
 #include "machine/windows/State.h"
@@ -53,10 +54,8 @@ DWORD SidLength(const SID* sid) {
 
 // Copied from memory, because the type declares an array of one for the sub-authorities.
 DWORD SubAuthority(const SID* sid, unsigned index) {
-    DWORD value = 0;
-    std::memcpy(&value, reinterpret_cast<const char*>(sid) + offsetof(SID, SubAuthority) + sizeof value * index,
-                sizeof value);
-    return value;
+    return LittleEndianRead<DWORD>(reinterpret_cast<const char*>(sid) + offsetof(SID, SubAuthority) +
+                                   sizeof(DWORD) * index);
 }
 
 bool IsWindowsOwn(const SID* sid) {
