@@ -1,12 +1,14 @@
 // Measures what field requests and listings cost, beside bare copies of the memory that they are obliged to copy.
-#include "Lib/API/RyxLib.h"
 #include "Lib/API/RyxSmbios.h"
 #include "Lib/Common/Argument.h"
 #include "Lib/Common/ArgumentCommand.h"
 #include "Lib/Common/LibraryReset.h"
 #include "Lib/Platform/Driver.h"
+#include "machine/model/Faults.h"
+#include "machine/model/SampleMachine.h"
 #include "machine/model/SmbiosBuilder.h"
-#include "viewer/ViewerMain.h"
+#include "machine/windows/MachineSet.h"
+#include "viewer/ProgramRun.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
@@ -90,8 +92,8 @@ const Subject Servers[] = {{"32 structures", ServerMake, 32, PartNumber, 31},
                            {"128 structures", ServerMake, 128, PartNumber, 127},
                            {"300 structures, whole", WholeMake, 300, PartNumber, 100}};
 
-// Makes the machine the process's, and starts the library on it.
-void Start(const Subject& subject, Road road) {
+// Makes the machine the process's, and runs the program on it with that work.
+void Run(const Subject& subject, Road road, const std::function<std::uint32_t()>& work) {
     static char program[] = "Quarrinet";
     static char command[] = "/type";
     static char* arguments[] = {program, command, nullptr};
@@ -100,7 +102,7 @@ void Start(const Subject& subject, Road road) {
     StandIn::MachineSet(std::move(machine));
     setenv("QUARRINET_WHOLE", subject.Make == WholeMake ? "1" : "0", 1);
     LibraryReset();
-    if (RyxLibInit(2, arguments) != RyxOk) {
+    if (ProgramRun(2, arguments, work) != 0) {
         std::fprintf(stderr, "bench: the library does not start\n");
         std::exit(1);
     }
@@ -162,24 +164,25 @@ private:
 enum class What { Field, FieldBare, Listing, ListingBare };
 
 void Measure(benchmark::State& state, const Subject& subject, Road road, What what) {
-    Start(subject, road);
-    BareCopies bare(road);
-    const std::uint64_t copies = what == What::ListingBare ? ListingCopies(road) : 1;
-    for (auto _ : state) {
-        switch (what) {
-        case What::Field:
-            FieldAsk(subject);
-            break;
-        case What::Listing:
-            ListingShow();
-            break;
-        default:
-            for (std::uint64_t copy = 0; copy < copies; ++copy) {
-                bare.Make();
+    Run(subject, road, [&] {
+        BareCopies bare(road);
+        const std::uint64_t copies = what == What::ListingBare ? ListingCopies(road) : 1;
+        for (auto _ : state) {
+            switch (what) {
+            case What::Field:
+                FieldAsk(subject);
+                break;
+            case What::Listing:
+                ListingShow();
+                break;
+            default:
+                for (std::uint64_t copy = 0; copy < copies; ++copy) {
+                    bare.Make();
+                }
             }
         }
-    }
-    RyxLibExit();
+        return 0;
+    });
 }
 
 std::string NameOf(const Subject& subject, Road road, What what) {

@@ -2,13 +2,11 @@
 // Input: which; for variables the session identifier; the answers, each with its length before it.
 #include "Lib/API/RyxBin.h"
 #include "Lib/API/RyxFirmware.h"
-#include "Lib/API/RyxLib.h"
 #include "Lib/Common/AcpiData.h"
 #include "Lib/Common/CallbackFunctions.h"
-#include "Lib/Common/LibraryContext.h"
+#include "Lib/LittleEndian.h"
 #include "Lib/Platform/Driver.h"
 #include "fuzz/Harness.h"
-#include "viewer/ViewerMain.h"
 
 #include <deque>
 #include <memory>
@@ -41,7 +39,7 @@ void BufferFill(std::uint32_t phase) {
 std::string AnswerVariable(const StandIn::Bytes& identifier) {
     std::string name;
     for (std::size_t i = 0; i + 1 < identifier.size() && i < 8; i += 2) {
-        const unsigned unit = identifier[i] | identifier[i + 1] << 8U;
+        const auto unit = LittleEndianRead<std::uint16_t>(&identifier[i]);
         if (unit == 0) {
             break;
         }
@@ -79,27 +77,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     answer();
     StartOver(machine);
     CallbackFunctionRegister(CallbackTypeFirmwareTrigger, BufferFill);
-    char program[] = "Quarrinet";
-    char command[] = "/help";
-    char* arguments[] = {program, command, nullptr};
-    if (RyxLibInit(2, arguments) != RyxOk) {
+    const int code = ProgramRun({"/help"}, [&] {
+        answer();
+        ViewerMain();
+        for (int request = 0; request < 3; ++request) {
+            answer();
+            RyxBin* bin = nullptr;
+            RyxBinCreate(1ULL << (4 * request + 4), &bin);
+            std::uint64_t status = 0;
+            RyxFirmwareRequest(0x12200, &status, bin);
+            RyxBinFree(bin);
+        }
+        return 0;
+    });
+    if (code != 0) {
         Fault("the library did not start");
     }
-    answer();
-    ViewerMain();
-    for (int request = 0; request < 3; ++request) {
-        answer();
-        RyxBin* bin = nullptr;
-        RyxBinCreate(1ULL << (4 * request + 4), &bin);
-        std::uint64_t status = 0;
-        RyxFirmwareRequest(0x12200, &status, bin);
-        RyxBinFree(bin);
-    }
-    if (RyxLibExit() != RyxOk) {
-        Fault("the library did not stop");
-    }
-    LibraryContextGet().Arguments = nullptr;
-    LibraryContextGet().ArgumentCount = 0;
     LeftoversCheck();
     return 0;
 }

@@ -1,11 +1,11 @@
 // What the fuzz targets share.
 #include "fuzz/Harness.h"
 
-#include "Lib/API/RyxLib.h"
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Common/LibraryReset.h"
 #include "Lib/Platform/Driver.h"
-#include "viewer/ViewerMain.h"
+#include "machine/model/Faults.h"
+#include "machine/windows/MachineSet.h"
 #include "viewer/ViewerState.h"
 
 #include <algorithm>
@@ -54,22 +54,17 @@ void StartWithDriver(StandIn::Machine machine) {
     }
 }
 
-int ProgramRun(const std::vector<std::string>& arguments) {
+int ProgramRun(const std::vector<std::string>& arguments, const std::function<std::uint32_t()>& work) {
     std::vector<std::string> words{"Quarrinet"};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
     for (std::string& word : words) {
         argv.push_back(word.data());
     }
-    if (RyxLibInit(static_cast<std::uint32_t>(argv.size()), argv.data()) != RyxOk) {
-        RyxLibInitErrorPrint();
-        return RyxLibErrorCodeGet();
-    }
-    const std::uint32_t error = ViewerMain();
-    RyxLibExit();
+    const int code = ProgramRun(static_cast<int>(argv.size()), argv.data(), work);
     LibraryContextGet().Arguments = nullptr;
     LibraryContextGet().ArgumentCount = 0;
-    return static_cast<int>(error);
+    return code;
 }
 
 void Fault(const std::string& what) {

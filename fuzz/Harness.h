@@ -2,6 +2,7 @@
 #pragma once
 
 #include "machine/model/Machine.h"
+#include "viewer/ProgramRun.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -37,8 +38,8 @@ void StartOver(StandIn::Machine machine);
 // As StartOver, with the driver loaded: what a request needs.
 void StartWithDriver(StandIn::Machine machine);
 
-// Runs the whole program but for its process entry on the process's machine, and gives its exit code.
-int ProgramRun(const std::vector<std::string>& arguments);
+// Runs the whole program on the process's machine, and gives its exit code.
+int ProgramRun(const std::vector<std::string>& arguments, const std::function<std::uint32_t()>& work = ViewerMain);
 
 // Stops the fuzzer with a message: something that must never be was seen.
 [[noreturn]] void Fault(const std::string& what);

@@ -4,6 +4,7 @@
 #include "fuzz/Harness.h"
 #include "machine/model/Machine.h"
 #include "machine/model/SmbiosBuilder.h"
+#include "machine/source/MachineChoice.h"
 
 #include <cstdio>
 #include <filesystem>

@@ -2,7 +2,9 @@
 #include "Lib/Common/DmiParser.h"
 #include "fuzz/Places.h"
 #include "machine/model/AcpiBuilder.h"
+#include "machine/model/SampleMachine.h"
 #include "machine/model/SmbiosBuilder.h"
+#include "machine/windows/MachineSet.h"
 
 #include <algorithm>
 #include <cstdio>

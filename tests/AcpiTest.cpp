@@ -5,6 +5,8 @@
 #include "Lib/Common/Guid.h"
 #include "Lib/Platform/Driver.h"
 #include "machine/model/AcpiBuilder.h"
+#include "machine/model/Faults.h"
+#include "machine/windows/MachineSet.h"
 #include "tests/Support.h"
 
 #include <cstring>

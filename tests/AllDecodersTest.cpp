@@ -2,6 +2,7 @@
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Common/QelCrypto.h"
 #include "Lib/Platform/Driver.h"
+#include "machine/model/SampleMachine.h"
 #include "tests/Support.h"
 #include "viewer/StructDispatch.h"
 #include "viewer/StructRead.h"

@@ -11,6 +11,7 @@
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/Flash4kBufferAllocate.h"
 #include "machine/model/AcpiBuilder.h"
+#include "machine/windows/MachineSet.h"
 #include "tests/Support.h"
 #include "tests/ToolRun.h"
 #include "viewer/StructRead.h"

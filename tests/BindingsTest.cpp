@@ -3,6 +3,8 @@
 #include "Lib/API/RyxPrint.h"
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Platform/Driver.h"
+#include "machine/model/Faults.h"
+#include "machine/windows/MachineSet.h"
 #include "tests/Support.h"
 
 #include <gtest/gtest.h>

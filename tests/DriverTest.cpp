@@ -1,14 +1,15 @@
 // Tests of the helper driver: requests as the kernel sends them, and what the driver leaves when it goes.
+#include "Lib/LittleEndian.h"
 #include "machine/kernel/Kernel.h"
 #include "machine/kernel/KernelObjects.h"
 #include "machine/kernel/Memory.h"
+#include "machine/model/Faults.h"
 #include "machine/model/Machine.h"
-#include "machine/windows/Faults.h"
+#include "machine/windows/MachineSet.h"
 #include "tests/Support.h"
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <list>
 #include <ntddk.h>
@@ -57,9 +58,7 @@ Bytes LittleEndian(std::uint32_t value) {
 }
 
 std::uint32_t Number(const Bytes& bytes) {
-    std::uint32_t number = 0;
-    std::memcpy(&number, bytes.data(), std::min(bytes.size(), sizeof number));
-    return number;
+    return static_cast<std::uint32_t>(LittleEndianRead(bytes.data(), bytes.size()));
 }
 
 // A machine on which Windows manages these ranges, or doesn't say.
@@ -89,53 +88,22 @@ public:
         }
     }
 
-    NTSTATUS Send(IRP* irp, IO_STACK_LOCATION* stack) {
-        irp->CurrentStackLocation = stack;
-        const NTSTATUS status = Driver.MajorFunction[stack->MajorFunction](Driver.DeviceObject, irp);
-        EXPECT_EQ(irp->Completions, 1U);
-        EXPECT_EQ(irp->IoStatus.Status, status);
-        return status;
-    }
-
-    NTSTATUS SendPlain(UCHAR function, FILE_OBJECT* file, IO_SECURITY_CONTEXT* security = nullptr) {
-        IRP irp{};
-        IO_STACK_LOCATION stack{};
-        stack.MajorFunction = function;
-        stack.FileObject = file;
-        stack.Parameters.Create.SecurityContext = security;
-        return Send(&irp, &stack);
-    }
-
     FILE_OBJECT* Open() {
         IO_SECURITY_CONTEXT security{FILE_READ_DATA | FILE_WRITE_DATA};
         Files.push_back({Driver.DeviceObject, nullptr});
-        EXPECT_EQ(SendPlain(IRP_MJ_CREATE, &Files.back(), &security), STATUS_SUCCESS);
+        EXPECT_EQ(StandIn::PlainSend(&Files.back(), IRP_MJ_CREATE, &security), STATUS_SUCCESS);
         return &Files.back();
     }
 
-    void Close(FILE_OBJECT* file) { EXPECT_EQ(SendPlain(IRP_MJ_CLOSE, file), STATUS_SUCCESS); }
+    static void Close(FILE_OBJECT* file) { EXPECT_EQ(StandIn::PlainSend(file, IRP_MJ_CLOSE), STATUS_SUCCESS); }
 
     // Sends a control request. `output` is as long as the request's, and gets what comes.
-    NTSTATUS Control(FILE_OBJECT* file, ULONG code, Bytes input, Bytes* output) {
-        IRP irp{};
-        MDL pages{};
-        IO_STACK_LOCATION stack{};
-        stack.MajorFunction = IRP_MJ_DEVICE_CONTROL;
-        stack.FileObject = file;
-        stack.Parameters.DeviceIoControl = {static_cast<ULONG>(output->size()), static_cast<ULONG>(input.size()), code};
-        pages.StartVa = output->data();
-        pages.ByteCount = static_cast<ULONG>(output->size());
-        const bool buffered = (code & 3U) == METHOD_BUFFERED;
-        if (buffered && output->size() > input.size()) {
-            input.resize(output->size());
-        }
-        irp.AssociatedIrp.SystemBuffer = input.empty() ? nullptr : input.data();
-        irp.MdlAddress = buffered || output->empty() ? nullptr : &pages;
-        const NTSTATUS status = Send(&irp, &stack);
-        EXPECT_EQ(irp.IoStatus.Information, NT_SUCCESS(status) && code != WriteMemory ? output->size() : 0);
-        if (buffered) {
-            std::copy_n(input.begin(), irp.IoStatus.Information, output->begin());
-        }
+    NTSTATUS Control(FILE_OBJECT* file, ULONG code, const Bytes& input, Bytes* output) {
+        std::uint32_t returned = 0;
+        const NTSTATUS status =
+            StandIn::ControlSend(file, code, input.data(), static_cast<std::uint32_t>(input.size()), output->data(),
+                                 static_cast<std::uint32_t>(output->size()), &returned);
+        EXPECT_EQ(returned, NT_SUCCESS(status) && code != WriteMemory ? output->size() : 0);
         return status;
     }
 
@@ -261,7 +229,8 @@ TEST(Driver, MissingBuffersAreAStatus) {
                 StandIn::FailCall(StandIn::CallTotal() + 1);
             }
             const bool mapped = one.Expected == STATUS_SUCCESS;
-            EXPECT_EQ(driver.Send(&irp, &stack), mapped && mappingFails ? STATUS_INSUFFICIENT_RESOURCES : one.Expected);
+            EXPECT_EQ(StandIn::RequestSend(&irp, &stack),
+                      mapped && mappingFails ? STATUS_INSUFFICIENT_RESOURCES : one.Expected);
             StandIn::FailCall(0);
         }
     }
@@ -383,7 +352,7 @@ TEST(Driver, OpensOnlyForReadingAndWritingByTheRightUsers) {
     for (const auto& [access, expected] : asked) {
         IO_SECURITY_CONTEXT security{access};
         FILE_OBJECT file{driver.Driver.DeviceObject, nullptr};
-        EXPECT_EQ(driver.SendPlain(IRP_MJ_CREATE, &file, &security), expected) << access;
+        EXPECT_EQ(StandIn::PlainSend(&file, IRP_MJ_CREATE, &security), expected) << access;
     }
     // Allowed, in 20 bytes, with all rights of a file: S-1-5-18, the system.
     const Bytes system{0, 0, 20, 0, 0xFF, 0x01, 0x1F, 0, 1, 1, 0, 0, 0, 0, 0, 5, 18, 0, 0, 0};

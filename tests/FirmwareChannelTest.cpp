@@ -14,6 +14,8 @@
 #include "Lib/Platform/Mutex.h"
 #include "machine/kernel/Memory.h"
 #include "machine/model/AcpiBuilder.h"
+#include "machine/model/Faults.h"
+#include "machine/model/SampleMachine.h"
 #include "tests/Support.h"
 #include "tests/ToolRun.h"
 

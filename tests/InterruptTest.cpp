@@ -1,6 +1,8 @@
 // Runs that end early: interrupted, stopped, or with nowhere to print to.
 #include "machine/model/Machine.h"
+#include "machine/model/SampleMachine.h"
 #include "machine/model/SmbiosBuilder.h"
+#include "machine/windows/MachineSet.h"
 #include "tests/Support.h"
 #include "tests/Terminal.h"
 

@@ -1,6 +1,11 @@
 // Tests of the machines that a user can choose: machine files, dumps, folders, this computer and the sample.
 #include "machine/kernel/Memory.h"
+#include "machine/model/EntryPoint.h"
+#include "machine/model/Faults.h"
+#include "machine/model/SampleMachine.h"
+#include "machine/source/MachineChoice.h"
 #include "machine/source/MachineTables.h"
+#include "machine/windows/MachineSet.h"
 #include "tests/Support.h"
 
 #include <algorithm>

@@ -2,6 +2,9 @@
 #include "Lib/API/RyxSmbios.h"
 #include "Lib/Platform/Driver.h"
 #include "machine/model/AcpiBuilder.h"
+#include "machine/model/EntryPoint.h"
+#include "machine/model/Faults.h"
+#include "machine/model/SampleMachine.h"
 #include "tests/Support.h"
 
 #include <gtest/gtest.h>

@@ -4,6 +4,7 @@
 #include "Lib/API/RyxPrint.h"
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Platform/Console.h"
+#include "machine/model/Faults.h"
 #include "tests/Support.h"
 
 #include <windows.h>

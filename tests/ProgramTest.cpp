@@ -1,5 +1,6 @@
 // The program as a process: exit codes, messages, paging at a terminal.
 #include "machine/model/Machine.h"
+#include "machine/model/SampleMachine.h"
 #include "machine/model/SmbiosBuilder.h"
 #include "tests/Support.h"
 #include "tests/Terminal.h"

@@ -1,4 +1,5 @@
 // The documents: what the README shows, and the fields that the manual page lists, against the program.
+#include "machine/model/SampleMachine.h"
 #include "tests/Support.h"
 
 #include <cctype>

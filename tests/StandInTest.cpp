@@ -1,5 +1,6 @@
 // Tests of the stand-in for Windows: what the bindings and the other tests rely on.
 #include "machine/model/Machine.h"
+#include "machine/windows/MachineSet.h"
 #include "tests/Support.h"
 #include "tests/ToolRun.h"
 
@@ -37,7 +38,7 @@ HANDLE Open(const std::string& path, DWORD access, DWORD disposition = OPEN_EXIS
 
 void DriverFileWrite() {
     const HRSRC found = FindResourceA(nullptr, MAKEINTRESOURCEA(3), "BIN");
-    const HANDLE file = Open(DriverPath, GENERIC_WRITE, CREATE_ALWAYS);
+    const HANDLE file = Open(DriverPath, GENERIC_WRITE, CREATE_NEW);
     DWORD written = 0;
     WriteFile(file, LockResource(LoadResource(nullptr, found)), SizeofResource(nullptr, found), &written, nullptr);
     CloseHandle(file);
@@ -130,7 +131,7 @@ TEST(StandInService, LivesUntilItIsStoppedDeletedAndClosed) {
     EXPECT_EQ(ErrorOf(ControlService(service, SERVICE_CONTROL_STOP, &status)), ERROR_SERVICE_NOT_ACTIVE);
     ASSERT_TRUE(StartServiceA(service, 0, nullptr));
     EXPECT_FALSE(DeleteFileA(DriverPath));
-    EXPECT_EQ(ErrorOf(Open(DriverPath, GENERIC_WRITE, CREATE_ALWAYS) != INVALID_HANDLE_VALUE), ERROR_SHARING_VIOLATION);
+    EXPECT_EQ(ErrorOf(Open(DriverPath, GENERIC_WRITE) != INVALID_HANDLE_VALUE), ERROR_SHARING_VIOLATION);
 
     const HANDLE device = DeviceOpen("\\\\.\\ryxlib");
     ASSERT_NE(device, INVALID_HANDLE_VALUE);
@@ -157,30 +158,28 @@ TEST(StandInFile, WritesStayInTheMachine) {
     const std::string real = folder.Write("real.txt", std::string("real"));
     const std::string made = folder.Path + "\\made.txt";
     for (const std::string& path : {made, std::string("C:\\Windows\\Temp\\made.txt")}) {
-        const HANDLE file = Open(path, GENERIC_WRITE, CREATE_ALWAYS);
+        const HANDLE file = Open(path, GENERIC_WRITE, CREATE_NEW);
         DWORD written = 0;
         ASSERT_TRUE(WriteFile(file, "abc", 3, &written, nullptr)) << path;
         EXPECT_EQ(ErrorOf(Open(path, GENERIC_READ) != INVALID_HANDLE_VALUE), ERROR_SHARING_VIOLATION);
         CloseHandle(file);
     }
     EXPECT_NE(access((folder.Path + "/made.txt").c_str(), F_OK), 0);
-    EXPECT_EQ(Open("C:\\Elsewhere\\x", GENERIC_WRITE, CREATE_ALWAYS), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(Open("C:\\Elsewhere\\x", GENERIC_WRITE, CREATE_NEW), INVALID_HANDLE_VALUE);
 
-    // A file of this computer can be read by a path with backslashes; writing to it hides it, but leaves it as it is.
+    // A file of this computer can be read by a path with backslashes, and stays as it is.
     std::string slashed = real;
     slashed[slashed.rfind('/')] = '\\';
     char text[8] = {};
     DWORD got = 0;
-    HANDLE file = Open(slashed, GENERIC_READ);
+    const HANDLE file = Open(slashed, GENERIC_READ);
     EXPECT_EQ(GetFileSize(file, nullptr), 4U);
     EXPECT_TRUE(ReadFile(file, text, sizeof text, &got, nullptr));
     EXPECT_EQ(std::string(text, got), "real");
     CloseHandle(file);
-    CloseHandle(Open(slashed, GENERIC_WRITE, CREATE_ALWAYS));
-    file = Open(real, GENERIC_READ);
-    EXPECT_EQ(GetFileSize(file, nullptr), 0U);
-    CloseHandle(file);
-    EXPECT_TRUE(DeleteFileA(real.c_str()));
+    for (const DWORD disposition : {OPEN_EXISTING, CREATE_NEW}) {
+        EXPECT_EQ(Open(slashed, GENERIC_WRITE, disposition), INVALID_HANDLE_VALUE);
+    }
     EXPECT_FALSE(DeleteFileA(real.c_str()));
     EXPECT_EQ(access(real.c_str(), F_OK), 0);
 }

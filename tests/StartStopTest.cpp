@@ -8,9 +8,10 @@
 #include "Lib/Platform/Files.h"
 #include "Lib/Platform/Registry.h"
 #include "machine/kernel/Kernel.h"
-#include "machine/windows/Faults.h"
+#include "machine/model/Faults.h"
 #include "machine/windows/Files.h"
 #include "machine/windows/Handles.h"
+#include "machine/windows/MachineSet.h"
 #include "machine/windows/Services.h"
 #include "machine/windows/State.h"
 #include "tests/Support.h"
@@ -280,7 +281,7 @@ constexpr char Victim[] = "C:\\Windows\\Temp\\victim.txt";
 constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 // Writes a file as any other program of the user would; false when it can't.
-bool FilePut(const char* path, const std::string& text, DWORD disposition = CREATE_ALWAYS) {
+bool FilePut(const char* path, const std::string& text, DWORD disposition = CREATE_NEW) {
     const HANDLE file = CreateFileA(path, GENERIC_WRITE, ShareAll, nullptr, disposition, 0, nullptr);
     DWORD written = 0;
     return file != INVALID_HANDLE_VALUE &&

@@ -5,6 +5,7 @@
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Common/LibraryReset.h"
 #include "Lib/Platform/Driver.h"
+#include "machine/windows/MachineSet.h"
 #include "viewer/StructDispatch.h"
 #include "viewer/ViewerMain.h"
 #include "viewer/ViewerState.h"

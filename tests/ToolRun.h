@@ -4,6 +4,7 @@
 #include "Lib/API/RyxLib.h"
 #include "Lib/Platform/Driver.h"
 #include "tests/Support.h"
+#include "viewer/ProgramRun.h"
 
 #include <csignal>
 #include <functional>
@@ -14,17 +15,28 @@
 #include <unistd.h>
 #include <vector>
 
-// Starts the library with arguments behind the program's name. Where the machine names no program, it is a small file:
-// that of the tests themselves takes long to digest.
-inline RyxStatus Start(const std::vector<std::string>& arguments = {}) {
+// What a process starts with: arguments behind the program's name, kept until the next start. Where the machine names
+// no program, it is a small file: that of the tests themselves takes long to digest.
+inline ArgumentVector& StartArguments(const std::vector<std::string>& arguments) {
     static const TemporaryFolder folder;
     static const std::string program = folder.Write("Quarrinet.exe", std::string("a program"));
     if (StandIn::MachineGet().Program.empty()) {
         StandIn::MachineGet().Program = program;
     }
-    static std::optional<ArgumentVector> argv; // the library keeps it
-    argv.emplace(Behind("Quarrinet", arguments));
-    return RyxLibInit(argv->Count(), argv->Data());
+    static std::optional<ArgumentVector> argv;
+    return argv.emplace(Behind("Quarrinet", arguments));
+}
+
+// Starts the library only.
+inline RyxStatus Start(const std::vector<std::string>& arguments = {}) {
+    ArgumentVector& argv = StartArguments(arguments);
+    return RyxLibInit(argv.Count(), argv.Data());
+}
+
+// Runs the whole program and gives its exit code.
+inline int Run(const std::vector<std::string>& arguments, const std::function<std::uint32_t()>& work = ViewerMain) {
+    ArgumentVector& argv = StartArguments(arguments);
+    return ProgramRun(static_cast<int>(argv.Count()), argv.Data(), work);
 }
 
 // A process that does something, tells that it has, and waits until it is let go on or killed.

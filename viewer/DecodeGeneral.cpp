@@ -2,6 +2,7 @@
 // marks of inactive structures and of the table's end (types 11 to 14, 40, 41, 126 and 127). Of the lists of types 11
 // to 14 they show what the field rows name: the count or the first item.
 #include "Lib/API/RyxPrint.h"
+#include "Lib/LittleEndian.h"
 #include "viewer/Decoders.h"
 
 namespace {
@@ -52,7 +53,7 @@ FieldOutcome AdditionalEntriesShow(const DecoderField&, const StructPlace& place
         if (length < EntryValueOffset || length > list.size()) {
             break;
         }
-        const unsigned handle = list[1] | list[2] << 8;
+        const unsigned handle = LittleEndianRead<std::uint16_t>(&list[1]);
         RyxPrintf("Entry Length : 0x%02X (%02d)\n", list[0], list[0]);
         RyxPrintf("Referenced Handle : 0x%04X (%02d)\n", handle, handle);
         RyxPrintf("Referenced Offset : 0x%02X\n", list[3]);

@@ -1,5 +1,6 @@
 // Decoders of memory controller, memory module and cache structures (types 5 to 7).
 #include "Lib/API/RyxPrint.h"
+#include "Lib/LittleEndian.h"
 #include "viewer/Decoders.h"
 #include "viewer/VoltageNames.h"
 
@@ -46,7 +47,7 @@ void MaximumModuleSizePrint(const DecoderField& field, const FieldValue& value) 
 void ModuleHandlesPrint(const DecoderField& field, const FieldValue& value) {
     RyxPrintf(field.Format);
     for (std::size_t at = 0; at + 2 <= value.Bytes.size(); at += 2) {
-        RyxPrintf("0x%04x ", value.Bytes[at] | value.Bytes[at + 1] << 8);
+        RyxPrintf("0x%04x ", LittleEndianRead<std::uint16_t>(&value.Bytes[at]));
     }
     RyxPrintf("\n");
 }

@@ -1,5 +1,6 @@
 // Decoders of BIOS, system, base board and chassis structures (types 0 to 3).
 #include "Lib/API/RyxPrint.h"
+#include "Lib/LittleEndian.h"
 #include "viewer/Decoders.h"
 
 #include <algorithm>
@@ -125,7 +126,7 @@ FieldOutcome ContainedHandlesShow(const DecoderField& field, const StructPlace& 
     }
     RyxPrintf("Contained Object Handles : ");
     for (std::size_t i = 0; i < std::min<std::size_t>(count.Number, list.Bytes.size() / 2); ++i) {
-        const unsigned handle = list.Bytes[2 * i] | list.Bytes[2 * i + 1] << 8;
+        const unsigned handle = LittleEndianRead<std::uint16_t>(&list.Bytes[2 * i]);
         RyxPrintf("0x%02x (%d)\n", handle, handle);
     }
     return FieldOutcome::Printed;

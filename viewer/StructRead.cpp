@@ -3,6 +3,7 @@
 
 #include "Lib/API/RyxPrint.h"
 #include "Lib/API/RyxSmbios.h"
+#include "Lib/LittleEndian.h"
 #include "viewer/ViewerState.h"
 
 #include <algorithm>
@@ -36,10 +37,7 @@ RyxStatus ValueTake(RyxStatus status, RyxBin* bin, FieldValue* value) {
     std::uint8_t* data = nullptr;
     std::uint64_t size = 0;
     status = RyxBinInfoGet(ViewerFieldBin, &data, &size);
-    *value = {{data, static_cast<std::size_t>(size)}};
-    for (std::size_t i = std::min<std::size_t>(value->Bytes.size(), sizeof value->Number); i-- > 0;) {
-        value->Number = value->Number << 8 | value->Bytes[i];
-    }
+    *value = {{data, static_cast<std::size_t>(size)}, LittleEndianRead(data, static_cast<std::size_t>(size))};
     return status;
 }
 

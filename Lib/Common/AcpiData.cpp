@@ -3,6 +3,7 @@
 
 #include "Lib/Common/AcpiXsdtTableGet.h"
 #include "Lib/Common/Guid.h"
+#include "Lib/LittleEndian.h"
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/GetRsdtFromSystemTable.h"
 
@@ -55,7 +56,7 @@ struct TableBytes {
         if (!Holds(offset, sizeof *value)) {
             return false;
         }
-        std::memcpy(value, Data + offset, sizeof *value);
+        *value = LittleEndianRead<Value>(Data + offset);
         return true;
     }
 
@@ -86,11 +87,10 @@ void UpdateDepotFind(const TableBytes& table, std::uint32_t address) {
 
 void DsdtCollect(std::uint32_t address) {
     std::uint8_t head[TableHeadSize];
-    std::uint32_t length = 0;
     if (address > AddressEnd - TableHeadSize || PhysicalMemoryRead(address, sizeof head, head) != RyxOk) {
         return;
     }
-    std::memcpy(&length, head + 4, sizeof length);
+    const auto length = LittleEndianRead<std::uint32_t>(head + AcpiLengthOffset);
     if (length < AcpiHeaderSize || length > DsdtLargest || length > AddressEnd - address) {
         return;
     }
@@ -169,9 +169,8 @@ void TableCollect(std::uint64_t address, std::uint8_t* work) {
     if (PhysicalMemoryRead(from, sizeof head, head) != RyxOk) {
         return;
     }
-    AcpiTable listed{from, 0, 0};
-    std::memcpy(&listed.Signature, head, sizeof listed.Signature);
-    std::memcpy(&listed.Length, head + 4, sizeof listed.Length);
+    const AcpiTable listed{from, LittleEndianRead<std::uint32_t>(head),
+                           LittleEndianRead<std::uint32_t>(head + AcpiLengthOffset)};
     State.Tables[State.TableCount++] = listed;
 
     const bool fadt = AcpiSignatureIs(head, "FACP");
@@ -204,9 +203,7 @@ RyxStatus RootTableCollect(const RyxBin& root) {
     } else {
         return RyxErrorRootTable;
     }
-    std::uint32_t length = 0;
-    std::memcpy(&length, root.Data + 4, sizeof length);
-    length = std::min(length, root.Size);
+    const std::uint32_t length = std::min(LittleEndianRead<std::uint32_t>(root.Data + AcpiLengthOffset), root.Size);
     const std::uint32_t count = length < AcpiHeaderSize ? 0 : (length - AcpiHeaderSize) / entrySize;
     const std::unique_ptr<std::uint8_t[]> work(new (std::nothrow) std::uint8_t[AcpiWorkBufferSize]);
     State.Tables.reset(new (std::nothrow) AcpiTable[count]);
@@ -215,9 +212,7 @@ RyxStatus RootTableCollect(const RyxBin& root) {
         return RyxErrorBuffer;
     }
     for (std::uint32_t i = 0; i < count; ++i) {
-        std::uint64_t address = 0;
-        std::memcpy(&address, root.Data + AcpiHeaderSize + std::size_t{i} * entrySize, entrySize);
-        TableCollect(address, work.get());
+        TableCollect(LittleEndianRead(root.Data + AcpiHeaderSize + std::size_t{i} * entrySize, entrySize), work.get());
     }
     return RyxOk;
 }

@@ -1,6 +1,7 @@
 // The ACPI root table.
 #include "Lib/Common/AcpiXsdtTableGet.h"
 
+#include "Lib/LittleEndian.h"
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/FirmwareTable.h"
 #include "Lib/Platform/GetRsdtFromSystemTable.h"
@@ -49,8 +50,7 @@ RyxStatus TableAtRead(std::uint64_t address, RyxBin** table) {
     if (const RyxStatus status = PhysicalMemoryRead(from, sizeof header, header); status != RyxOk) {
         return status;
     }
-    std::uint32_t stated = 0;
-    std::memcpy(&stated, header + 4, sizeof stated);
+    const auto stated = LittleEndianRead<std::uint32_t>(header + AcpiLengthOffset);
     if (!IsRootTable(header, stated)) {
         return RyxErrorRootTable;
     }
@@ -69,10 +69,8 @@ RyxStatus TableAtRead(std::uint64_t address, RyxBin** table) {
 
 // Reads the root table that a root pointer names: the XSDT, or the RSDT where there is no XSDT within reach.
 RyxStatus TablePointedRead(const std::uint8_t* pointer, RyxBin** table) {
-    std::uint64_t xsdt = 0;
-    std::uint32_t rsdt = 0;
-    std::memcpy(&xsdt, pointer + PointerXsdtOffset, sizeof xsdt);
-    std::memcpy(&rsdt, pointer + PointerRsdtOffset, sizeof rsdt);
+    const auto xsdt = LittleEndianRead<std::uint64_t>(pointer + PointerXsdtOffset);
+    const auto rsdt = LittleEndianRead<std::uint32_t>(pointer + PointerRsdtOffset);
     return TableAtRead(xsdt != 0 && xsdt < AddressEnd ? xsdt : rsdt, table);
 }
 
@@ -94,13 +92,10 @@ RyxStatus FromRegistry(RyxBin** table) {
 
 RyxStatus FromMakerTable(RyxBin** table) {
     std::uint8_t maker[MakerTableSize];
-    std::uint32_t signature = 0;
-    std::memcpy(&signature, "BATB", sizeof signature);
-    if (AcpiFirmwareTableGet(signature, maker, sizeof maker) != sizeof maker) {
+    if (AcpiFirmwareTableGet(LittleEndianRead<std::uint32_t>("BATB"), maker, sizeof maker) != sizeof maker) {
         return RyxErrorRootTable;
     }
-    std::uint64_t address = 0;
-    std::memcpy(&address, maker + MakerTablePointerOffset, sizeof address);
+    const auto address = LittleEndianRead<std::uint64_t>(maker + MakerTablePointerOffset);
     if (address == 0 || address > AddressEnd - PointerSize) {
         return RyxErrorRootTable;
     }

@@ -10,6 +10,7 @@
 
 // The header that every ACPI table begins with: signature, u32 length and further fields.
 constexpr std::uint32_t AcpiHeaderSize = 36;
+constexpr std::size_t AcpiLengthOffset = 4;
 
 // Larger tables are not read into the work buffer; a larger root table is cut there.
 constexpr std::uint32_t AcpiWorkBufferSize = 0x10000;

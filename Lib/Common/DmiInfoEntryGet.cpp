@@ -3,6 +3,7 @@
 
 #include "Lib/API/RyxBin.h"
 #include "Lib/API/RyxPrint.h"
+#include "Lib/LittleEndian.h"
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/FirmwareTable.h"
 
@@ -42,19 +43,14 @@ struct AcquisitionState {
 
 AcquisitionState State;
 
-std::uint32_t DwordAt(const std::uint8_t* bytes) {
-    std::uint32_t dword = 0;
-    std::memcpy(&dword, bytes, sizeof dword);
-    return dword;
-}
-
 // Looks for an entry point in the segment and copies it. Neither its checksums nor its stated length are looked at. On
 // machines without one, every request looks through the whole segment, so that paragraphs without the anchor are passed
 // over by four with one branch.
 void SegmentScan(const std::uint8_t* segment) {
     constexpr std::uint32_t paragraph = 16;
-    const std::uint32_t anchor = DwordAt(reinterpret_cast<const std::uint8_t*>("_SM_"));
-    const auto anchored = [=](std::uint32_t position) { return DwordAt(segment + position) == anchor ? 1U : 0U; };
+    const auto anchored = [=, anchor = LittleEndianRead<std::uint32_t>("_SM_")](std::uint32_t position) {
+        return LittleEndianRead<std::uint32_t>(segment + position) == anchor ? 1U : 0U;
+    };
     for (std::uint32_t position = 0; position <= LastPosition; position += paragraph) {
         while (position + 3 * paragraph <= LastPosition &&
                (anchored(position) | anchored(position + paragraph) | anchored(position + 2 * paragraph) |
@@ -87,13 +83,14 @@ RyxStatus DmiInfoEntryGet(std::uint32_t* address, std::uint16_t* length) {
         State.EntryPoint.fill(0);
         SegmentScan(segment.get());
         const std::uint8_t* entry = State.EntryPoint.data();
-        if (DwordAt(entry + AddressOffset) == 0 &&
-            (SmbiosEntryPointPlatformLocate(&State.EntryPoint) != RyxOk || DwordAt(entry + AddressOffset) == 0)) {
+        const auto tableAddress = [entry] { return LittleEndianRead<std::uint32_t>(entry + AddressOffset); };
+        if (tableAddress() == 0 &&
+            (SmbiosEntryPointPlatformLocate(&State.EntryPoint) != RyxOk || tableAddress() == 0)) {
             return RyxErrorNotFound;
         }
         State.Version = static_cast<std::uint8_t>(entry[MajorOffset] * 10 + entry[MinorOffset]);
-        State.TableAddress = DwordAt(entry + AddressOffset);
-        State.TableLength = static_cast<std::uint16_t>(entry[LengthOffset] | entry[LengthOffset + 1] << 8);
+        State.TableAddress = tableAddress();
+        State.TableLength = LittleEndianRead<std::uint16_t>(entry + LengthOffset);
     }
     *address = State.TableAddress;
     *length = State.TableLength;

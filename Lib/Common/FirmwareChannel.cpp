@@ -5,6 +5,7 @@
 #include "Lib/Common/CallbackFunctions.h"
 #include "Lib/Common/Instance.h"
 #include "Lib/Common/LibraryContext.h"
+#include "Lib/LittleEndian.h"
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/FirmwareVariables.h"
 
@@ -206,10 +207,8 @@ RyxStatus DetailQuery() {
         const RyxStatus status = static_cast<std::uint32_t>(answer) | 0x80000000U;
         return status == RyxErrorUnsupported || status == RyxErrorNoPlatformInfo ? status : RyxErrorPlatformDetail;
     }
-    std::uint32_t flags[2];
-    std::memcpy(flags, detail, sizeof flags);
-    Options()[RyxOptionDetailFirst] = flags[0] != 0;
-    Options()[RyxOptionDetailSecond] = flags[1] != 0;
+    Options()[RyxOptionDetailFirst] = LittleEndianRead<std::uint32_t>(detail) != 0;
+    Options()[RyxOptionDetailSecond] = LittleEndianRead<std::uint32_t>(detail + 4) != 0;
     return RyxOk;
 }
 
@@ -272,7 +271,7 @@ RyxStatus PlatformInfoQuery() {
     }
     const std::uint8_t* info = State.PlatformInfo.data();
     std::memcpy(State.PlatformValues.data(), info + InfoValues, sizeof State.PlatformValues);
-    std::memcpy(&State.HostBufferSize, info + InfoBufferSize, sizeof State.HostBufferSize);
+    State.HostBufferSize = LittleEndianRead<std::uint64_t>(info + InfoBufferSize);
     if (State.HostBufferSize == 0) {
         State.HostBufferSize = Flash4kSize;
     }
@@ -282,9 +281,7 @@ RyxStatus PlatformInfoQuery() {
 }
 
 bool PlatformInfoHeld() {
-    std::uint64_t identifier = 0;
-    std::memcpy(&identifier, State.PlatformInfo.data(), sizeof identifier);
-    return identifier != 0;
+    return LittleEndianRead<std::uint64_t>(State.PlatformInfo.data()) != 0;
 }
 
 RyxStatus FirmwareRequest(std::uint64_t command, std::uint64_t* firmwareStatus, std::uint8_t* payload,

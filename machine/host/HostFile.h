@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <string>
 #include <unistd.h>
+#include <utility>
 
 namespace StandIn {
 
@@ -18,8 +19,11 @@ public:
             close(Number);
         }
     }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
+    Descriptor(Descriptor&& other) noexcept : Number(std::exchange(other.Number, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(Number, other.Number);
+        return *this;
+    }
 
     operator int() const { return Number; }
 

@@ -1,25 +1,19 @@
-// Interrupts: the signals that end a process are what a console's control events are on Windows.
+// The signals that interrupt, stop or end a process.
 #include "machine/host/Signals.h"
-
-#include "machine/windows/Faults.h"
-
-#include <windows.h>
 
 #include <atomic>
 #include <cerrno>
-#include <cstdlib>
-#include <ctime>
+#include <cstddef>
 #include <iterator>
-#include <unistd.h>
 
-using namespace StandIn;
+namespace StandIn {
 
 namespace {
 
 // A pipe without a reader ends a process as an interrupt does.
 constexpr int InterruptSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
 
-PHANDLER_ROUTINE Handler = nullptr;
+bool (*Handler)(int number) = nullptr;
 struct sigaction ActionsBefore[std::size(InterruptSignals)];
 volatile std::sig_atomic_t Taken = 0;
 std::atomic<void (*)()> FirstStep = nullptr;
@@ -35,8 +29,7 @@ sigset_t CaughtSignals() {
     return set;
 }
 
-// Interrupts a thread that waits or writes, which is the process's only one: so the handler is never told of an event
-// that has it wait for the process's end.
+// Runs in the middle of a wait or a write of the process's only thread, so that the handler must not wait for anything.
 void InterruptTake(int number) {
     const int error = errno;
     if (Taken == 0) {
@@ -45,7 +38,7 @@ void InterruptTake(int number) {
     if (void (*const step)() = FirstStep; step != nullptr) {
         step();
     }
-    if (!Handler(number == SIGINT ? CTRL_C_EVENT : CTRL_BREAK_EVENT)) {
+    if (!Handler(number)) {
         SignalDefaultRaise(number);
     }
     errno = error;
@@ -53,7 +46,17 @@ void InterruptTake(int number) {
 
 } // namespace
 
-namespace StandIn {
+void InterruptsCatch(bool (*handler)(int number)) {
+    const SignalsHeld held;
+    Handler = handler;
+    for (std::size_t i = 0; i < std::size(InterruptSignals); ++i) {
+        if (handler != nullptr) {
+            SignalCatch(InterruptSignals[i], InterruptTake, &ActionsBefore[i]);
+        } else {
+            sigaction(InterruptSignals[i], &ActionsBefore[i], nullptr);
+        }
+    }
+}
 
 int InterruptTaken() {
     return Taken;
@@ -100,42 +103,3 @@ SignalsHeld::~SignalsHeld() {
 }
 
 } // namespace StandIn
-
-// There is one handler at a time.
-BOOL WINAPI SetConsoleCtrlHandler(PHANDLER_ROUTINE HandlerRoutine, BOOL Add) {
-    if (FailsWith(Named("SetConsoleCtrlHandler"), ERROR_NOT_ENOUGH_MEMORY)) {
-        return FALSE;
-    }
-    if (HandlerRoutine == nullptr || Handler != (Add ? nullptr : HandlerRoutine)) {
-        return FailFalse(ERROR_INVALID_PARAMETER);
-    }
-    const SignalsHeld held;
-    Handler = Add ? HandlerRoutine : nullptr;
-    for (std::size_t i = 0; i < std::size(InterruptSignals); ++i) {
-        if (Add) {
-            SignalCatch(InterruptSignals[i], InterruptTake, &ActionsBefore[i]);
-        } else {
-            sigaction(InterruptSignals[i], &ActionsBefore[i], nullptr);
-        }
-    }
-    return TRUE;
-}
-
-// The code of an interrupted process is told by the signal.
-void WINAPI ExitProcess(UINT uExitCode) {
-    if (uExitCode == STATUS_CONTROL_C_EXIT && Taken != 0) {
-        SignalDefaultRaise(Taken);
-    }
-    std::exit(static_cast<int>(uExitCode));
-}
-
-// A signal that was caught ends it early.
-void WINAPI Sleep(DWORD dwMilliseconds) {
-    if (dwMilliseconds == INFINITE) {
-        pause();
-        return;
-    }
-    const timespec time{static_cast<std::time_t>(dwMilliseconds / 1000),
-                        static_cast<long>(dwMilliseconds % 1000) * 1000000};
-    nanosleep(&time, nullptr);
-}

@@ -1,6 +1,7 @@
 // The controlling terminal's keyboard.
 #include "machine/host/Terminal.h"
 
+#include "machine/host/HostFile.h"
 #include "machine/host/Signals.h"
 
 #include <cerrno>
@@ -105,14 +106,9 @@ int SequenceRead() {
 } // namespace
 
 bool TerminalReadable() {
-    const int terminal = open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY);
-    if (terminal < 0) {
-        return false;
-    }
+    const Descriptor terminal(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY));
     termios modes{};
-    const bool readable = tcgetattr(terminal, &modes) == 0;
-    close(terminal);
-    return readable;
+    return terminal >= 0 && tcgetattr(terminal, &modes) == 0;
 }
 
 bool TerminalKeyWaits() {

@@ -1,6 +1,7 @@
 // The maker's firmware: request records, its variables, and its communication buffer with the tables that tell of it.
 #include "machine/kernel/FirmwareModel.h"
 
+#include "Lib/LittleEndian.h"
 #include "machine/kernel/Memory.h"
 #include "machine/model/AcpiBuilder.h"
 
@@ -83,12 +84,6 @@ Session& Current() {
     return session;
 }
 
-template <typename Number> Number NumberAt(const Bytes& bytes, std::size_t offset) {
-    Number number = 0;
-    std::memcpy(&number, bytes.data() + offset, sizeof number);
-    return number;
-}
-
 bool GuidIs(const Bytes& bytes, std::size_t offset, const Guid& guid) {
     return std::memcmp(bytes.data() + offset, guid.data(), guid.size()) == 0;
 }
@@ -133,12 +128,12 @@ bool RecordAnswer(Bytes* bytes) {
     if (bytes->size() < HeaderSize || !GuidIs(*bytes, GuidOffset, ChannelGuid)) {
         return false;
     }
-    const std::uint32_t length = NumberAt<std::uint32_t>(*bytes, LengthOffset);
+    const std::uint32_t length = LittleEndianRead<std::uint32_t>(bytes->data() + LengthOffset);
     if (length < HeaderSize || length > bytes->size()) {
         return false;
     }
     Bytes record(bytes->begin(), bytes->begin() + static_cast<std::ptrdiff_t>(length));
-    BytesPut(record, StatusOffset, CommandAnswer(NumberAt<std::uint64_t>(record, 0), &record));
+    BytesPut(record, StatusOffset, CommandAnswer(LittleEndianRead<std::uint64_t>(record.data()), &record));
     std::copy(record.begin(), record.end(), bytes->begin());
     return true;
 }
@@ -232,7 +227,7 @@ void PortWrite(std::uint16_t port, std::uint8_t value) {
     }
 }
 
-// The interrupt serves many; only this value is the channel's. What is no record stays unanswered.
+// Interrupts with other values are not for the request channel. A buffer without a request record gets no answer.
 void FirmwareSmi(std::uint8_t value) {
     if (value != SmiValue) {
         return;

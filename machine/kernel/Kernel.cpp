@@ -1,9 +1,13 @@
 // The kernel in which the helper driver runs: loading it, and the requests that reach its device.
 #include "machine/kernel/Kernel.h"
 
+#include "Lib/LittleEndian.h"
 #include "driver/Kernel.h"
 #include "machine/kernel/KernelObjects.h"
 #include "machine/kernel/Memory.h"
+#include "machine/model/Lower.h"
+
+#include <windows.h>
 
 #include <algorithm>
 #include <cstring>
@@ -13,52 +17,37 @@ namespace StandIn {
 
 namespace {
 
-enum Error : std::uint32_t {
-    Success = 0,
-    InvalidFunction = 1,
-    FileNotFound = 2,
-    AccessDenied = 5,
-    GeneralFailure = 31,
-    InvalidParameter = 87,
-    InsufficientBuffer = 122,
-    AlreadyExists = 183,
-    NotFound = 1168,
-    NoSystemResources = 1450,
-};
-
 // The error number that programs see for a status.
 std::uint32_t ErrorOf(NTSTATUS status) {
     switch (status) {
     case STATUS_SUCCESS:
-        return Success;
+        return ERROR_SUCCESS;
     case STATUS_INVALID_PARAMETER:
-        return InvalidParameter;
+        return ERROR_INVALID_PARAMETER;
     case STATUS_INVALID_DEVICE_REQUEST:
-        return InvalidFunction;
+        return ERROR_INVALID_FUNCTION;
     case STATUS_ACCESS_DENIED:
-        return AccessDenied;
+        return ERROR_ACCESS_DENIED;
     case STATUS_BUFFER_TOO_SMALL:
-        return InsufficientBuffer;
+        return ERROR_INSUFFICIENT_BUFFER;
     case STATUS_OBJECT_NAME_NOT_FOUND:
-        return FileNotFound;
+        return ERROR_FILE_NOT_FOUND;
     case STATUS_OBJECT_NAME_COLLISION:
-        return AlreadyExists;
+        return ERROR_ALREADY_EXISTS;
     case STATUS_NOT_FOUND:
-        return NotFound;
+        return ERROR_NOT_FOUND;
     case STATUS_INSUFFICIENT_RESOURCES:
-        return NoSystemResources;
+        return ERROR_NO_SYSTEM_RESOURCES;
     default:
-        return GeneralFailure;
+        return ERROR_GEN_FAILURE;
     }
 }
 
 std::uint32_t NumberAt(const Bytes& bytes, std::size_t at, std::size_t size) {
-    std::uint32_t number = 0;
     if (at + size > bytes.size()) {
         BugCheck("gave a security descriptor that ends early");
     }
-    std::memcpy(&number, bytes.data() + at, size);
-    return number;
+    return static_cast<std::uint32_t>(LittleEndianRead(bytes.data() + at, size));
 }
 
 // The rights that a self-relative security descriptor allows the system's administrators, or else ordinary users.
@@ -98,13 +87,11 @@ ACCESS_MASK RightsAllowed(const Bytes& descriptor, bool administrator) {
 
 // What the generic rights mean for a file.
 ACCESS_MASK FileRights(std::uint32_t access) {
-    constexpr std::uint32_t genericRead = 0x80000000;
-    constexpr std::uint32_t genericWrite = 0x40000000;
     constexpr ACCESS_MASK fileRead = 0x120089;
     constexpr ACCESS_MASK fileWrite = 0x120116;
-    ACCESS_MASK rights = access & ~(genericRead | genericWrite);
-    rights |= (access & genericRead) != 0 ? fileRead : 0;
-    rights |= (access & genericWrite) != 0 ? fileWrite : 0;
+    ACCESS_MASK rights = access & ~(GENERIC_READ | GENERIC_WRITE);
+    rights |= (access & GENERIC_READ) != 0 ? fileRead : 0;
+    rights |= (access & GENERIC_WRITE) != 0 ? fileWrite : 0;
     return rights;
 }
 
@@ -113,32 +100,6 @@ NTSTATUS NTAPI RequestRefuse(DEVICE_OBJECT*, IRP* irp) {
     irp->IoStatus.Information = 0;
     IoCompleteRequest(irp, IO_NO_INCREMENT);
     return STATUS_INVALID_DEVICE_REQUEST;
-}
-
-// Hands a request to the driver, which serves it before it returns.
-NTSTATUS Send(IRP* irp, IO_STACK_LOCATION* stack) {
-    irp->CurrentStackLocation = stack;
-    DEVICE_OBJECT* const device = stack->FileObject->DeviceObject;
-    const NTSTATUS status = device->DriverObject->MajorFunction[stack->MajorFunction](device, irp);
-    if (irp->Completions != 1) {
-        BugCheck("did not complete a request once");
-    }
-    if (irp->IoStatus.Status != status) {
-        BugCheck("returned another status than it completed the request with");
-    }
-    if (KernelHere().MutexesTaken != 0) {
-        BugCheck("kept a mutex over the end of a request");
-    }
-    return status;
-}
-
-NTSTATUS SendPlain(FILE_OBJECT* file, UCHAR function, IO_SECURITY_CONTEXT* security = nullptr) {
-    IRP irp{};
-    IO_STACK_LOCATION stack{};
-    stack.MajorFunction = function;
-    stack.FileObject = file;
-    stack.Parameters.Create.SecurityContext = security;
-    return Send(&irp, &stack);
 }
 
 NTSTATUS Load() {
@@ -169,6 +130,31 @@ void UnloadIfUnused() {
 }
 
 } // namespace
+
+NTSTATUS RequestSend(IRP* irp, IO_STACK_LOCATION* stack) {
+    irp->CurrentStackLocation = stack;
+    DEVICE_OBJECT* const device = stack->FileObject->DeviceObject;
+    const NTSTATUS status = device->DriverObject->MajorFunction[stack->MajorFunction](device, irp);
+    if (irp->Completions != 1) {
+        BugCheck("did not complete a request once");
+    }
+    if (irp->IoStatus.Status != status) {
+        BugCheck("returned another status than it completed the request with");
+    }
+    if (KernelHere().MutexesTaken != 0) {
+        BugCheck("kept a mutex over the end of a request");
+    }
+    return status;
+}
+
+NTSTATUS PlainSend(FILE_OBJECT* file, UCHAR function, IO_SECURITY_CONTEXT* security) {
+    IRP irp{};
+    IO_STACK_LOCATION stack{};
+    stack.MajorFunction = function;
+    stack.FileObject = file;
+    stack.Parameters.Create.SecurityContext = security;
+    return RequestSend(&irp, &stack);
+}
 
 std::uint32_t KernelDriverStart() {
     if (KernelHere().Files.empty()) {
@@ -203,10 +189,10 @@ std::uint32_t KernelFileOpen(const std::string& name, std::uint32_t access, bool
         status = STATUS_ACCESS_DENIED;
         if (allowed) {
             kernel.Files.push_front(FILE_OBJECT{&device->Object, nullptr});
-            status = SendPlain(&kernel.Files.front(), IRP_MJ_CREATE, &security);
+            status = PlainSend(&kernel.Files.front(), IRP_MJ_CREATE, &security);
             if (NT_SUCCESS(status)) {
                 *file = &kernel.Files.front();
-                return Success;
+                return ERROR_SUCCESS;
             }
             kernel.Files.pop_front();
         }
@@ -222,8 +208,8 @@ void KernelFileClose(void* file) {
     if (found == kernel.Files.end()) {
         return;
     }
-    SendPlain(&*found, IRP_MJ_CLEANUP);
-    SendPlain(&*found, IRP_MJ_CLOSE);
+    PlainSend(&*found, IRP_MJ_CLEANUP);
+    PlainSend(&*found, IRP_MJ_CLOSE);
     kernel.Files.erase(found);
     UnloadIfUnused();
 }
@@ -234,14 +220,14 @@ void KernelFilesClose() {
     }
 }
 
-std::uint32_t KernelControl(void* file, std::uint32_t code, const void* input, std::uint32_t inputLength, void* output,
-                            std::uint32_t outputLength, std::uint32_t* returned) {
+NTSTATUS ControlSend(FILE_OBJECT* file, std::uint32_t code, const void* input, std::uint32_t inputLength, void* output,
+                     std::uint32_t outputLength, std::uint32_t* returned) {
     const std::uint32_t method = code & 3U;
     IRP irp{};
     MDL pages{};
     IO_STACK_LOCATION stack{};
     stack.MajorFunction = IRP_MJ_DEVICE_CONTROL;
-    stack.FileObject = static_cast<FILE_OBJECT*>(file);
+    stack.FileObject = file;
     stack.Parameters.DeviceIoControl.IoControlCode = code;
     stack.Parameters.DeviceIoControl.InputBufferLength = inputLength;
     stack.Parameters.DeviceIoControl.OutputBufferLength = outputLength;
@@ -264,18 +250,26 @@ std::uint32_t KernelControl(void* file, std::uint32_t code, const void* input, s
         pages.ByteCount = outputLength;
         irp.MdlAddress = &pages;
     }
-    const NTSTATUS status = Send(&irp, &stack);
-    if (!NT_SUCCESS(status)) {
-        return ErrorOf(status);
-    }
+    const NTSTATUS status = RequestSend(&irp, &stack);
     if (irp.IoStatus.Information > outputLength) {
         BugCheck("gave more output than there is room for");
     }
     *returned = static_cast<std::uint32_t>(irp.IoStatus.Information);
-    if (method == METHOD_BUFFERED && *returned != 0) {
+    if (NT_SUCCESS(status) && method == METHOD_BUFFERED && *returned != 0) {
         std::memcpy(output, system, *returned);
     }
-    return Success;
+    return status;
+}
+
+std::uint32_t KernelControl(void* file, std::uint32_t code, const void* input, std::uint32_t inputLength, void* output,
+                            std::uint32_t outputLength, std::uint32_t* returned) {
+    std::uint32_t given = 0;
+    const NTSTATUS status =
+        ControlSend(static_cast<FILE_OBJECT*>(file), code, input, inputLength, output, outputLength, &given);
+    if (NT_SUCCESS(status)) {
+        *returned = given;
+    }
+    return ErrorOf(status);
 }
 
 void KernelForget() {

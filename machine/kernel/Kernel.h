@@ -1,15 +1,13 @@
 // The kernel in which the helper driver runs: loading it, and the requests that reach its device.
 #pragma once
 
-#include "machine/windows/State.h"
-
 #include <cstdint>
 #include <string>
 #include <vector>
 
-// Every process runs the driver for itself: one that starts the service until that is stopped, any other one while it
-// has the device open. What the driver keeps is therefore the process's own, and goes with the process, however that
-// ends; only whether the service runs is shared.
+// Each process runs a driver of its own: the one that starts the service until the service stops, any other while it
+// has the device open. So what the driver keeps ends with the process, however that ends; processes share only whether
+// the service runs.
 namespace StandIn {
 
 // Runs the driver's entry, as the service's start does. The result is an error number.

@@ -1,16 +1,16 @@
-// The stand-in's machine as the helper driver sees it. Calls count under the names of the kernel operations that the
-// driver takes on a real machine.
+// The stand-in's machine as the helper driver sees it. Calls are counted by the names of the kernel operations that the
+// driver calls for the same purpose on a real machine.
 #include "driver/Hardware.h"
 #include "machine/kernel/FirmwareModel.h"
 #include "machine/kernel/Memory.h"
-#include "machine/windows/Faults.h"
+#include "machine/model/Faults.h"
 
 using namespace StandIn;
 
 namespace {
 
 bool RangesKnown = false;
-PHYSICAL_MEMORY_RANGE NoRanges{}; // what nearly every machine has, and nearly every request asks for
+PHYSICAL_MEMORY_RANGE NoRanges{}; // given without an allocation: most machines have no ranges, every request asks
 
 // A place that nothing uses, far below the end of the address space.
 std::uint32_t BufferPlace(std::uint32_t size) {

@@ -1,8 +1,9 @@
 // The operations of the kernel that the helper driver calls.
 #include "machine/kernel/KernelObjects.h"
 
-#include "machine/windows/Faults.h"
-#include "machine/windows/State.h"
+#include "Lib/LittleEndian.h"
+#include "machine/model/Faults.h"
+#include "machine/model/Lower.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -170,8 +171,7 @@ NTSTATUS NTAPI ZwSetSecurityObject(HANDLE Handle, SECURITY_INFORMATION SecurityI
         std::memcmp(bytes + 4, places, sizeof places) != 0) {
         BugCheck("gave a security descriptor that is none, or whose list stands elsewhere");
     }
-    (*found)->Descriptor.assign(bytes,
-                                bytes + head + static_cast<std::size_t>(bytes[head + 2] | bytes[head + 3] << 8U));
+    (*found)->Descriptor.assign(bytes, bytes + head + LittleEndianRead<std::uint16_t>(bytes + head + 2));
     return STATUS_SUCCESS;
 }
 

@@ -5,6 +5,7 @@
 #include "driver/Kernel.h"
 #include "machine/model/Machine.h"
 
+#include <cstdint>
 #include <list>
 #include <string>
 #include <utility>
@@ -34,6 +35,17 @@ KernelState& KernelHere();
 
 // Ends the process over what the driver did.
 [[noreturn]] void BugCheck(const char* what);
+
+// Hands a request to the driver, which serves it before it returns. The result is the driver's status.
+NTSTATUS RequestSend(IRP* irp, IO_STACK_LOCATION* stack);
+
+// Makes and sends a request without buffers.
+NTSTATUS PlainSend(FILE_OBJECT* file, UCHAR function, IO_SECURITY_CONTEXT* security = nullptr);
+
+// Makes and sends a control request, with the buffers that its code asks for. `returned` gets what the driver says of
+// the output's length, also when it fails.
+NTSTATUS ControlSend(FILE_OBJECT* file, std::uint32_t code, const void* input, std::uint32_t inputLength, void* output,
+                     std::uint32_t outputLength, std::uint32_t* returned);
 
 // The device of that name in lower case, or null.
 KernelDevice* DeviceFind(const std::string& name);

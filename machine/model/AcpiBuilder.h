@@ -11,7 +11,7 @@
 
 namespace StandIn {
 
-// Puts a value into bytes, which grow as needed: a text without its end, anything else as it stands in memory.
+// Puts a value into bytes, which grow as needed: a text without its final zero, anything else as it stands in memory.
 template <typename Value> void BytesPut(Bytes& bytes, std::size_t offset, const Value& value) {
     std::string_view plain(reinterpret_cast<const char*>(&value), sizeof value);
     if constexpr (std::is_convertible_v<const Value&, std::string_view>) {

@@ -1,29 +1,24 @@
 // The machine behind the stand-in for Windows: everything that a program can ask of it, as one value.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace StandIn {
 
-// The place in the order of initialisation of what holds the process's state: it is there before the program's machine
-// is chosen, and goes last.
+// Passed to [[gnu::init_priority]]. The variables with it, which hold the process's state, are made before all others,
+// so before ProgramStart.cpp chooses the program's machine, and destroyed after all others.
 constexpr int StatePriority = 200;
 
 using Bytes = std::vector<std::uint8_t>;
 
-// The Windows operations that the stand-in answers and that can fail, in the order of OperationNames.
+// The Windows operations that the stand-in answers and that can fail; Faults.h lists them.
 enum class Operation : std::uint16_t;
-
-// The operation of that exact name, if the stand-in has it and it can fail.
-std::optional<Operation> OperationFind(std::string_view name);
 
 // One stretch of physical memory. Later regions cover earlier ones; what nothing covers reads FFh.
 struct MemoryRegion {
@@ -93,51 +88,14 @@ struct Machine {
     std::set<std::string> OtherUsersMutexes;
     bool Utf8 = true; // the code page of operations ending in A; false: ASCII, with ? for all that is not in it
     std::vector<Fault> Faults;
-    std::uint64_t (*Clock)(std::uint32_t pause) = SystemClock; // that waits go by; one's own may count without waiting
+    std::uint64_t (*Clock)(std::uint32_t pause) = SystemClock; // for all waits; a test's own counts without waiting
     std::vector<Intrusion> Intrusions;
 };
 
-// Replaces the process's machine: closes nothing, forgets all in-process state (registry, services, files, handles,
-// counts) and starts afresh. The default machine is an empty `Machine`.
-void MachineSet(Machine machine);
-
-// The process's machine. Every operation asks for it, so that this is no call.
+// The process's machine, an empty one by default. Every operation asks for it, so that this is no call.
 extern Machine CurrentMachine;
 inline Machine& MachineGet() {
     return CurrentMachine;
 }
-
-// How often an operation was called since MachineSet, and how often a device control code was requested.
-std::uint64_t CallCount(Operation operation);
-std::uint64_t CallCount(std::string_view operation);
-std::uint64_t ControlCount(std::uint32_t code);
-
-// All calls since MachineSet of operations that can fail by their documented interface. FailCall makes the N-th of them
-// (from 1) fail; 0 makes none fail.
-std::uint64_t CallTotal();
-void FailCall(std::uint64_t number);
-
-// The name of the operation that FailCall made fail, empty when it has not come to that.
-std::string FailedCallName();
-
-// What a run left behind in the machine: one line per registry key and value, service, running driver, file, open
-// handle and held mutex of this process; empty when there is nothing. Sorted.
-std::vector<std::string> Leftovers();
-
-// Makes a machine from the value of QUARRINET_MACHINE (see the README's section on machines). On failure `error` is the
-// one line to show (without a line end) and the result is none. `notice`, when not empty afterwards, is a line that the
-// user should see although the machine can be used.
-std::optional<Machine> MachineRead(const std::string& choice, std::string* error, std::string* notice);
-
-// This computer, whose tables are in `folder`. When they may not be read, it is a machine without administrator rights.
-// When there are none, it is the sample machine, or no machine. `error` and `notice` are those of MachineRead.
-std::optional<Machine> HostMachine(const std::string& folder, bool orSample, std::string* error, std::string* notice);
-
-// The built-in sample machine: SMBIOS 2.8, a structure of every known type, on the legacy road.
-Machine SampleMachine();
-
-// Puts an entry point and its structure table into a machine: into memory for "_SM_", and as the firmware table
-// service's answer for both kinds. False with `error` set when the entry point is neither kind or is cut short.
-bool TablesInstall(Machine& machine, const Bytes& entryPoint, Bytes table, std::string* error);
 
 } // namespace StandIn

@@ -1,4 +1,6 @@
 // The built-in sample machine: a made-up server with at least one structure of every known type.
+#include "machine/model/SampleMachine.h"
+
 #include "machine/model/SmbiosBuilder.h"
 
 namespace StandIn {

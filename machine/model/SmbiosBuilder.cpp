@@ -1,6 +1,9 @@
 // Builds SMBIOS structure tables and entry points.
 #include "machine/model/SmbiosBuilder.h"
 
+#include "Lib/LittleEndian.h"
+#include "machine/model/EntryPoint.h"
+
 #include <algorithm>
 #include <numeric>
 #include <utility>
@@ -31,7 +34,7 @@ std::uint8_t Checksum(Bytes::const_iterator from, Bytes::const_iterator to) {
 SmbiosBuilder& SmbiosBuilder::Begin(std::uint8_t type) {
     const auto taken = [this](std::uint16_t handle) {
         return std::any_of(Structures.begin(), Structures.end(), [handle](const Structure& structure) {
-            return (structure.Formatted[2] | structure.Formatted[3] << 8) == handle;
+            return LittleEndianRead<std::uint16_t>(structure.Formatted.data() + 2) == handle;
         });
     };
     while (taken(NextHandle)) {
@@ -97,7 +100,7 @@ SmbiosBuilder& SmbiosBuilder::SetString(const std::string& text) {
 
 std::uint16_t SmbiosBuilder::Handle() const {
     const Bytes& formatted = Structures.back().Formatted;
-    return static_cast<std::uint16_t>(formatted[2] | formatted[3] << 8);
+    return LittleEndianRead<std::uint16_t>(formatted.data() + 2);
 }
 
 std::uint16_t SmbiosBuilder::Count() const {

@@ -1,5 +1,8 @@
-// The machine that the user chose: this computer, the sample, a folder, a dump or a machine file.
+// Machine files: a machine out of lines of the form key = value.
+#include "machine/source/MachineFile.h"
+
 #include "machine/host/HostFile.h"
+#include "machine/model/Faults.h"
 #include "machine/source/MachineTables.h"
 #include "machine/windows/State.h"
 
@@ -19,11 +22,8 @@ namespace StandIn {
 
 namespace {
 
-constexpr char HostFolder[] = "/sys/firmware/dmi/tables";
-constexpr char NoMemory[] = "not enough memory to read it";
-
-// A machine file while it is read. What it names explicitly is kept aside until its tables are installed, for it goes
-// before them wherever it stands in the file.
+// A machine file while it is read. Memory and tables that it names one by one are kept aside until the value of
+// `tables` is installed: they win over it, wherever in the file they stand.
 struct Reading {
     std::string Folder; // with a slash at its end; empty: the working folder
     std::size_t Line = 0;
@@ -105,14 +105,6 @@ bool Choose(const std::string& value, std::initializer_list<std::pair<const char
 
 bool ChooseYes(const std::string& value, bool* target, std::string* reason) {
     return Choose<bool>(value, {{"yes", true}, {"no", false}}, target, reason);
-}
-
-bool FileRead(const std::string& path, Bytes* content, std::string* reason) {
-    const int error = HostFileRead(path, content);
-    if (error != 0) {
-        *reason = HostFault(path, error);
-    }
-    return error == 0;
 }
 
 bool MemoryAdd(Reading& reading, const std::string& address, const std::string& value, std::string* reason) {
@@ -404,6 +396,8 @@ bool LooksLikeKey(std::string_view line) {
            });
 }
 
+} // namespace
+
 std::optional<Machine> MachineFileRead(const std::string& path, const Bytes& content, std::string* error,
                                        std::string* notice) {
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
@@ -440,70 +434,6 @@ std::optional<Machine> MachineFileRead(const std::string& path, const Bytes& con
                  ? path + ": neither a dump nor a machine file (line " + number + ": " + reason + ")" + AcceptedForms
                  : path + ":" + number + ": " + reason;
     return std::nullopt;
-}
-
-std::optional<Machine> MachineChoose(const std::string& choice, std::string* error, std::string* notice) {
-    if (choice == "sample") {
-        return SampleMachine();
-    }
-    if (choice.empty() || choice == "host") {
-        return HostMachine(HostFolder, choice.empty(), error, notice);
-    }
-    Machine machine;
-    if (HostFolderExists(choice)) {
-        return FolderInstall(machine, choice, error, notice) == 0 ? std::optional(std::move(machine)) : std::nullopt;
-    }
-    Bytes content;
-    if (!FileRead(choice, &content, error)) {
-        return std::nullopt;
-    }
-    if (IsDump(content)) {
-        return DumpInstall(machine, choice, content, error, notice) ? std::optional(std::move(machine)) : std::nullopt;
-    }
-    if (const std::string name = ContentName(content, choice); !name.empty()) {
-        *error = choice + ": neither a dump nor a machine file, but " + name + AcceptedForms;
-        return std::nullopt;
-    }
-    return MachineFileRead(choice, content, error, notice);
-}
-
-} // namespace
-
-std::optional<Machine> HostMachine(const std::string& folder, bool orSample, std::string* error, std::string* notice) {
-    Machine machine;
-    const int failure = FolderInstall(machine, folder, error, notice);
-    if (failure == 0) {
-        return machine;
-    }
-    const std::string reason = std::move(*error);
-    error->clear();
-    if (failure == EACCES || failure == EPERM) {
-        machine.Administrator = false;
-        *notice = reason + "; running without administrator rights";
-        return machine;
-    }
-    const bool missing = failure == ENOENT || failure == ENOTDIR;
-    if (missing && orSample) {
-        *notice = "this computer has no SMBIOS tables; showing the built-in sample machine";
-        return SampleMachine();
-    }
-    *error = missing ? "this computer has no SMBIOS tables: " + reason : reason;
-    return std::nullopt;
-}
-
-std::optional<Machine> MachineRead(const std::string& choice, std::string* error, std::string* notice) {
-    error->clear();
-    notice->clear();
-    std::optional<Machine> machine;
-    try {
-        machine = MachineChoose(choice, error, notice);
-    } catch (const std::bad_alloc&) {
-        *error = (choice.empty() ? HostFolder : choice) + ": " + NoMemory;
-    }
-    if (!machine) {
-        notice->clear();
-    }
-    return machine;
 }
 
 } // namespace StandIn

@@ -1,7 +1,9 @@
 // Machines out of SMBIOS tables: an entry point and its structure table, from a folder, a dump or this computer.
 #include "machine/source/MachineTables.h"
 
+#include "Lib/LittleEndian.h"
 #include "machine/host/HostFile.h"
+#include "machine/model/EntryPoint.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -12,71 +14,9 @@ namespace StandIn {
 
 namespace {
 
-constexpr std::uint64_t SegmentStart = 0xF0000;
-constexpr std::uint64_t ParagraphSize = 16;
-constexpr std::size_t LegacyEntrySize = 31;
-constexpr std::size_t EntrySize30 = 24;
 constexpr std::size_t AnswerHeaderSize = 8;
 constexpr std::size_t StructureHeaderSize = 4;
 constexpr std::uint8_t EndOfTable = 127;
-
-bool BeginsWith(const Bytes& bytes, std::string_view anchor) {
-    return std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()).substr(0, anchor.size()) ==
-           anchor;
-}
-
-std::uint64_t Little(const std::uint8_t* bytes, std::size_t offset, unsigned width) {
-    std::uint64_t value = 0;
-    while (width-- > 0) {
-        value = value << 8 | bytes[offset + width];
-    }
-    return value;
-}
-
-// What an entry point of either kind says.
-struct EntryPoint {
-    bool Legacy;
-    std::uint8_t Major;
-    std::uint8_t Minor;
-    std::uint8_t Revision;
-    std::uint64_t TableAddress;
-    std::uint32_t TableLength;
-};
-
-std::optional<EntryPoint> EntryPointParse(const Bytes& bytes, std::string* error) {
-    const bool legacy = BeginsWith(bytes, "_SM_");
-    if (!legacy && !BeginsWith(bytes, "_SM3_")) {
-        *error = "the entry point begins with neither _SM_ nor _SM3_";
-        return std::nullopt;
-    }
-    if (bytes.size() < (legacy ? LegacyEntrySize : EntrySize30)) {
-        *error = "the entry point is cut short";
-        return std::nullopt;
-    }
-    if (legacy) {
-        return EntryPoint{true,
-                          bytes[0x06],
-                          bytes[0x07],
-                          bytes[0x0A],
-                          Little(bytes.data(), 0x18, 4),
-                          static_cast<std::uint32_t>(Little(bytes.data(), 0x16, 2))};
-    }
-    return EntryPoint{false,
-                      bytes[0x07],
-                      bytes[0x08],
-                      bytes[0x0A],
-                      Little(bytes.data(), 0x10, 8),
-                      static_cast<std::uint32_t>(Little(bytes.data(), 0x0C, 4))};
-}
-
-// The first paragraph of the legacy segment where an entry point does not overlap the table.
-std::uint64_t EntryAddress(std::uint64_t tableAddress, std::size_t tableSize) {
-    std::uint64_t address = SegmentStart;
-    while (tableSize != 0 && address < tableAddress + tableSize && tableAddress < address + LegacyEntrySize) {
-        address += ParagraphSize;
-    }
-    return address;
-}
 
 // The structures at the start of some bytes, as far as they are whole.
 struct Structures {
@@ -125,27 +65,12 @@ void ShortTell(const Bytes& entryPoint, const Bytes& table, const std::string& p
 
 } // namespace
 
-bool TablesInstall(Machine& machine, const Bytes& entryPoint, Bytes table, std::string* error) {
-    const std::optional<EntryPoint> entry = EntryPointParse(entryPoint, error);
-    if (!entry) {
-        return false;
+bool FileRead(const std::string& path, Bytes* content, std::string* error) {
+    const int failure = HostFileRead(path, content);
+    if (failure != 0) {
+        *error = HostFault(path, failure);
     }
-    table.resize(std::min<std::size_t>(table.size(), entry->TableLength));
-
-    Bytes answer{0, entry->Major, entry->Minor, entry->Revision};
-    for (unsigned place = 0; place < 4; ++place) {
-        answer.push_back(static_cast<std::uint8_t>(table.size() >> (8 * place)));
-    }
-    answer.insert(answer.end(), table.begin(), table.end());
-    machine.SmbiosTable = std::move(answer);
-
-    if (entry->Legacy) {
-        const std::uint64_t address = EntryAddress(entry->TableAddress, table.size());
-        machine.Memory.push_back({entry->TableAddress, std::move(table)});
-        machine.Memory.push_back(
-            {address, Bytes(entryPoint.begin(), entryPoint.begin() + static_cast<std::ptrdiff_t>(LegacyEntrySize))});
-    }
-    return true;
+    return failure == 0;
 }
 
 bool IsDump(const Bytes& content) {
@@ -160,8 +85,8 @@ std::string ContentName(const Bytes& content, const std::string& path) {
         (size >= 4 && isText(bytes[0]) && bytes[1] == 0 && isText(bytes[2]) && bytes[3] == 0)) {
         return "UTF-16 text";
     }
-    if (size > AnswerHeaderSize && Little(bytes, 4, 4) <= size - AnswerHeaderSize &&
-        IsTable(bytes + AnswerHeaderSize, Little(bytes, 4, 4))) {
+    const std::uint32_t stated = size > AnswerHeaderSize ? LittleEndianRead<std::uint32_t>(bytes + 4) : 0;
+    if (size > AnswerHeaderSize && stated <= size - AnswerHeaderSize && IsTable(bytes + AnswerHeaderSize, stated)) {
         return "an answer of the firmware table service, which the line \"firmware-table RSMB = " + path +
                "\" of a machine file reads";
     }

@@ -12,6 +12,12 @@ constexpr char AcceptedForms[] =
     "; a machine is a folder with smbios_entry_point and DMI, a dump (an entry point, which begins with _SM_ or _SM3_, "
     "and its structure table), or a machine file (lines of the form key = value)";
 
+// What a line says of a file that takes more memory than there is.
+constexpr char NoMemory[] = "not enough memory to read it";
+
+// Reads a whole file; on failure `error` is the line that says why.
+bool FileRead(const std::string& path, Bytes* content, std::string* error);
+
 // Whether a file's content is a dump: an entry point of either kind comes first.
 bool IsDump(const Bytes& content);
 

@@ -1,6 +1,7 @@
 // Chooses the program's machine before the program begins.
 #include "machine/host/HostFile.h"
-#include "machine/model/Machine.h"
+#include "machine/source/MachineChoice.h"
+#include "machine/windows/MachineSet.h"
 
 #include <algorithm>
 #include <cstdio>

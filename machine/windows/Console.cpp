@@ -1,6 +1,6 @@
 // The console: one of a fixed size, the terminal of standard output, or none.
 #include "machine/host/Terminal.h"
-#include "machine/windows/Faults.h"
+#include "machine/windows/LastError.h"
 
 #include <conio.h>
 #include <windows.h>
@@ -71,7 +71,7 @@ HANDLE WINAPI GetStdHandle(DWORD nStdHandle) {
     return reinterpret_cast<HANDLE>(OutputHandle);
 }
 
-// A terminal has no modes that anybody asks for.
+// Callers only look whether it succeeds, so the modes are always 0.
 BOOL WINAPI GetConsoleMode(HANDLE hConsoleHandle, LPDWORD lpMode) {
     if (FailsWith(Named("GetConsoleMode"), ERROR_INVALID_HANDLE)) {
         return FALSE;
@@ -119,7 +119,7 @@ BOOL WINAPI FillConsoleOutputCharacterA(HANDLE hConsoleOutput, CHAR cCharacter, 
     return TRUE;
 }
 
-// A terminal's cells take the colour that is current when they are erased.
+// Erasing a terminal has set its cells' colour already, so nothing is sent.
 BOOL WINAPI FillConsoleOutputAttribute(HANDLE hConsoleOutput, WORD, DWORD, COORD, LPDWORD lpNumberOfAttrsWritten) {
     if (FailsWith(Named("FillConsoleOutputAttribute"), ERROR_INVALID_HANDLE)) {
         return FALSE;

@@ -1,6 +1,6 @@
 // Control requests to the helper driver's device.
 #include "machine/kernel/Kernel.h"
-#include "machine/windows/Faults.h"
+#include "machine/model/Faults.h"
 #include "machine/windows/Handles.h"
 
 #include <windows.h>

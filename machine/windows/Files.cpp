@@ -3,8 +3,8 @@
 
 #include "machine/host/HostFile.h"
 #include "machine/kernel/Kernel.h"
-#include "machine/windows/Faults.h"
 #include "machine/windows/Handles.h"
+#include "machine/windows/LastError.h"
 #include "machine/windows/Security.h"
 #include "machine/windows/State.h"
 #include "machine/windows/WideText.h"
@@ -20,6 +20,7 @@
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 using namespace StandIn;
 
@@ -88,16 +89,15 @@ HANDLE DeviceOpen(std::string_view asked, DWORD access) {
 
 // Opens a file of this computer; it is only ever read.
 HANDLE HostFileOpen(const std::string& path, DWORD access) {
-    const int descriptor = open(HostPath(path).c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) {
+    Descriptor file(open(HostPath(path).c_str(), O_RDONLY | O_CLOEXEC));
+    if (file < 0) {
         return NoFile(errno == EACCES ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND);
     }
     struct stat about {};
-    if (fstat(descriptor, &about) != 0 || S_ISDIR(about.st_mode)) {
-        close(descriptor);
+    if (fstat(file, &about) != 0 || S_ISDIR(about.st_mode)) {
         return NoFile(ERROR_ACCESS_DENIED);
     }
-    return HandleOpen({.Kind = HandleKind::HostFile, .Name = path, .Access = access, .Descriptor = descriptor});
+    return HandleOpen({.Kind = HandleKind::HostFile, .Name = path, .Access = access, .HostFile = std::move(file)});
 }
 
 // The way of sharing that an access needs of those who have the file open.
@@ -153,25 +153,21 @@ HANDLE FileOpen(std::string path, DWORD access, DWORD share, LPSECURITY_ATTRIBUT
     if (!exists && !creates) {
         return NoFile(ERROR_FILE_NOT_FOUND);
     }
-    if (exists && disposition == CREATE_NEW) {
+    if (exists && creates) {
         return NoFile(ERROR_FILE_EXISTS);
     }
     if (!stored && !creates) {
         // Files of this computer stay as they are.
         return (access & GENERIC_WRITE) != 0 ? NoFile(ERROR_ACCESS_DENIED) : HostFileOpen(path, access);
     }
-    // Whoever creates empties what was there.
-    if (const std::uint32_t error = OpenError(*state, key, access | (creates ? GENERIC_WRITE : 0U), share);
-        error != 0) {
+    if (const std::uint32_t error = OpenError(*state, key, access, share); error != 0) {
         return NoFile(error);
     }
     if (creates) {
         if (!FolderExists(key, path)) {
             return NoFile(ERROR_PATH_NOT_FOUND);
         }
-        // A file that is emptied keeps its access list.
-        const bool guarded = stored ? state->Files[key].Guarded : GuardsFile(security);
-        state->Files[key] = StoredFile{path, flags & 0xFFFFU, {}, guarded};
+        state->Files[key] = StoredFile{path, flags & 0xFFFFU, {}, GuardsFile(security)};
         if (const std::uint32_t error = state.Commit(); error != 0) {
             return NoFile(error);
         }
@@ -258,7 +254,7 @@ BOOL WINAPI ReadFile(HANDLE hFile, LPVOID lpBuffer, DWORD nNumberOfBytesToRead, 
     if (handle->Kind == HandleKind::HostFile) {
         while (got < nNumberOfBytesToRead) {
             const ssize_t piece =
-                read(handle->Descriptor, static_cast<char*>(lpBuffer) + got, nNumberOfBytesToRead - got);
+                read(handle->HostFile, static_cast<char*>(lpBuffer) + got, nNumberOfBytesToRead - got);
             if (piece < 0 && errno == EINTR) {
                 continue;
             }
@@ -335,7 +331,7 @@ DWORD WINAPI GetFileSize(HANDLE hFile, LPDWORD) {
     const Handle* const handle = HandleFindAny(hFile);
     if (handle != nullptr && handle->Kind == HandleKind::HostFile) {
         struct stat about {};
-        return fstat(handle->Descriptor, &about) == 0 ? static_cast<DWORD>(about.st_size) : 0;
+        return fstat(handle->HostFile, &about) == 0 ? static_cast<DWORD>(about.st_size) : 0;
     }
     if (handle != nullptr && handle->Kind == HandleKind::File) {
         const SharedAccess state;

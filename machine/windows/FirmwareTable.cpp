@@ -1,7 +1,7 @@
 // The firmware table service, over the machine's tables.
 #include "machine/windows/FirmwareTable.h"
 
-#include "machine/windows/Faults.h"
+#include "machine/windows/LastError.h"
 
 #include <cstring>
 #include <string>

@@ -1,6 +1,6 @@
 // Firmware environment variables: the machine's own, and those that the maker's firmware answers through.
 #include "machine/kernel/FirmwareModel.h"
-#include "machine/windows/Faults.h"
+#include "machine/windows/LastError.h"
 #include "machine/windows/State.h"
 
 #include <windows.h>

@@ -1,10 +1,7 @@
 // The process's open handles.
 #include "machine/windows/Handles.h"
 
-#include "machine/model/Machine.h"
-
 #include <algorithm>
-#include <unistd.h>
 #include <utility>
 
 namespace StandIn {
@@ -22,12 +19,6 @@ constinit FoundHandle LatestFound{};
 
 // Goes on over a change of machines, so that handles of the last one stay invalid. The two lowest bits stay zero.
 std::uintptr_t LastValue = 0;
-
-void DescriptorClose(const Handle& handle) {
-    if (handle.Descriptor >= 0) {
-        close(handle.Descriptor);
-    }
-}
 
 } // namespace
 
@@ -55,11 +46,8 @@ Handle* HandleFind(const void* value, HandleKind kind) {
 }
 
 void HandleForget(const void* value) {
-    if (const Handle* const handle = HandleFindAny(value); handle != nullptr) {
-        DescriptorClose(*handle);
-        LatestFound = {};
-        OpenHandles.erase(reinterpret_cast<std::uintptr_t>(value));
-    }
+    LatestFound = {};
+    OpenHandles.erase(reinterpret_cast<std::uintptr_t>(value));
 }
 
 bool HandleOpenFor(HandleKind kind, const std::string& name) {
@@ -72,9 +60,6 @@ const std::map<std::uintptr_t, Handle>& HandlesOpen() {
 }
 
 void HandlesForget() {
-    for (const auto& [value, handle] : OpenHandles) {
-        DescriptorClose(handle);
-    }
     LatestFound = {};
     OpenHandles.clear();
 }

@@ -1,6 +1,8 @@
 // The process's open handles.
 #pragma once
 
+#include "machine/host/HostFile.h"
+
 #include <cstdint>
 #include <map>
 #include <string>
@@ -17,7 +19,7 @@ struct Handle {
     bool View64 = false;        // a registry key opened in the 64-bit view
     bool Impersonation = false; // a token that impersonates
     std::uint64_t Position = 0; // of a file
-    int Descriptor = -1;        // of a file of this computer
+    Descriptor HostFile{-1};    // of a file of this computer
     void* Opened = nullptr;     // of a device: the kernel's file
 };
 
@@ -30,7 +32,7 @@ Handle* HandleFind(const void* value, HandleKind kind);
 // The open handle of that value, whatever its kind, or null.
 Handle* HandleFindAny(const void* value);
 
-// Closes an open handle and the descriptor behind it; what else stands behind it is the caller's to release.
+// Closes an open handle; what stands behind a device or a mutex is the caller's to release.
 void HandleForget(const void* value);
 
 // Whether any handle of that kind and name is open.

@@ -1,9 +1,11 @@
 // A new machine for the process, and what a run leaves behind in it.
+#include "machine/windows/MachineSet.h"
+
+#include "Lib/LittleEndian.h"
 #include "machine/host/HostFile.h"
 #include "machine/kernel/FirmwareModel.h"
 #include "machine/kernel/Kernel.h"
-#include "machine/model/Machine.h"
-#include "machine/windows/Faults.h"
+#include "machine/model/Faults.h"
 #include "machine/windows/Handles.h"
 #include "machine/windows/Mutexes.h"
 #include "machine/windows/State.h"
@@ -21,9 +23,7 @@ constexpr std::uint32_t DwordType = 4;
 std::string ValueLine(const StoredKey& key, const StoredValue& value) {
     std::string line = "registry value " + key.Path + "\\" + value.Name;
     if (value.Type == DwordType && value.Data.size() == 4) {
-        const std::uint32_t number = value.Data[0] | value.Data[1] << 8U | value.Data[2] << 16U |
-                                     static_cast<std::uint32_t>(value.Data[3]) << 24U;
-        line += " = " + std::to_string(number);
+        line += " = " + std::to_string(LittleEndianRead<std::uint32_t>(value.Data.data()));
     }
     return line;
 }

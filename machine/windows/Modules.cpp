@@ -1,6 +1,6 @@
 // Modules, the operations looked up in them at run time, and the program's resources.
-#include "machine/windows/Faults.h"
 #include "machine/windows/FirmwareTable.h"
+#include "machine/windows/LastError.h"
 #include "machine/windows/Services.h"
 #include "machine/windows/State.h"
 #include "machine/windows/WideText.h"

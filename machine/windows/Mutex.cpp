@@ -1,6 +1,6 @@
 // Mutexes: in this process, or as locked files in the state folder that processes share.
-#include "machine/windows/Faults.h"
 #include "machine/windows/Handles.h"
+#include "machine/windows/LastError.h"
 #include "machine/windows/Mutexes.h"
 #include "machine/windows/State.h"
 
@@ -20,8 +20,8 @@ namespace {
 // A shared mutex has two files. Every process that has it open holds a shared lock on the first; the owner holds an
 // exclusive lock on the second and keeps a mark in it, which tells the next owner that the last one died.
 struct Mutex {
-    int OpenFile = -1;
-    int OwnerFile = -1;
+    Descriptor OpenFile{-1};
+    Descriptor OwnerFile{-1};
     unsigned Handles = 0;
     unsigned Depth = 0; // how often this process took it
     std::string Path;
@@ -43,20 +43,11 @@ bool LockTry(int file, int kind) {
     return true;
 }
 
-void FilesClose(const Mutex& mutex) {
-    if (mutex.OpenFile >= 0) {
-        close(mutex.OpenFile);
-    }
-    if (mutex.OwnerFile >= 0) {
-        close(mutex.OwnerFile);
-    }
-}
-
 // Opens the files of a shared mutex, with the folder locked. `existed` tells whether another process has it open.
 bool FilesOpen(Mutex* mutex, const std::string& name, bool* existed) {
     mutex->Path = MachineGet().StateFolder + "/" + std::string(MutexFile) + Escaped(name);
-    mutex->OpenFile = open((mutex->Path + ".open").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-    mutex->OwnerFile = open((mutex->Path + ".owner").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    mutex->OpenFile = Descriptor(open((mutex->Path + ".open").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+    mutex->OwnerFile = Descriptor(open((mutex->Path + ".owner").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
     if (mutex->OpenFile < 0 || mutex->OwnerFile < 0) {
         return false;
     }
@@ -78,7 +69,7 @@ bool TryTake(Mutex* mutex, bool* abandoned) {
         *abandoned = pread(mutex->OwnerFile, &mark, 1, 0) == 1;
         mark = '1';
         if (pwrite(mutex->OwnerFile, &mark, 1, 0) != 1) {
-            // Without the mark the next owner would only not learn of this one's death.
+            // Should this owner die, the next one isn't told. Nothing worse comes of it.
             *abandoned = false;
         }
     }
@@ -101,15 +92,12 @@ void MutexHandleClosed(const std::string& name) {
     if (found == Mutexes().end() || --found->second.Handles != 0) {
         return;
     }
-    Mutex& mutex = found->second;
-    if (mutex.OpenFile >= 0) {
-        // The last process to close it takes the files away.
-        const FolderLock lock;
-        if (lock.Locked() && LockTry(mutex.OpenFile, LOCK_EX)) {
-            unlink((mutex.Path + ".open").c_str());
-            unlink((mutex.Path + ".owner").c_str());
-        }
-        FilesClose(mutex);
+    // The last process to close it takes the files away.
+    const Mutex& mutex = found->second;
+    const FolderLock lock;
+    if (mutex.OpenFile >= 0 && lock.Locked() && LockTry(mutex.OpenFile, LOCK_EX)) {
+        unlink((mutex.Path + ".open").c_str());
+        unlink((mutex.Path + ".owner").c_str());
     }
     Mutexes().erase(found);
 }
@@ -125,9 +113,6 @@ std::vector<std::string> MutexesHeld() {
 }
 
 void MutexesForget() {
-    for (const auto& [name, mutex] : Mutexes()) {
-        FilesClose(mutex);
-    }
     Mutexes().clear();
 }
 
@@ -148,14 +133,11 @@ HANDLE WINAPI CreateMutexA(LPSECURITY_ATTRIBUTES, BOOL, LPCSTR lpName) {
     const auto found = Mutexes().find(name);
     bool existed = found != Mutexes().end();
     if (!existed) {
+        const FolderLock lock;
         Mutex fresh;
-        if (!MachineGet().StateFolder.empty()) {
-            const FolderLock lock;
-            if (!lock.Locked() || !FilesOpen(&fresh, name, &existed)) {
-                FilesClose(fresh);
-                SetLastError(ERROR_ACCESS_DENIED);
-                return nullptr;
-            }
+        if (!MachineGet().StateFolder.empty() && (!lock.Locked() || !FilesOpen(&fresh, name, &existed))) {
+            SetLastError(ERROR_ACCESS_DENIED);
+            return nullptr;
         }
         Mutexes().emplace(name, std::move(fresh));
     }

@@ -1,7 +1,7 @@
 // The process and the system's version: handles, processors, priority, power.
 #include "machine/kernel/Kernel.h"
-#include "machine/windows/Faults.h"
 #include "machine/windows/Handles.h"
+#include "machine/windows/LastError.h"
 #include "machine/windows/Mutexes.h"
 #include "machine/windows/State.h"
 

@@ -1,5 +1,5 @@
 // The registry under HKEY_LOCAL_MACHINE, with the two views that 32-bit programs have on a 64-bit system.
-#include "machine/windows/Faults.h"
+#include "machine/model/Faults.h"
 #include "machine/windows/Handles.h"
 #include "machine/windows/State.h"
 

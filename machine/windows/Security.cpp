@@ -1,8 +1,9 @@
 // Tokens, privileges, security descriptors and the access check.
 #include "machine/windows/Security.h"
 
-#include "machine/windows/Faults.h"
+#include "Lib/LittleEndian.h"
 #include "machine/windows/Handles.h"
+#include "machine/windows/LastError.h"
 #include "machine/windows/State.h"
 
 #include <windows.h>
@@ -51,12 +52,10 @@ DWORD SidLength(const SID* sid) {
     return static_cast<DWORD>(offsetof(SID, SubAuthority) + sizeof(DWORD) * sid->SubAuthorityCount);
 }
 
-// The first sub-authority, and those after it, for the array in the type has but one.
+// Copied from memory, because the type declares an array of one for the sub-authorities.
 DWORD SubAuthority(const SID* sid, unsigned index) {
-    DWORD value = 0;
-    std::memcpy(&value, reinterpret_cast<const char*>(sid) + offsetof(SID, SubAuthority) + sizeof value * index,
-                sizeof value);
-    return value;
+    return LittleEndianRead<DWORD>(reinterpret_cast<const char*>(sid) + offsetof(SID, SubAuthority) +
+                                   sizeof(DWORD) * index);
 }
 
 bool IsWindowsOwn(const SID* sid) {
@@ -408,7 +407,7 @@ BOOL WINAPI ConvertStringSecurityDescriptorToSecurityDescriptorA(LPCSTR StringSe
     return TRUE;
 }
 
-// All that programs free by it are security descriptors.
+// Programs free only security descriptors with it.
 HLOCAL WINAPI LocalFree(HLOCAL hMem) {
     FreeSid(hMem);
     return nullptr;

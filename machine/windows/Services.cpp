@@ -2,9 +2,9 @@
 #include "machine/windows/Services.h"
 
 #include "machine/kernel/Kernel.h"
-#include "machine/windows/Faults.h"
 #include "machine/windows/Files.h"
 #include "machine/windows/Handles.h"
+#include "machine/windows/LastError.h"
 #include "machine/windows/State.h"
 
 #include <windows.h>

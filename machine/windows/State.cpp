@@ -27,12 +27,11 @@ constexpr std::size_t StateSizeLimit = std::size_t{16} << 20;
 constexpr char HexDigits[] = "0123456789abcdef";
 
 // The lock goes with the descriptor, so it is free again when a process is killed.
-int FolderLockTake(const std::string& folder) {
-    const int file = folder.empty() ? -1 : open((folder + "/lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+Descriptor FolderLockTake(const std::string& folder) {
+    Descriptor file(folder.empty() ? -1 : open((folder + "/lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
     while (file >= 0 && flock(file, LOCK_EX) != 0) {
         if (errno != EINTR) {
-            close(file);
-            return -1;
+            return Descriptor(-1);
         }
     }
     return file;
@@ -166,9 +165,6 @@ bool StateLineRead(std::string_view line, SharedState* state) {
         StoredFile file;
         good = words.Read(&name) && words.Read(&file.Path) && words.Read(&file.Attributes) && words.Read(&file.Data);
         state->Files[name] = file;
-    } else if (kind == "buffer") {
-        // Other releases also write how many use the driver's buffer, which each process knows for itself.
-        return true;
     }
     return good && words.Rest.empty();
 }
@@ -258,7 +254,7 @@ std::string StateFolderFault(const std::string& folder) {
     if (!entries) {
         return HostFault(folder, errno);
     }
-    const Descriptor lock(FolderLockTake(folder));
+    const Descriptor lock = FolderLockTake(folder);
     if (lock < 0) {
         return HostFault(folder + "/lock", errno);
     }
@@ -285,13 +281,6 @@ std::string StateFolderFault(const std::string& folder) {
 ProcessState& Process() {
     static ProcessState state;
     return state;
-}
-
-std::string Lower(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](unsigned char one) { return static_cast<char>(std::tolower(one)); });
-    return lower;
 }
 
 std::string Escaped(std::string_view text) {

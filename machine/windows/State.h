@@ -2,6 +2,7 @@
 #pragma once
 
 #include "machine/host/HostFile.h"
+#include "machine/model/Lower.h"
 #include "machine/model/Machine.h"
 
 #include <cstdint>
@@ -50,7 +51,7 @@ struct SharedState {
 // Whether a started driver's device stands behind that name (without its prefix).
 bool DriverDeviceExists(const SharedState& state, std::string_view name);
 
-// Exclusive access to the state folder; nothing when there is no folder. Not to be nested.
+// Exclusive access to the state folder; without a folder it does nothing. Not to be nested.
 class FolderLock {
 public:
     FolderLock();
@@ -104,9 +105,6 @@ ProcessState& Process();
 
 // Empties the state that is kept in this process.
 void OwnStateForget();
-
-// Lower case, for names that Windows compares without regard to case.
-std::string Lower(std::string_view text);
 
 // A text with every byte but letters, digits and a few marks as %XX: one word, fit for a file name.
 std::string Escaped(std::string_view text);

@@ -7,81 +7,95 @@
 #include "Lib/API/RyxSmbios.h"
 #include "Lib/Common/Argument.h"
 #include "Lib/Common/ArgumentCommand.h"
+#include "Lib/Common/DmiInfoEntryGet.h"
 #include "Lib/Common/DmiParser.h"
 #include "Lib/Common/LibraryReset.h"
 #include "Lib/Common/QelCrypto.h"
 #include "Lib/Platform/Driver.h"
 #include "tests/library/Support.h"
 
+#include <cstddef>
 #include <gtest/gtest.h>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+namespace {
+
+// Calls an operation with arguments that it takes, of which one pointer after the other is missing.
+template <typename... Arguments>
+void EachMissing(const char* name, RyxStatus (*operation)(Arguments...), std::type_identity_t<Arguments>... sound) {
+    const auto call = [&]<std::size_t Place>() {
+        std::tuple<Arguments...> arguments(sound...);
+        using Argument = std::tuple_element_t<Place, decltype(arguments)>;
+        if constexpr (std::is_pointer_v<Argument>) {
+            const bool container = std::is_convertible_v<Argument, const RyxBin*>;
+            std::get<Place>(arguments) = nullptr;
+            EXPECT_EQ(std::apply(operation, arguments), container ? RyxErrorObject : RyxErrorArgument)
+                << name << ", argument " << Place + 1;
+        }
+    };
+    [&]<std::size_t... Place>(std::index_sequence<Place...>) {
+        (call.template operator()<Place>(), ...);
+    }
+    (std::index_sequence_for<Arguments...>{});
+}
+
+#define EACH_MISSING(operation, ...) EachMissing(#operation, operation, __VA_ARGS__)
+
+} // namespace
 
 TEST(MissingPointers, AreRefused) {
     LibraryReset();
     constexpr std::uint8_t bytes[] = {1, 4, 0, 0, 0, 0};
     const DmiStruct structure({bytes}, 28);
-    RyxBin bin{};
+    RyxBin object{};
+    RyxBin* bin = nullptr;
     ArgNode command{};
     ArgNode parameter{};
     command.Kind = ArgNodeCommand;
     command.Params = &parameter;
     char text[] = "1";
     char* arguments[] = {text};
+    const char* name = nullptr;
     std::int64_t number = 0;
     std::uint64_t size = 0;
     std::uint32_t length = 0;
+    std::uint16_t version = 0;
     std::uint8_t* data = nullptr;
     std::unique_ptr<char[]> block;
+    DmiTableCopy copy{};
     QelSha1Digest digest{};
-    const struct {
-        const char* Operation;
-        RyxStatus Status;
-        RyxStatus Expected = RyxErrorArgument;
-    } calls[] = {
-        {"RyxPrintf", RyxPrintf(nullptr)},
-        {"RyxArgCommandRegister: name", RyxArgCommandRegister(nullptr, text, text, text)},
-        {"RyxArgCommandRegister: description", RyxArgCommandRegister(text, nullptr, text, text)},
-        {"RyxArgCommandRegister: format", RyxArgCommandRegister(text, text, nullptr, text)},
-        {"RyxArgCommandRegister: syntax", RyxArgCommandRegister(text, text, text, nullptr)},
-        {"RyxArgCommandFind", RyxArgCommandFind(nullptr, nullptr)},
-        {"RyxArgParamGet: node", RyxArgParamGet(nullptr, 0, text, sizeof text)},
-        {"RyxArgParamGet: buffer", RyxArgParamGet(&command, 0, nullptr, sizeof text)},
-        {"RyxArgParamGet: length", RyxArgParamGet(&command, 0, text, 0)},
-        {"RyxArgNumberParse: text", RyxArgNumberParse(nullptr, &number)},
-        {"RyxArgNumberParse: number", RyxArgNumberParse(text, nullptr)},
-        {"RyxArgsSet: count", RyxArgsSet(0, arguments)},
-        {"RyxArgsSet: arguments", RyxArgsSet(1, nullptr)},
-        {"RyxFileRead: name", RyxFileRead(nullptr, &block, &length)},
-        {"RyxFileRead: block", RyxFileRead(text, nullptr, &length)},
-        {"RyxFileRead: size", RyxFileRead(text, &block, nullptr)},
-        {"RyxPlatformNameGet", RyxPlatformNameGet(nullptr)},
-        {"RyxConsoleSizeGet: width", RyxConsoleSizeGet(nullptr, &length)},
-        {"RyxConsoleSizeGet: height", RyxConsoleSizeGet(&length, nullptr)},
-        {"RyxBinCreate", RyxBinCreate(1, nullptr)},
-        {"RyxBinInfoGet: container", RyxBinInfoGet(nullptr, &data, &size), RyxErrorObject},
-        {"RyxBinInfoGet: data", RyxBinInfoGet(&bin, nullptr, &size)},
-        {"RyxBinInfoGet: size", RyxBinInfoGet(&bin, &data, nullptr)},
-        {"RyxBinFree", RyxBinFree(nullptr), RyxErrorObject},
-        {"RyxFirmwareRequest", RyxFirmwareRequest(0x10000, nullptr, nullptr)},
-        {"RyxSmbiosDataGet", RyxSmbiosDataGet(RyxFieldsPerType, 1, nullptr)},
-        {"RyxSmbiosAreaGet", RyxSmbiosAreaGet(1, 1, 4, nullptr)},
-        {"RyxSmbiosEpsDataGet", RyxSmbiosEpsDataGet(0, nullptr)},
-        {"ArgumentCommandQuery", ArgumentCommandQuery(nullptr)},
-        {"ArgumentResponseFileRead", ArgumentResponseFileRead(nullptr)},
-        {"ArgumentTokensAdd", ArgumentTokensAdd(nullptr, 1)},
-        {"ArgumentStringAdd", ArgumentStringAdd(nullptr, 1)},
-        {"DmiStructFieldGet", DmiStructFieldGet(structure, 14, nullptr)},
-        {"DmiStructAreaGet", DmiStructAreaGet(structure, 0, nullptr)},
-        {"DmiFirmwareTableRead", DmiFirmwareTableRead(nullptr)},
-        {"DmiTableCopyGet", DmiTableCopyGet(nullptr)},
-        {"PhysicalMemoryRead", PhysicalMemoryRead(0, 1, nullptr)},
-        {"PhysicalMemoryWrite", PhysicalMemoryWrite(0, 1, nullptr)},
-        {"DriverVersionGet", DriverVersionGet(nullptr)},
-        {"QelSha1: data", QelSha1(nullptr, 1, &digest)},
-        {"QelSha1: digest", QelSha1(text, 1, nullptr)},
-    };
-    for (const auto& call : calls) {
-        EXPECT_EQ(call.Status, call.Expected) << call.Operation;
-    }
+    EACH_MISSING(RyxArgCommandRegister, text, text, text, text);
+    EACH_MISSING(RyxArgParamGet, &command, 0, text, sizeof text);
+    EACH_MISSING(RyxArgNumberParse, text, &number);
+    EACH_MISSING(RyxArgsSet, 1, arguments);
+    EACH_MISSING(RyxFileRead, text, &block, &length);
+    EACH_MISSING(RyxPlatformNameGet, &name);
+    EACH_MISSING(RyxConsoleSizeGet, &length, &length);
+    EACH_MISSING(RyxBinCreate, 1, &bin);
+    EACH_MISSING(RyxBinInfoGet, &object, &data, &size);
+    EACH_MISSING(RyxBinFree, &object);
+    EACH_MISSING(RyxSmbiosDataGet, RyxFieldsPerType, 1, &bin);
+    EACH_MISSING(RyxSmbiosAreaGet, 1, 1, 4, &bin);
+    EACH_MISSING(RyxSmbiosEpsDataGet, 0, &bin);
+    EACH_MISSING(ArgumentCommandQuery, text);
+    EACH_MISSING(ArgumentResponseFileRead, text);
+    EACH_MISSING(ArgumentTokensAdd, text, 1);
+    EACH_MISSING(ArgumentStringAdd, text, 1);
+    EACH_MISSING(DmiStructFieldGet, structure, 14, &bin);
+    EACH_MISSING(DmiStructAreaGet, structure, 0, &bin);
+    EACH_MISSING(DmiFirmwareTableRead, &copy);
+    EACH_MISSING(DmiTableCopyGet, &copy);
+    EACH_MISSING(PhysicalMemoryRead, 0, 1, text);
+    EACH_MISSING(PhysicalMemoryWrite, 0, 1, text);
+    EACH_MISSING(DriverVersionGet, &version);
+    EACH_MISSING(QelSha1, text, 1, &digest, false);
+    EXPECT_EQ(RyxPrintf(nullptr), RyxErrorArgument);
+    EXPECT_EQ(RyxArgCommandFind(nullptr, nullptr), RyxErrorArgument);
+    EXPECT_EQ(RyxArgParamGet(&command, 0, text, 0), RyxErrorArgument);
+    EXPECT_EQ(RyxArgsSet(0, arguments), RyxErrorArgument);
+    EXPECT_EQ(RyxFirmwareRequest(0x10000, nullptr, nullptr), RyxErrorArgument);
     EXPECT_FALSE(DmiNextStructGet(nullptr));
     EXPECT_EQ(ArgumentParamNodeAdd(nullptr), nullptr);
 }

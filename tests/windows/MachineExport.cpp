@@ -5,6 +5,7 @@
 // MACHINE is chosen as by QUARRINET_MACHINE. The memory file holds one record for each region (address, length, bytes;
 // both numbers little-endian in 4 bytes), the table file the answer with its header, empty when there is none.
 #include "machine/model/Machine.h"
+#include "machine/source/MachineChoice.h"
 
 #include <cstdio>
 #include <fstream>

@@ -1,6 +1,8 @@
 // The firmware table service: the SMBIOS structure table and single ACPI tables.
 #include "Lib/Platform/FirmwareTable.h"
 
+#include "Lib/LittleEndian.h"
+
 #include <windows.h>
 
 #include <cstring>
@@ -52,8 +54,7 @@ bool SmbiosFirmwareTableGet(std::unique_ptr<std::uint8_t[]>* table, std::uint32_
     if (answered < HeaderSize || answered > capacity) {
         return false;
     }
-    std::uint32_t length = 0;
-    std::memcpy(&length, &buffer[4], sizeof length);
+    const auto length = LittleEndianRead<std::uint32_t>(&buffer[4]);
     if (length > answered - HeaderSize) {
         return false;
     }

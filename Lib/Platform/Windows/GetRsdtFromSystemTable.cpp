@@ -1,12 +1,12 @@
 // The last way to the ACPI root table.
 #include "Lib/Platform/GetRsdtFromSystemTable.h"
 
+#include "Lib/LittleEndian.h"
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/FirmwareTable.h"
 #include "Lib/Platform/System.h"
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 #include <new>
 #include <string_view>
@@ -29,13 +29,12 @@ bool FadtRead(std::uint32_t* dsdt) {
     if (Fadt == nullptr) {
         return false;
     }
-    std::uint32_t signature = 0;
-    std::memcpy(&signature, "FACP", sizeof signature);
-    const std::uint32_t length = AcpiFirmwareTableGet(signature, Fadt.get(), FadtCapacity);
+    const std::uint32_t length =
+        AcpiFirmwareTableGet(LittleEndianRead<std::uint32_t>("FACP"), Fadt.get(), FadtCapacity);
     if (length < FadtDsdtOffset + sizeof *dsdt || length > FadtCapacity) {
         return false;
     }
-    std::memcpy(dsdt, &Fadt[FadtDsdtOffset], sizeof *dsdt);
+    *dsdt = LittleEndianRead<std::uint32_t>(&Fadt[FadtDsdtOffset]);
     return true;
 }
 

@@ -8,7 +8,7 @@
 #define NTSYSAPI
 
 typedef void* PVOID;
-typedef char CHAR, CCHAR, *PCHAR;
+typedef char CHAR, CCHAR;
 typedef unsigned char UCHAR, BOOLEAN;
 typedef std::int16_t SHORT, CSHORT;
 typedef std::uint16_t USHORT;
@@ -59,7 +59,6 @@ typedef struct _OBJECT_TYPE* POBJECT_TYPE;
 
 #define IRP_MJ_CREATE 0x00
 #define IRP_MJ_CLOSE 0x02
-#define IRP_MJ_READ 0x03
 #define IRP_MJ_DEVICE_CONTROL 0x0e
 #define IRP_MJ_CLEANUP 0x12
 #define IRP_MJ_MAXIMUM_FUNCTION 0x1b
@@ -68,10 +67,10 @@ typedef struct _OBJECT_TYPE* POBJECT_TYPE;
 #define MDL_MAPPED_TO_SYSTEM_VA 0x0001
 #define MDL_SOURCE_IS_NONPAGED_POOL 0x0004
 
-enum MODE { KernelMode, UserMode };
+enum MODE { KernelMode };
 typedef enum _KWAIT_REASON { Executive } KWAIT_REASON;
 typedef enum _MEMORY_CACHING_TYPE { MmNonCached, MmCached } MEMORY_CACHING_TYPE;
-typedef enum _MM_PAGE_PRIORITY { LowPagePriority, NormalPagePriority = 16, HighPagePriority = 32 } MM_PAGE_PRIORITY;
+typedef enum _MM_PAGE_PRIORITY { NormalPagePriority = 16 } MM_PAGE_PRIORITY;
 
 typedef struct _UNICODE_STRING {
     USHORT Length; // in bytes
@@ -185,8 +184,8 @@ PVOID NTAPI MmMapLockedPagesSpecifyCache(PMDL MemoryDescriptorList, KPROCESSOR_M
 
 NTSTATUS NTAPI ZwClose(HANDLE Handle);
 
-// Only the driver that ships calls these, which reaches the machine through them; the stand-in has no answer of its
-// own.
+// The driver that ships reaches the machine by these. The stand-in's answers come in their place, in
+// KernelHardware.cpp; only a test answers these.
 PVOID NTAPI MmMapIoSpace(PHYSICAL_ADDRESS PhysicalAddress, std::size_t NumberOfBytes, MEMORY_CACHING_TYPE CacheType);
 void NTAPI MmUnmapIoSpace(PVOID BaseAddress, std::size_t NumberOfBytes);
 PVOID NTAPI MmAllocateContiguousMemorySpecifyCache(std::size_t NumberOfBytes, PHYSICAL_ADDRESS LowestAcceptableAddress,

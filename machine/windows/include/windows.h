@@ -41,8 +41,7 @@ typedef struct HKEY__ {
 } * HKEY, **PHKEY;
 typedef struct HINSTANCE__ {
     int unused;
-} * HINSTANCE;
-typedef HINSTANCE HMODULE;
+} * HMODULE;
 typedef struct HRSRC__ {
     int unused;
 } * HRSRC;
@@ -57,7 +56,6 @@ typedef DWORD EXECUTION_STATE;
 
 #define FALSE 0
 #define TRUE 1
-#define MAX_PATH 260
 #define INVALID_HANDLE_VALUE ((HANDLE)(LONG_PTR)-1)
 #define INVALID_FILE_SIZE ((DWORD)0xFFFFFFFF)
 #define INFINITE 0xFFFFFFFF
@@ -128,22 +126,12 @@ typedef struct _COORD {
     SHORT X;
     SHORT Y;
 } COORD;
-typedef struct _SMALL_RECT {
-    SHORT Left;
-    SHORT Top;
-    SHORT Right;
-    SHORT Bottom;
-} SMALL_RECT;
 typedef struct _CONSOLE_SCREEN_BUFFER_INFO {
     COORD dwSize;
     COORD dwCursorPosition;
     WORD wAttributes;
-    SMALL_RECT srWindow;
-    COORD dwMaximumWindowSize;
 } CONSOLE_SCREEN_BUFFER_INFO, *PCONSOLE_SCREEN_BUFFER_INFO;
-#define STD_INPUT_HANDLE ((DWORD)-10)
 #define STD_OUTPUT_HANDLE ((DWORD)-11)
-#define STD_ERROR_HANDLE ((DWORD)-12)
 #define CTRL_C_EVENT 0
 #define CTRL_BREAK_EVENT 1
 #define STATUS_CONTROL_C_EXIT ((DWORD)0xC000013AL)
@@ -309,7 +297,7 @@ typedef struct _SECURITY_ATTRIBUTES {
     LPVOID lpSecurityDescriptor;
     BOOL bInheritHandle;
 } SECURITY_ATTRIBUTES, *LPSECURITY_ATTRIBUTES;
-// Nobody passes this one, so that nobody needs to know what it holds.
+// Only null is ever passed for it.
 typedef struct _OVERLAPPED* LPOVERLAPPED;
 #define FILE_ALL_ACCESS 0x001F01FF
 #define FILE_SHARE_READ 0x00000001
@@ -317,7 +305,6 @@ typedef struct _OVERLAPPED* LPOVERLAPPED;
 #define FILE_SHARE_DELETE 0x00000004
 #define FILE_FLAG_OPEN_REPARSE_POINT 0x00200000
 #define CREATE_NEW 1
-#define CREATE_ALWAYS 2
 #define OPEN_EXISTING 3
 #define FILE_ATTRIBUTE_READONLY 0x00000001
 #define FILE_ATTRIBUTE_NORMAL 0x00000080
@@ -353,7 +340,6 @@ typedef struct _SERVICE_STATUS {
 #define SC_MANAGER_CONNECT 0x0001
 #define SC_MANAGER_CREATE_SERVICE 0x0002
 #define SC_MANAGER_ALL_ACCESS 0xF003F
-#define SERVICE_QUERY_STATUS 0x0004
 #define SERVICE_START 0x0010
 #define SERVICE_STOP 0x0020
 #define SERVICE_ALL_ACCESS 0xF01FF

@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace StandIn {
@@ -106,6 +108,22 @@ consteval Operation Named(std::string_view name) {
     throw "the stand-in has no such operation";
 }
 
+// The operation of that exact name, if the stand-in has it and it can fail.
+std::optional<Operation> OperationFind(std::string_view name);
+
+// How often an operation was called since MachineSet, and how often a device control code was requested.
+std::uint64_t CallCount(Operation operation);
+std::uint64_t CallCount(std::string_view operation);
+std::uint64_t ControlCount(std::uint32_t code);
+
+// All calls since MachineSet of operations that can fail by their documented interface. FailCall makes the N-th of them
+// (from 1) fail; 0 makes none fail.
+std::uint64_t CallTotal();
+void FailCall(std::uint64_t number);
+
+// The name of the operation that FailCall made fail, empty when it has not come to that.
+std::string FailedCallName();
+
 struct CallRecord {
     std::array<std::uint64_t, std::size(OperationNames)> Counts;
     std::uint64_t Total;
@@ -115,7 +133,7 @@ struct CallRecord {
 
 extern CallRecord Calls;
 
-// Lets other programs act that come before the call just counted; whether one of the machine's faults strikes it.
+// Runs the machine's intrusions that come before the call just counted; true when one of its faults makes it fail.
 bool FaultStrikes(Operation which, std::uint32_t controlCode);
 
 // Counts a key press that was waited for, which can't fail.
@@ -133,12 +151,6 @@ inline bool Fails(Operation which, std::uint32_t controlCode = 0) {
     const Machine& machine = MachineGet();
     return (!machine.Faults.empty() || !machine.Intrusions.empty()) && FaultStrikes(which, controlCode);
 }
-
-// As Fails, with the error number that the caller of the failing operation then finds.
-bool FailsWith(Operation which, std::uint32_t error);
-
-// Sets the error number that the caller finds; the result is false, for a failing operation to return.
-bool FailFalse(std::uint32_t error);
 
 // Counts a request with a control code; DeviceIoControl itself is counted by Fails.
 void ControlSeen(std::uint32_t code);

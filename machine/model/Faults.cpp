@@ -1,7 +1,5 @@
-// Counts of calls, the faults that make calls fail, and the error number that tells why.
-#include "machine/windows/Faults.h"
-
-#include <windows.h>
+// Counts of calls, and the faults that make calls fail.
+#include "machine/model/Faults.h"
 
 #include <algorithm>
 #include <vector>
@@ -11,8 +9,6 @@ namespace StandIn {
 constinit CallRecord Calls{};
 
 namespace {
-
-thread_local DWORD LastError = 0;
 
 struct CodeCount {
     std::uint32_t Code;
@@ -57,15 +53,6 @@ bool FaultStrikes(Operation which, std::uint32_t controlCode) {
     return false;
 }
 
-bool FailsWith(Operation which, std::uint32_t error) {
-    return Fails(which) && !FailFalse(error);
-}
-
-bool FailFalse(std::uint32_t error) {
-    SetLastError(error);
-    return false;
-}
-
 void ControlSeen(std::uint32_t code) {
     CodeCount* count = CodeCountFind(code);
     if (count == nullptr) {
@@ -107,11 +94,3 @@ std::string FailedCallName() {
 }
 
 } // namespace StandIn
-
-DWORD WINAPI GetLastError() {
-    return StandIn::LastError;
-}
-
-void WINAPI SetLastError(DWORD dwErrCode) {
-    StandIn::LastError = dwErrCode;
-}
