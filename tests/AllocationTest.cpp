@@ -137,8 +137,9 @@ TEST(Allocations, HaveTheirStatusOneByOne) {
     const Machine legacy = TableMachine(true);
     EXPECT_EQ(Answers(legacy, CommandsRegister), (Statuses{memory, memory, RyxOk}));
     EXPECT_EQ(Answers(legacy, BufferAllocate), (Statuses{memory, RyxOk}));
-    EXPECT_EQ(Answers(legacy, FieldGet), (Statuses{RyxErrorNotFound, buffer, memory, RyxOk}));
-    EXPECT_EQ(Answers(legacy, FieldKeep), (Statuses{unread, unread, unread, memory, RyxOk}));
+    // Between the table's copy and the value come the blocks that remember the walk, which can do without.
+    EXPECT_EQ(Answers(legacy, FieldGet), (Statuses{RyxErrorNotFound, buffer, RyxOk, RyxOk, memory, RyxOk}));
+    EXPECT_EQ(Answers(legacy, FieldKeep), (Statuses{unread, unread, RyxOk, RyxOk, unread, memory, RyxOk}));
     EXPECT_EQ(Answers(TableMachine(false), TableRead), (Statuses{RyxErrorNotFound, RyxOk}));
     EXPECT_EQ(Answers(TableMachine(false, 0x10000), TableRead), (Statuses{RyxErrorNotFound, RyxErrorNotFound, RyxOk}));
     // A registry copy that there is no memory for leaves the ways behind it; there, memory that is missing ends the

@@ -9,10 +9,9 @@
 #include <array>
 #include <cstring>
 #include <limits>
-
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
+#include <memory>
+#include <new>
+#include <utility>
 
 namespace {
 
@@ -185,100 +184,83 @@ bool KindLength(DmiKind kind, std::uint32_t* length) {
     return true;
 }
 
-// Bytes are looked at by the piece, each of which gives marks: one for each byte that is zero together with the byte
-// behind it, the first one lowest. Above the first mark there may be more than that.
-#if defined(__SSE2__)
-using Marks = std::uint32_t;
-constexpr std::size_t PieceSize = 16;
-constexpr unsigned MarkBits = 1; // for each byte
-
-Marks MarksOf(const std::uint8_t* bytes) {
-    const __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-    const __m128i second = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + 1));
-    const __m128i zeros = _mm_cmpeq_epi8(_mm_or_si128(first, second), _mm_setzero_si128());
-    return static_cast<Marks>(_mm_movemask_epi8(zeros));
+// From a structure's string set on to the table's end.
+std::string_view SetOf(const DmiStruct& structure) {
+    const std::span<const std::uint8_t> set = structure.From(structure.FormattedLength());
+    return {reinterpret_cast<const char*>(set.data()), set.size()};
 }
-#else
-using Marks = std::size_t;
-constexpr std::size_t PieceSize = sizeof(Marks);
-constexpr unsigned MarkBits = 8;
 
-// Machines with these tables are little-endian: the first byte is a word's lowest.
-Marks MarksOf(const std::uint8_t* bytes) {
-    constexpr Marks ones = ~Marks{0} / 0xFF;
-    Marks first = 0;
-    Marks second = 0;
-    std::memcpy(&first, bytes, sizeof first);
-    std::memcpy(&second, bytes + 1, sizeof second);
-    const Marks both = first | second;
-    return (both - ones) & ~both & ones << 7;
-}
-#endif
+constexpr std::uint32_t None = std::numeric_limits<std::uint32_t>::max();
 
-// The place behind the two zero bytes that the first mark tells of, which is among `Count` marks from `First` on. Every
-// place has a branch of its own and is a constant behind it: see SetEnd.
-template <unsigned First, unsigned Count>
-[[gnu::always_inline]] inline std::size_t PairEnd(Marks marks, std::size_t at) {
-    if constexpr (Count == 1) {
-        return at + First + 2;
-    } else {
-        constexpr unsigned half = Count / 2;
-        constexpr Marks lower = ((Marks{1} << half * MarkBits) - 1) << First * MarkBits;
-        const bool inLower = (marks & lower) != 0;
-        if (inLower) {
-            asm volatile(""); // here and below, or the compiler computes the place
-            return PairEnd<First, half>(marks, at);
-        }
-        asm volatile("");
-        return PairEnd<First + half, half>(marks, at);
+// Where a structure lies in its table, and the number of the next one of its type, from 0.
+struct Spot {
+    std::uint32_t Place;
+    std::uint32_t Next;
+    std::uint16_t Handle;
+    std::uint8_t Type;
+};
+
+// The bytes of the table that was walked last, its structures, and the number of each type's first one.
+struct WalkedTable {
+    std::unique_ptr<std::uint8_t[]> Bytes;
+    std::size_t Size;
+    std::unique_ptr<Spot[]> Spots; // nothing: no table is remembered
+    std::array<std::uint32_t, 256> First;
+};
+
+WalkedTable Walked;
+
+// Sees to it that a table of these bytes is the one that was walked last. False when there is no memory for that.
+bool WalkRemember(std::span<const std::uint8_t> bytes) {
+    if (Walked.Spots != nullptr && Walked.Size == bytes.size() &&
+        std::equal(bytes.begin(), bytes.end(), Walked.Bytes.get())) {
+        return true;
     }
+    Walked = {};
+    const DmiStruct first(bytes);
+    std::uint32_t count = first.Exists() ? 1 : 0;
+    for (DmiStruct structure = first; DmiNextStructGet(&structure);) {
+        ++count;
+    }
+    std::unique_ptr<std::uint8_t[]> copy(new (std::nothrow) std::uint8_t[bytes.size()]);
+    std::unique_ptr<Spot[]> spots(new (std::nothrow) Spot[count]);
+    if (copy == nullptr || spots == nullptr) {
+        return false;
+    }
+    std::copy(bytes.begin(), bytes.end(), copy.get());
+    DmiStruct structure = first;
+    for (std::uint32_t number = 0; number < count; ++number, DmiNextStructGet(&structure)) {
+        const auto place = static_cast<std::uint32_t>(bytes.size() - structure.From(0).size());
+        spots[number] = {place, None, structure.Handle(), structure.Type()};
+    }
+    Walked = {std::move(copy), bytes.size(), std::move(spots), {}};
+    Walked.First.fill(None);
+    for (std::uint32_t number = count; number-- != 0;) {
+        Walked.Spots[number].Next = std::exchange(Walked.First[Walked.Spots[number].Type], number);
+    }
+    return true;
 }
 
 } // namespace
 
-// A walk spends its time here, and would spend most of that waiting for bytes or on branches that were not foreseen. A
-// piece takes one branch. In the piece that ends the set, branches lead to the place and none is computed, so that the
-// processor is at the next structure before the bytes have come; and of two pieces only the second moves the place on.
-inline std::size_t DmiStruct::SetEnd() const {
-    const std::uint8_t* const bytes = Table.data();
-    const std::size_t piecesEnd = Table.size() - std::min(Table.size(), 2 * PieceSize); // before it, two and a byte fit
-    std::size_t at = Place + FormattedLength();
-    for (; at < piecesEnd; at += 2 * PieceSize) {
-        const Marks first = MarksOf(bytes + at);
-        if (first != 0) [[unlikely]] {
-            return PairEnd<0, PieceSize>(first, at);
-        }
-        const Marks second = MarksOf(bytes + at + PieceSize);
-        if (second != 0) [[unlikely]] {
-            return PairEnd<0, PieceSize>(second, at + PieceSize);
-        }
-    }
-    for (; at + 1 < Table.size(); ++at) {
-        if (bytes[at] == 0 && bytes[at + 1] == 0) {
-            return at + 2;
-        }
-    }
-    return Table.size();
-}
-
 bool DmiStruct::BytesGet(std::uint32_t offset, std::uint32_t length, std::span<const std::uint8_t>* bytes) const {
-    if (offset > Rest().size() || length > Rest().size() - offset) {
+    if (offset > Rest.size() || length > Rest.size() - offset) {
         return false;
     }
-    *bytes = Rest().subspan(offset, length);
+    *bytes = Rest.subspan(offset, length);
     return true;
 }
 
 bool DmiStruct::ByteGet(std::uint32_t offset, std::uint8_t* byte) const {
-    if (offset >= Rest().size()) {
+    if (offset >= Rest.size()) {
         return false;
     }
-    *byte = Table[Place + offset];
+    *byte = Rest[offset];
     return true;
 }
 
 std::span<const std::uint8_t> DmiStruct::From(std::uint32_t offset) const {
-    return Rest().subspan(std::min<std::size_t>(offset, Rest().size()));
+    return Rest.subspan(std::min<std::size_t>(offset, Rest.size()));
 }
 
 void DmiFieldNumberResolve(std::uint32_t field, std::uint16_t* type, std::uint16_t* descriptor) {
@@ -292,12 +274,17 @@ bool DmiNextStructGet(DmiStruct* structure) {
     if (structure == nullptr || !structure->Exists()) {
         return false;
     }
-    const DmiStruct next = structure->Next();
-    if (!next.Exists()) [[unlikely]] {
+    constexpr std::string_view twoZeros("\0\0", 2);
+    const std::size_t setEnd = SetOf(*structure).find(twoZeros);
+    if (setEnd == std::string_view::npos) {
         return false;
     }
-    *structure = next;
-    return true;
+    const auto length = static_cast<std::uint32_t>(structure->FormattedLength() + setEnd + twoZeros.size());
+    const DmiStruct next(structure->From(length), structure->SmbiosVersion());
+    if (next.Exists()) {
+        *structure = next;
+    }
+    return next.Exists();
 }
 
 bool DmiStringFind(const DmiStruct& structure, std::uint32_t offset, std::string_view* text) {
@@ -309,8 +296,7 @@ bool DmiStringFind(const DmiStruct& structure, std::uint32_t offset, std::string
     if (number == 0) {
         return true;
     }
-    const std::span<const std::uint8_t> set = structure.From(structure.FormattedLength());
-    std::string_view rest(reinterpret_cast<const char*>(set.data()), set.size());
+    std::string_view rest = SetOf(structure);
     for (; number > 1 && !rest.empty() && rest.front() != '\0'; --number) {
         const std::size_t end = rest.find('\0');
         rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
@@ -372,28 +358,32 @@ RyxStatus DmiStructAreaGet(const DmiStruct& structure, std::uint8_t offset, RyxB
     return RyxBinMake(rest.data(), length, bin);
 }
 
-// The step to the next structure is part of the loop: as a call, which compilers choose here, a walk takes a third
-// more.
-[[gnu::flatten]] bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_t instance,
-                                      DmiStruct* found, bool whole) {
+bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_t instance, DmiStruct* found,
+                     bool whole) {
     const std::uint16_t highest = whole || type == TypeEndOfTable ? 0xFFFF : HandleLimit;
-    DmiStruct structure({table.Bytes.get(), table.Size}, table.Version);
-    std::uint32_t counted = 1;
-    if (!structure.Exists()) {
-        return false;
-    }
-    for (std::uint32_t left = whole ? std::numeric_limits<std::uint32_t>::max() : ExaminedLimit; left != 0; --left) {
-        if (structure.Type() == type && structure.Handle() <= highest) {
-            if (counted == instance) {
-                *found = structure;
+    const std::uint32_t limit = whole ? None : ExaminedLimit;
+    const std::span<const std::uint8_t> bytes(table.Bytes.get(), table.Size);
+    if (type < Walked.First.size() && WalkRemember(bytes)) {
+        for (std::uint32_t number = Walked.First[type]; number < limit; number = Walked.Spots[number].Next) {
+            const Spot& spot = Walked.Spots[number];
+            if (spot.Handle <= highest && instance-- == 1) {
+                *found = DmiStruct(bytes.subspan(spot.Place), table.Version);
                 return true;
             }
-            ++counted;
         }
-        structure = structure.Next();
-        if (!structure.Exists()) [[unlikely]] {
-            return false;
+        return false;
+    }
+    DmiStruct structure(bytes, table.Version);
+    bool more = structure.Exists();
+    for (std::uint32_t number = 0; more && number < limit; ++number, more = DmiNextStructGet(&structure)) {
+        if (structure.Type() == type && structure.Handle() <= highest && instance-- == 1) {
+            *found = structure;
+            return true;
         }
     }
     return false;
+}
+
+void DmiWalkReset() {
+    Walked = {};
 }

@@ -15,24 +15,17 @@ struct RyxBin;
 class DmiStruct {
 public:
     explicit DmiStruct(std::span<const std::uint8_t> toTableEnd, std::uint8_t version = 0)
-        : Table(toTableEnd), TableVersion(version) {}
+        : Rest(toTableEnd), TableVersion(version) {}
 
     // Tells whether there is a structure at all: a header of 4 bytes.
-    bool Exists() const { return Table.size() - Place >= HeaderSize; }
+    bool Exists() const { return Rest.size() >= 4; }
 
     // The header's values; for a structure that exists.
-    std::uint8_t Type() const { return Table[Place]; }
-    std::uint8_t FormattedLength() const { return Table[Place + 1]; }
-    std::uint16_t Handle() const { return static_cast<std::uint16_t>(Table[Place + 2] | Table[Place + 3] << 8); }
+    std::uint8_t Type() const { return Rest[0]; }
+    std::uint8_t FormattedLength() const { return Rest[1]; }
+    std::uint16_t Handle() const { return static_cast<std::uint16_t>(Rest[2] | Rest[3] << 8); }
 
     std::uint8_t SmbiosVersion() const { return TableVersion; }
-
-    // What follows this structure, which exists: behind the two zero bytes that end its string set, or the table's end.
-    DmiStruct Next() const {
-        DmiStruct next = *this;
-        next.Place = SetEnd();
-        return next;
-    }
 
     // Gives bytes at an offset. False when they reach past the table's end.
     bool BytesGet(std::uint32_t offset, std::uint32_t length, std::span<const std::uint8_t>* bytes) const;
@@ -42,12 +35,7 @@ public:
     std::span<const std::uint8_t> From(std::uint32_t offset) const;
 
 private:
-    std::size_t SetEnd() const;
-    std::span<const std::uint8_t> Rest() const { return Table.subspan(Place); }
-
-    static constexpr std::size_t HeaderSize = 4;
-    std::span<const std::uint8_t> Table;
-    std::size_t Place = 0; // in the table, and all that changes in a walk
+    std::span<const std::uint8_t> Rest;
     std::uint8_t TableVersion;
 };
 
@@ -55,7 +43,8 @@ private:
 // DmiFieldCount for a type without rows.
 void DmiFieldNumberResolve(std::uint32_t field, std::uint16_t* type, std::uint16_t* descriptor);
 
-// Moves to the next structure of the table; false, and unmoved, when there is none, or no structure to move from.
+// Moves to the next structure of the table, behind the two zero bytes that end this one's string set; false, and
+// unmoved, when there is none, or no structure to move from.
 bool DmiNextStructGet(DmiStruct* structure);
 
 // Gives the string whose number stands at an offset of the structure: empty for number 0 and for a number that the set
@@ -71,6 +60,10 @@ RyxStatus DmiStructFieldGet(const DmiStruct& structure, std::uint16_t descriptor
 RyxStatus DmiStructAreaGet(const DmiStruct& structure, std::uint8_t offset, RyxBin** bin);
 
 // Finds the instance (from 1) of a type among the first 128 structures of a table, of which those with a handle above
-// 00FFh count for type 127 only; or among all structures of the whole table. False when there is none.
+// 00FFh count for type 127 only; or among all structures of the whole table. False when there is none. A copy with the
+// bytes of the one before is not walked again: where its structures lie is remembered, if there is memory for that.
 bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_t instance, DmiStruct* found,
                      bool whole = false);
+
+// The state at process start: no table walked yet.
+void DmiWalkReset();

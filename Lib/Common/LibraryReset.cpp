@@ -6,6 +6,7 @@
 #include "Lib/Common/ArgumentCommand.h"
 #include "Lib/Common/CallbackFunctions.h"
 #include "Lib/Common/DmiInfoEntryGet.h"
+#include "Lib/Common/DmiParser.h"
 #include "Lib/Common/FirmwareChannel.h"
 #include "Lib/Common/Instance.h"
 #include "Lib/Common/LibraryContext.h"
@@ -18,6 +19,7 @@ void LibraryReset() {
     CallbackFunctionsRelease();
     LibraryContextGet() = {};
     DmiInfoReset();
+    DmiWalkReset();
     InstanceStateReset();
     PowerStateReset();
     FirmwareChannelReset();

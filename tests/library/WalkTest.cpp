@@ -51,8 +51,6 @@ TEST(Walk, StepsOverStringSetsToTheLastStructure) {
     EXPECT_FALSE(DmiStruct{{}}.Exists());
 }
 
-// The set's bytes are looked at by the piece; every place of the two zeros in a piece, and what looks like them, comes
-// up.
 TEST(Walk, TheNextStructureFollowsTheFirstTwoZeros) {
     std::mt19937 random(20261122);
     for (int round = 0; round < 20000; ++round) {
@@ -93,6 +91,33 @@ TEST(Walk, InstancesCountByHandle) {
     ASSERT_TRUE(DmiInstanceFind(copy, 11, 3, &found, true));
     EXPECT_EQ(found.Handle(), 0x30);
     EXPECT_FALSE(DmiInstanceFind(copy, 11, 4, &found, true));
+}
+
+// Copies of equal bytes are walked once. What is found lies in the copy that was asked, and a copy with one byte
+// changed, or of another size, is one of its own.
+TEST(Walk, EveryCopyIsLookedUpByItsOwnBytes) {
+    Bytes retyped = Table;
+    retyped[25] = 12; // the structure with a handle above 00FFh
+    Bytes shifted = Table;
+    shifted.insert(shifted.begin() + 9, 'd');
+    const Bytes cut(Table.begin(), Table.begin() + 30);
+    for (const bool whole : {false, true, false}) {
+        const std::pair<Bytes, int> tables[] = {{Table, 2 + whole},   {Table, 2 + whole}, {retyped, 2},
+                                                {shifted, 2 + whole}, {cut, 1 + whole},   {{}, 0},
+                                                {Table, 2 + whole}};
+        for (const auto& [bytes, instances] : tables) {
+            const DmiTableCopy copy = CopyOf(bytes);
+            DmiStruct found{{}};
+            int count = 0;
+            while (DmiInstanceFind(copy, 11, static_cast<std::uint32_t>(count + 1), &found, whole)) {
+                EXPECT_EQ(found.Type(), 11);
+                EXPECT_EQ(&found.From(0).back(), &copy.Bytes[copy.Size - 1]);
+                ++count;
+            }
+            EXPECT_EQ(count, instances) << bytes.size() << whole;
+        }
+    }
+    EXPECT_FALSE(DmiInstanceFind(CopyOf(Table), 256 + 11, 1, std::make_unique<DmiStruct>(Table).get()));
 }
 
 TEST(Walk, FieldsAreBoundedByStructureVersionAndTable) {
