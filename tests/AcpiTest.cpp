@@ -2,8 +2,8 @@
 #include "Lib/API/RyxBin.h"
 #include "Lib/Common/AcpiData.h"
 #include "Lib/Common/AcpiXsdtTableGet.h"
+#include "Lib/Common/DriverLoad.h"
 #include "Lib/Common/Guid.h"
-#include "Lib/Platform/Driver.h"
 #include "machine/model/AcpiBuilder.h"
 #include "tests/Support.h"
 
