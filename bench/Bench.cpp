@@ -3,7 +3,6 @@
 #include "Lib/Common/Argument.h"
 #include "Lib/Common/ArgumentCommand.h"
 #include "Lib/Common/LibraryReset.h"
-#include "Lib/Platform/Driver.h"
 #include "machine/model/Faults.h"
 #include "machine/model/SampleMachine.h"
 #include "machine/model/SmbiosBuilder.h"

@@ -1,9 +1,9 @@
 // What the fuzz targets share.
 #include "fuzz/Harness.h"
 
+#include "Lib/Common/DriverLoad.h"
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Common/LibraryReset.h"
-#include "Lib/Platform/Driver.h"
 #include "machine/model/Faults.h"
 #include "machine/windows/MachineSet.h"
 #include "viewer/ViewerState.h"

@@ -1,7 +1,7 @@
 // What holds for every decoder: its fields, its place in the listing, its texts, and where it looks for a field.
+#include "Lib/Common/DriverLoad.h"
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Common/QelCrypto.h"
-#include "Lib/Platform/Driver.h"
 #include "machine/model/SampleMachine.h"
 #include "tests/Support.h"
 #include "viewer/StructDispatch.h"

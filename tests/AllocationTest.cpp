@@ -8,7 +8,7 @@
 #include "Lib/Common/Argument.h"
 #include "Lib/Common/CallbackFunctions.h"
 #include "Lib/Common/DmiInfoEntryGet.h"
-#include "Lib/Platform/Driver.h"
+#include "Lib/Common/DriverLoad.h"
 #include "Lib/Platform/Flash4kBufferAllocate.h"
 #include "machine/model/AcpiBuilder.h"
 #include "machine/windows/MachineSet.h"

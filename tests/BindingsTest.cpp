@@ -1,8 +1,8 @@
 // The bindings to the platform at the edges of what the rest of the library asks of them.
 #include "Lib/API/RyxLib.h"
 #include "Lib/API/RyxPrint.h"
+#include "Lib/Common/DriverLoad.h"
 #include "Lib/Common/LibraryContext.h"
-#include "Lib/Platform/Driver.h"
 #include "machine/model/Faults.h"
 #include "machine/windows/MachineSet.h"
 #include "tests/Support.h"

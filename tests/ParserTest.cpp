@@ -1,6 +1,6 @@
 // Table acquisition, the structure walk and the field lookup.
 #include "Lib/API/RyxSmbios.h"
-#include "Lib/Platform/Driver.h"
+#include "Lib/Common/DriverLoad.h"
 #include "machine/model/AcpiBuilder.h"
 #include "machine/model/EntryPoint.h"
 #include "machine/model/Faults.h"

@@ -1,10 +1,10 @@
 // Tests of the library's start and stop: processors, rights, the driver's life, the running tools.
 #include "Lib/API/RyxLib.h"
 #include "Lib/API/RyxSmbios.h"
+#include "Lib/Common/DriverLoad.h"
 #include "Lib/Common/Instance.h"
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Common/PowerRequest.h"
-#include "Lib/Platform/Driver.h"
 #include "Lib/Platform/Files.h"
 #include "Lib/Platform/Registry.h"
 #include "machine/kernel/Kernel.h"
@@ -42,7 +42,6 @@ std::optional<std::uint32_t> Number(const char* key, const char* value) {
             if (RegistryNumberRead(open, value, &read)) {
                 number = read;
             }
-            RegistryKeyClose(open);
         }
     }
     return number;
@@ -223,7 +222,6 @@ TEST(DriverLoading, InstallsRetriesAndFails) {
             if (*expected.CountBefore != keyOnly) {
                 RegistryNumberWrite(key, "RefCount", *expected.CountBefore);
             }
-            RegistryKeyClose(key);
         }
         EXPECT_EQ(DriverRequest(DriverLoad), expected.Status);
         EXPECT_EQ(DriverCount(), expected.Count);
@@ -373,9 +371,7 @@ TEST(DriverLoading, ALinkToTheDriverIsNotHeld) {
     FilePut(Victim, std::string(image.begin(), image.end()));
     LinkLay();
     EXPECT_EQ(FileHold(TemporaryDriver, image.data(), size), nullptr);
-    const FileHeld held = FileHold(Victim, image.data(), size);
-    EXPECT_NE(held, nullptr);
-    FileLetGo(held);
+    EXPECT_NE(FileHold(Victim, image.data(), size), nullptr);
 }
 
 // Another tool, which has loaded the driver and runs on; the count of its like is as given, 0 for a key without a
@@ -386,13 +382,13 @@ void OtherToolStart(std::uint32_t count) {
     DriverStateReset();
     StandIn::KernelFilesClose();
     StandIn::HandlesForget();
-    const RegistryKey key = RegistryKeyOpen("Software\\RyxDrv", RegistryView::Bits64);
+    RegistryKey key = RegistryKeyOpen("Software\\RyxDrv", RegistryView::Bits64);
     if (count != 0) {
         RegistryNumberWrite(key, "RefCount", count);
     } else {
         RegistryValueDelete(key, "RefCount");
     }
-    RegistryKeyClose(key);
+    key.reset();
     StandIn::CallsForget();
 }
 
@@ -568,9 +564,7 @@ TEST(Start, ACountOfToolsThatCantBeReachedStays) {
     for (const char* const refused : {"RegCreateKeyExA", "RegQueryValueExA", "RegSetValueExA"}) {
         SCOPED_TRACE(refused);
         StartOver(Machine());
-        const RegistryKey key = RegistryKeyCreate("Software\\RyxTool", view);
-        RegistryNumberWrite(key, "ToolsRefCount", 2);
-        RegistryKeyClose(key);
+        RegistryNumberWrite(RegistryKeyCreate("Software\\RyxTool", view), "ToolsRefCount", 2);
         ASSERT_EQ(DriverRequest(DriverLoad), RyxOk);
         // The second query is that of the increment.
         const std::uint64_t later = std::string(refused) == "RegQueryValueExA" ? 2 : 1;

@@ -2,9 +2,9 @@
 #include "tests/Support.h"
 
 #include "Lib/API/RyxOption.h"
+#include "Lib/Common/DriverLoad.h"
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Common/LibraryReset.h"
-#include "Lib/Platform/Driver.h"
 #include "machine/windows/MachineSet.h"
 #include "viewer/StructDispatch.h"
 #include "viewer/ViewerMain.h"

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Lib/API/RyxLib.h"
-#include "Lib/Platform/Driver.h"
+#include "Lib/Common/DriverLoad.h"
 #include "tests/Support.h"
 #include "viewer/ProgramRun.h"
 

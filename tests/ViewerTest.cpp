@@ -1,5 +1,5 @@
 // The viewer's command flow, its selection and frame, and the entry point display.
-#include "Lib/Platform/Driver.h"
+#include "Lib/Common/DriverLoad.h"
 #include "machine/model/Faults.h"
 #include "tests/Support.h"
 #include "viewer/StructDispatch.h"

@@ -1,45 +1,9 @@
-// RyxBin: the library's value container.
+// Values.
 #include "Lib/API/RyxBin.h"
-
-#include <cstring>
-#include <limits>
-#include <new>
-
-namespace {
-
-// A value's bytes stand behind its container, in one block of memory.
-std::uint8_t* OwnBytes(RyxBin* bin) {
-    return reinterpret_cast<std::uint8_t*>(bin + 1);
-}
-
-} // namespace
 
 RyxStatus RyxBinCreate(std::uint64_t size, RyxBin** bin) {
     const auto bytes = static_cast<std::uint32_t>(size);
     return bytes == 0 ? RyxErrorArgument : RyxBinMake(nullptr, bytes, bin);
-}
-
-RyxStatus RyxBinMake(const void* bytes, std::uint32_t size, RyxBin** bin) {
-    if (bin == nullptr) {
-        return RyxErrorArgument;
-    }
-    const std::size_t length = size;
-    void* const block = length > std::numeric_limits<std::size_t>::max() - sizeof(RyxBin)
-                            ? nullptr
-                            : ::operator new(sizeof(RyxBin) + length, std::nothrow);
-    if (block == nullptr) {
-        return RyxErrorMemory;
-    }
-    *bin = new (block) RyxBin{size, nullptr, 0};
-    if (size != 0) {
-        (*bin)->Data = OwnBytes(*bin);
-        if (bytes != nullptr) {
-            std::memcpy((*bin)->Data, bytes, size);
-        } else {
-            std::memset((*bin)->Data, 0, size);
-        }
-    }
-    return RyxOk;
 }
 
 RyxStatus RyxBinInfoGet(const RyxBin* bin, std::uint8_t** data, std::uint64_t* size) {
@@ -51,16 +15,5 @@ RyxStatus RyxBinInfoGet(const RyxBin* bin, std::uint8_t** data, std::uint64_t* s
     }
     *data = bin->Data;
     *size = bin->Size;
-    return RyxOk;
-}
-
-RyxStatus RyxBinFree(RyxBin* bin) {
-    if (bin == nullptr) {
-        return RyxErrorObject;
-    }
-    if (bin->Borrowed == 0 && bin->Data != OwnBytes(bin)) {
-        delete[] bin->Data;
-    }
-    ::operator delete(bin);
     return RyxOk;
 }

@@ -1,36 +1,12 @@
-// RyxBin: the library's value container.
+// Values: the container RyxBin, how tools make one and look into it.
 #pragma once
 
-#include "Lib/RyxStatus.h"
-
-#include <cstdint>
-#include <memory>
-
-// One value: Size bytes at Data (null when Size is 0). Borrowed is non-zero when Data belongs to someone else and must
-// outlive the container.
-struct RyxBin {
-    std::uint32_t Size;
-    std::uint8_t* Data;
-    std::uint32_t Borrowed;
-};
+#include "Lib/Common/Bin.h"
 
 // Makes a container of `size` zeroed bytes (only the low 32 bits of the size count). The caller owns it and releases it
 // with RyxBinFree. RyxErrorArgument: no out-parameter, or a size of 0; RyxErrorMemory: no memory, nothing allocated.
 RyxStatus RyxBinCreate(std::uint64_t size, RyxBin** bin);
 
-// Makes a container of a copy of `size` bytes (zeroed ones when `bytes` is null); unlike RyxBinCreate it also makes an
-// empty one. The caller owns it. RyxErrorArgument: no out-parameter; RyxErrorMemory: no memory, nothing allocated.
-RyxStatus RyxBinMake(const void* bytes, std::uint32_t size, RyxBin** bin);
-
 // Gives the container's data (null when empty) and its size in bytes. The data stays the container's.
 // RyxErrorObject: no container; RyxErrorArgument: a missing out-parameter.
 RyxStatus RyxBinInfoGet(const RyxBin* bin, std::uint8_t** data, std::uint64_t* size);
-
-// Releases a container, and its data unless borrowed. RyxErrorObject: no container.
-RyxStatus RyxBinFree(RyxBin* bin);
-
-// Owns a container for the length of a scope.
-struct RyxBinRelease {
-    void operator()(RyxBin* bin) const { RyxBinFree(bin); }
-};
-using RyxBinOwner = std::unique_ptr<RyxBin, RyxBinRelease>;

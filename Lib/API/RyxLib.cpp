@@ -8,11 +8,11 @@
 #include "Lib/Common/ArgumentCommand.h"
 #include "Lib/Common/CallbackFunctions.h"
 #include "Lib/Common/DescFunctions.h"
+#include "Lib/Common/DriverLoad.h"
 #include "Lib/Common/FirmwareChannel.h"
 #include "Lib/Common/Instance.h"
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Common/PowerRequest.h"
-#include "Lib/Platform/Driver.h"
 #include "Lib/Platform/System.h"
 
 #include <cstdio>
@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::uint8_t ErrorCodeStart = 255;
 
-// Keeps the process on processor 0, unless it is on a single low one already.
+// Keeps the process on processor 0, unless it may run on processor 0 alone or on processor 1 alone.
 RyxStatus ProcessorPin() {
     std::uint64_t allowed = 0;
     if (!ProcessAffinityGet(&allowed) || allowed <= 2) {

@@ -1,13 +1,8 @@
-// Options, arguments, file reads and the platform's name.
+// Options, arguments and the platform's code.
 #include "Lib/API/RyxOption.h"
 
 #include "Lib/Common/FirmwareChannel.h"
 #include "Lib/Common/LibraryContext.h"
-#include "Lib/Common/NativeFileRead.h"
-#include "Lib/Platform/System.h"
-
-#include <cstdio>
-#include <cstring>
 
 namespace {
 
@@ -79,30 +74,6 @@ RyxStatus RyxArgsSet(std::uint32_t count, char** arguments) {
     }
     LibraryContextGet().ArgumentCount = count;
     LibraryContextGet().Arguments = arguments;
-    return RyxOk;
-}
-
-RyxStatus RyxFileRead(const char* name, std::unique_ptr<char[]>* block, std::uint32_t* size) {
-    // Packages and collectors of files, which other tools load, would be asked first; none is ever loaded here.
-    return NativeFileRead(name, block, size);
-}
-
-RyxStatus RyxPlatformNameGet(const char** text) {
-    if (text == nullptr) {
-        return RyxErrorArgument;
-    }
-    constexpr int libraryBits = 32;
-    std::uint32_t major = 0;
-    std::uint32_t minor = 0;
-    SystemVersionGet(&major, &minor);
-    char* description = LibraryContextGet().PlatformDescription;
-    std::snprintf(description, sizeof LibraryContext::PlatformDescription, "MS Windows %d-bit version %ld.%ld",
-                  libraryBits, static_cast<long>(major), static_cast<long>(minor));
-    constexpr char widthEnd[] = "-bit";
-    if (char* width = std::strstr(description, widthEnd); width != nullptr) {
-        width[sizeof widthEnd - 1] = '\0';
-    }
-    *text = description;
     return RyxOk;
 }
 

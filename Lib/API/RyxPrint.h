@@ -1,24 +1,9 @@
-// Console output: the one formatted print of viewer, decoders and library, with quiet mode and paging.
+// Console output: RyxPrintf, and the console behind standard output.
 #pragma once
 
-#include "Lib/RyxStatus.h"
+#include "Lib/Common/Print.h"
 
 #include <cstdint>
-
-#if defined(__MINGW32__)
-#define RYX_PRINTF_LIKE __attribute__((format(gnu_printf, 1, 2)))
-#else
-#define RYX_PRINTF_LIKE __attribute__((format(printf, 1, 2)))
-#endif
-
-// Prints to standard output and flushes it. One call prints at most 1023 characters; the rest is cut. With option 0
-// (quiet) set, and once the process is interrupted, it does nothing; with option 22 (paging) set it counts the lines of
-// the format and pauses after a screenful. RyxErrorArgument: no format; RyxOk otherwise. Not reentrant.
-RyxStatus RyxPrintf(const char* format, ...) RYX_PRINTF_LIKE;
-
-// The number of the error (as of errno) for which something printed did not reach standard output; 0 when all of it
-// did, or when only nobody reads there any more.
-int RyxOutputErrorGet();
 
 // Whether standard output is a console.
 bool RyxConsoleIsOutput();
@@ -26,9 +11,6 @@ bool RyxConsoleIsOutput();
 // The console's screen buffer in character cells. RyxErrorUnsupported (both 0) when standard output is no console, or
 // there is none to read a key from; RyxErrorArgument for a missing out-parameter.
 RyxStatus RyxConsoleSizeGet(std::uint32_t* width, std::uint32_t* height);
-
-// Fills the console's screen buffer with spaces and homes the cursor; nothing when standard output is no console.
-void RyxConsoleClear();
 
 // Waits for one key press, unechoed, or until the process is interrupted.
 void RyxKeyWait();

@@ -33,7 +33,7 @@ bool IsRootTable(const std::uint8_t* table, std::uint32_t length) {
 
 RyxStatus ContainerMake(std::uint32_t size, RyxBinOwner* bin) {
     RyxBin* made = nullptr;
-    if (RyxBinCreate(size, &made) != RyxOk) {
+    if (RyxBinMake(nullptr, size, &made) != RyxOk) {
         return RyxErrorBuffer;
     }
     bin->reset(made);

@@ -1,7 +1,7 @@
 // The ACPI root table, by whichever way leads to it.
 #pragma once
 
-#include "Lib/API/RyxBin.h"
+#include "Lib/Common/Bin.h"
 #include "Lib/RyxStatus.h"
 
 #include <cstddef>

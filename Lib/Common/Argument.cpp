@@ -1,8 +1,9 @@
 // Argument collection.
 #include "Lib/Common/Argument.h"
 
-#include "Lib/API/RyxOption.h"
 #include "Lib/Common/LibraryContext.h"
+#include "Lib/Common/NativeFileRead.h"
+#include "Lib/Common/PlatformName.h"
 
 #include <algorithm>
 #include <cstring>

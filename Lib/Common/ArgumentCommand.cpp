@@ -1,10 +1,10 @@
 // The command registry.
 #include "Lib/Common/ArgumentCommand.h"
 
-#include "Lib/API/RyxPrint.h"
 #include "Lib/Common/DescFunctions.h"
 #include "Lib/Common/FirmwareChannel.h"
 #include "Lib/Common/List.h"
+#include "Lib/Common/Print.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,13 +1,14 @@
 // Table acquisition.
 #include "Lib/Common/DmiInfoEntryGet.h"
 
-#include "Lib/API/RyxBin.h"
-#include "Lib/API/RyxPrint.h"
+#include "Lib/Common/Bin.h"
+#include "Lib/Common/Print.h"
 #include "Lib/LittleEndian.h"
 #include "Lib/Platform/Driver.h"
 #include "Lib/Platform/FirmwareTable.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <new>
 
@@ -17,7 +18,8 @@ constexpr std::uint32_t SegmentAddress = 0xF0000;
 constexpr std::uint32_t SegmentLength = 0xFFFF;
 constexpr std::uint32_t LastPosition = 0xFFE0;
 
-// Offsets in the entry point.
+// The entry point, and offsets in it.
+constexpr std::size_t EntryPointSize = 31;
 constexpr std::size_t MajorOffset = 6;
 constexpr std::size_t MinorOffset = 7;
 constexpr std::size_t RevisionOffset = 10;
@@ -65,6 +67,11 @@ void SegmentScan(const std::uint8_t* segment) {
     }
 }
 
+// Fills the entry point copy by other means than the scan, on platforms that have any.
+RyxStatus SmbiosEntryPointPlatformLocate(std::array<std::uint8_t, EntryPointSize>* /*entryPoint*/) {
+    return RyxErrorUnsupported;
+}
+
 } // namespace
 
 RyxStatus DmiInfoEntryGet(std::uint32_t* address, std::uint16_t* length) {
@@ -95,11 +102,6 @@ RyxStatus DmiInfoEntryGet(std::uint32_t* address, std::uint16_t* length) {
     *address = State.TableAddress;
     *length = State.TableLength;
     return RyxOk;
-}
-
-RyxStatus SmbiosEntryPointPlatformLocate(std::array<std::uint8_t, EntryPointSize>* entryPoint) {
-    static_cast<void>(entryPoint);
-    return RyxErrorUnsupported;
 }
 
 RyxStatus DmiFirmwareTableRead(DmiTableCopy* copy) {

@@ -3,13 +3,10 @@
 
 #include "Lib/RyxStatus.h"
 
-#include <array>
 #include <cstdint>
 #include <memory>
 
 struct RyxBin;
-
-constexpr std::size_t EntryPointSize = 31;
 
 // A private copy of the structure table. Size bounds every read; what a larger buffer holds behind it is no table.
 struct DmiTableCopy {
@@ -22,9 +19,6 @@ struct DmiTableCopy {
 // from an earlier one. RyxErrorArgument: a missing out-parameter; RyxErrorNotFound: no entry point, or one without a
 // table address; RyxErrorBuffer: no memory; RyxErrorPhysicalMemory: the segment can't be read.
 RyxStatus DmiInfoEntryGet(std::uint32_t* address, std::uint16_t* length);
-
-// Fills the entry point copy by other means than the scan, on platforms that have any: RyxErrorUnsupported here.
-RyxStatus SmbiosEntryPointPlatformLocate(std::array<std::uint8_t, EntryPointSize>* entryPoint);
 
 // Gets the table from the firmware table service, and brings the version and the entry point copy up to date.
 // RyxErrorArgument: no out-parameter; RyxErrorNotFound: the service has none.

@@ -1,7 +1,7 @@
 // The structure parser.
 #include "Lib/Common/DmiParser.h"
 
-#include "Lib/API/RyxBin.h"
+#include "Lib/Common/Bin.h"
 #include "Lib/Common/DmiFieldTable.h"
 #include "Lib/RyxNumbers.h"
 
@@ -327,7 +327,7 @@ RyxStatus DmiStructFieldGet(const DmiStruct& structure, std::uint16_t descriptor
         }
         // One byte more than the text for its NUL, which the table's end may have cut off.
         RyxBin* made = nullptr;
-        const RyxStatus status = RyxBinCreate(text.size() + 1, &made);
+        const RyxStatus status = RyxBinMake(nullptr, static_cast<std::uint32_t>(text.size() + 1), &made);
         if (status == RyxOk) {
             text.copy(reinterpret_cast<char*>(made->Data), text.size());
             *bin = made;

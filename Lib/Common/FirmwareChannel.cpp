@@ -3,10 +3,10 @@
 
 #include "Lib/Common/AcpiData.h"
 #include "Lib/Common/CallbackFunctions.h"
+#include "Lib/Common/DriverLoad.h"
 #include "Lib/Common/Instance.h"
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/LittleEndian.h"
-#include "Lib/Platform/Driver.h"
 #include "Lib/Platform/FirmwareVariables.h"
 
 #include <cstring>

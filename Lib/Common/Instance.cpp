@@ -1,11 +1,10 @@
 // This process among the running tools: the machine-wide count, the image mutex and the global mutex.
 #include "Lib/Common/Instance.h"
 
-#include "Lib/API/RyxPrint.h"
+#include "Lib/Common/DriverLoad.h"
+#include "Lib/Common/Print.h"
 #include "Lib/Common/QelCrypto.h"
-#include "Lib/Platform/Driver.h"
 #include "Lib/Platform/Files.h"
-#include "Lib/Platform/Registry.h"
 
 #include <cstdio>
 #include <memory>
@@ -17,10 +16,6 @@ constexpr char CountValue[] = "ToolsRefCount";
 constexpr std::uint32_t GlobalMutexWait = 5000; // ms
 
 InstanceState Instance;
-
-RegistryView View() {
-    return DriverSystemIs64Bit() ? RegistryView::Bits64 : RegistryView::Own;
-}
 
 RyxStatus ImageRead(std::unique_ptr<std::uint8_t[]>* image, std::uint32_t* size) {
     const RyxStatus status = ExecutableRead(image, size);
@@ -43,29 +38,26 @@ void InstanceStateReset() {
 
 std::uint32_t ToolsRefCountGet() {
     std::uint32_t count = 0;
-    if (const RegistryKey key = RegistryKeyOpen(CountKey, View())) {
+    if (const RegistryKey key = RegistryKeyOpen(CountKey, SharedRegistryView())) {
         RegistryNumberRead(key, CountValue, &count);
-        RegistryKeyClose(key);
     }
     return count;
 }
 
 bool ToolsRefCountIncrement() {
-    const RegistryKey key = RegistryKeyCreate(CountKey, View());
+    const RegistryKey key = RegistryKeyCreate(CountKey, SharedRegistryView());
     if (key == nullptr) {
         return false;
     }
     std::uint32_t count = 0;
     bool missing = false;
-    // A count that can't be read is that of others.
-    const bool counted = (RegistryNumberRead(key, CountValue, &count, &missing) || missing) &&
-                         RegistryNumberWrite(key, CountValue, count + 1);
-    RegistryKeyClose(key);
-    return counted;
+    // Without a value the count begins at 1. One that is there but can't be read is left alone: other tools are in it.
+    return (RegistryNumberRead(key, CountValue, &count, &missing) || missing) &&
+           RegistryNumberWrite(key, CountValue, count + 1);
 }
 
 void ToolsRefCountDecrement() {
-    const RegistryKey key = RegistryKeyOpen(CountKey, View());
+    const RegistryKey key = RegistryKeyOpen(CountKey, SharedRegistryView());
     if (key == nullptr) {
         return;
     }
@@ -78,7 +70,6 @@ void ToolsRefCountDecrement() {
             RegistryNumberWrite(key, CountValue, count - 1);
         }
     }
-    RegistryKeyClose(key);
 }
 
 RyxStatus ImageRegister() {

@@ -7,11 +7,11 @@
 #include "Lib/Common/CallbackFunctions.h"
 #include "Lib/Common/DmiInfoEntryGet.h"
 #include "Lib/Common/DmiParser.h"
+#include "Lib/Common/DriverLoad.h"
 #include "Lib/Common/FirmwareChannel.h"
 #include "Lib/Common/Instance.h"
 #include "Lib/Common/LibraryContext.h"
 #include "Lib/Common/PowerRequest.h"
-#include "Lib/Platform/Driver.h"
 
 void LibraryReset() {
     ArgumentRelease();

@@ -1,4 +1,4 @@
-// Whole-file reads from the file system.
+// Whole-file reads.
 #include "Lib/Common/NativeFileRead.h"
 
 #include <cstdio>
@@ -48,4 +48,9 @@ RyxStatus NativeFileRead(const char* name, std::unique_ptr<char[]>* block, std::
     }
     *block = std::move(bytes);
     return RyxOk;
+}
+
+RyxStatus RyxFileRead(const char* name, std::unique_ptr<char[]>* block, std::uint32_t* size) {
+    // Tools that load a package of files or a file collector read from those first. This one loads neither.
+    return NativeFileRead(name, block, size);
 }

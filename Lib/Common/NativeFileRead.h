@@ -1,4 +1,4 @@
-// Whole-file reads from the file system.
+// Whole-file reads.
 #pragma once
 
 #include "Lib/RyxStatus.h"
@@ -6,5 +6,10 @@
 #include <cstdint>
 #include <memory>
 
-// Reads the file of that name into a new block; the results are those of RyxFileRead.
+// Reads a whole file into a new block. An empty file gives RyxOk, no block and size 0. RyxErrorArgument: no name or
+// no out-parameter; RyxErrorFileOpen, RyxErrorFileClose, RyxErrorFileRead: the file can't be opened, closed or read
+// whole; RyxErrorMemory: no memory for the block.
+RyxStatus RyxFileRead(const char* name, std::unique_ptr<char[]>* block, std::uint32_t* size);
+
+// Reads the file of that name from the file system; the results are those of RyxFileRead.
 RyxStatus NativeFileRead(const char* name, std::unique_ptr<char[]>* block, std::uint32_t* size);

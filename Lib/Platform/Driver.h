@@ -1,15 +1,9 @@
-// The helper driver: its service, its control requests, and physical memory through it.
+// The helper driver as the system runs it: its image, its service, its device, and the requests that go there.
 #pragma once
 
 #include "Lib/RyxStatus.h"
 
-#include <cstddef>
 #include <cstdint>
-
-// Operations of DriverRequest.
-constexpr std::uint32_t DriverLoad = 0;
-constexpr std::uint32_t DriverUnload = 1;
-constexpr std::uint32_t DriverControl = 2;
 
 // Control codes of the helper driver that the library sends.
 constexpr std::uint32_t DriverMemoryRead = 0x222182;     // in: u32 address; out: the bytes
@@ -21,12 +15,28 @@ constexpr std::uint32_t DriverRsdtLocate = 0x2221AA;     // out: u32 physical ad
 constexpr std::uint32_t DriverVersionRead = 0x2221B0;    // out: u16 version word
 constexpr std::uint32_t DriverRsdtLocateNear = 0x2221C2; // in: u32 address; out: u32 physical address
 
-// Loads the driver (RyxErrorDriverLoad), unloads it (RyxErrorDriverUnload), or sends one control request
-// (RyxErrorDriverRequest); any other operation gives RyxErrorUnsupported. A load that fails takes back
-// what it made: the service when it came to installing it, the driver file and the count when it wrote them. Only a
-// control request uses the other arguments; lengths are in bytes, and a length of 0 goes with a null buffer.
-RyxStatus DriverRequest(std::uint32_t operation, std::uint32_t code = 0, const void* input = nullptr,
-                        std::uint32_t inputLength = 0, void* output = nullptr, std::uint32_t outputLength = 0);
+// The driver file that the program carries: the 64-bit or the 32-bit one. The bytes stay the program's. False when the
+// program carries none.
+bool DriverImageFind(bool bits64, const void** image, std::uint32_t* size);
+
+// Creates the service for the driver file at `path` and starts it. What comes of it shows when the device is opened.
+void DriverServiceStart(const char* path);
+
+// Stops the service and deletes it; a service that is missing or refuses is left alone.
+void DriverServiceRemove();
+
+// Opens the device of the driver that runs, which is then this process's until it is closed. False when none opens.
+bool DriverDeviceOpen();
+bool DriverDeviceIsOpen();
+void DriverDeviceClose();
+
+// Forgets the open device without closing it: for tests, which replace the machine under the library.
+void DriverDeviceForget();
+
+// Sends one control request. Lengths are in bytes, and a length of 0 goes with a null buffer. False when the driver
+// refuses it or no device is open.
+bool DriverDeviceControl(std::uint32_t code, const void* input, std::uint32_t inputLength, void* output = nullptr,
+                         std::uint32_t outputLength = 0);
 
 // Reads `length` bytes of physical memory. RyxErrorArgument: no buffer or a length of 0; RyxErrorPhysicalMemory.
 RyxStatus PhysicalMemoryRead(std::uint32_t address, std::uint32_t length, void* buffer);
@@ -36,9 +46,3 @@ RyxStatus PhysicalMemoryWrite(std::uint32_t address, std::uint32_t length, const
 
 // Reads the driver's version word. RyxErrorArgument: no out-parameter; RyxErrorDriverRequest.
 RyxStatus DriverVersionGet(std::uint16_t* version);
-
-// True when the last load found this 32-bit process under a 64-bit system.
-bool DriverSystemIs64Bit();
-
-// Forgets the loaded driver without touching it: for tests, which replace the machine under the library.
-void DriverStateReset();

@@ -1,6 +1,7 @@
 // Whole files of the platform: the driver file and the program's own executable.
 #pragma once
 
+#include "Lib/Platform/Handle.h"
 #include "Lib/RyxStatus.h"
 
 #include <cstdint>
@@ -12,10 +13,8 @@
 RyxStatus FileMake(const char* path, const void* data, std::uint32_t size);
 
 // Holds a file so that nobody can write to it, replace it or delete it. Null when it can't be opened, is a link, or
-// holds anything but these `size` bytes. The caller ends it with FileLetGo, which does nothing for null.
-using FileHeld = void*;
-FileHeld FileHold(const char* path, const void* data, std::uint32_t size);
-void FileLetGo(FileHeld file);
+// holds anything but these `size` bytes. It is held as long as the handle has its owner.
+HandleOwner FileHold(const char* path, const void* data, std::uint32_t size);
 
 // Reads the whole file of this process's program, whatever characters its path has and whoever else has it open, into a
 // new block of `size` bytes. RyxErrorFileOpen: it can't be opened or its path or size is not told; RyxErrorMemory;

@@ -1,4 +1,5 @@
-// The buffers that firmware requests travel in.
+// The buffers that firmware requests travel in. They are the platform's, because it decides what memory the firmware
+// reaches: here a buffer that the helper driver allocates.
 #pragma once
 
 #include "Lib/RyxStatus.h"

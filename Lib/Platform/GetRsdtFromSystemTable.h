@@ -1,4 +1,5 @@
 // The last way to the ACPI root table: the FADT that the system serves, a memory search, and the driver's own search.
+// It is the platform's, because it rests on what only this one has: the table service and the driver, by version.
 #pragma once
 
 #include <cstdint>

@@ -30,5 +30,8 @@ bool ProcessIsAdministrator();
 // not tell or the folder does not fit `capacity` characters with its terminator.
 bool ExecutableFolderGet(char* folder, std::size_t capacity);
 
+// The folder for temporary files, terminated, as the system writes it. False as for ExecutableFolderGet.
+bool TemporaryFolderGet(char* folder, std::size_t capacity);
+
 // The value of an environment variable, the system's own text; null when it is not set.
 const char* EnvironmentGet(const char* name);

@@ -6,31 +6,25 @@
 #include <cstring>
 #include <new>
 #include <sddl.h>
-#include <type_traits>
 
 namespace {
 
 // Administrators own the file; they and the system may do everything, and nothing comes from the folder's own list.
 constexpr char GuardedAccess[] = "O:BAD:P(A;;FA;;;SY)(A;;FA;;;BA)";
 
-struct HandleClose {
-    void operator()(HANDLE handle) const { CloseHandle(handle); }
-};
-using FileOwner = std::unique_ptr<std::remove_pointer_t<HANDLE>, HandleClose>;
-
-FileOwner Owned(HANDLE file) {
-    return FileOwner(file == INVALID_HANDLE_VALUE ? nullptr : file);
+HandleOwner Owned(HANDLE file) {
+    return HandleOwner(file == INVALID_HANDLE_VALUE ? nullptr : file);
 }
 
 // Creates a file that was not there; null when something is.
-FileOwner GuardedCreate(const char* path) {
+HandleOwner GuardedCreate(const char* path) {
     PSECURITY_DESCRIPTOR descriptor = nullptr;
     if (!ConvertStringSecurityDescriptorToSecurityDescriptorA(GuardedAccess, SDDL_REVISION_1, &descriptor, nullptr)) {
         return nullptr;
     }
     SECURITY_ATTRIBUTES attributes{sizeof attributes, descriptor, FALSE};
-    FileOwner file = Owned(CreateFileA(path, GENERIC_WRITE, FILE_SHARE_READ, &attributes, CREATE_NEW,
-                                       FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    HandleOwner file = Owned(CreateFileA(path, GENERIC_WRITE, FILE_SHARE_READ, &attributes, CREATE_NEW,
+                                         FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
     LocalFree(descriptor);
     return file;
 }
@@ -59,7 +53,7 @@ bool Holds(HANDLE file, const std::uint8_t* data, std::uint32_t size) {
 RyxStatus FileMake(const char* path, const void* data, std::uint32_t size) {
     // What can't be deleted is in the way of the creation.
     DeleteFileA(path);
-    FileOwner file = GuardedCreate(path);
+    HandleOwner file = GuardedCreate(path);
     if (file == nullptr) {
         return RyxErrorFileOpen;
     }
@@ -73,17 +67,11 @@ RyxStatus FileMake(const char* path, const void* data, std::uint32_t size) {
     return RyxOk;
 }
 
-FileHeld FileHold(const char* path, const void* data, std::uint32_t size) {
-    FileOwner file = Owned(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                       FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
-    return file != nullptr && Holds(file.get(), static_cast<const std::uint8_t*>(data), size) ? file.release()
+HandleOwner FileHold(const char* path, const void* data, std::uint32_t size) {
+    HandleOwner file = Owned(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                         FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    return file != nullptr && Holds(file.get(), static_cast<const std::uint8_t*>(data), size) ? std::move(file)
                                                                                               : nullptr;
-}
-
-void FileLetGo(FileHeld file) {
-    if (file != nullptr) {
-        CloseHandle(file);
-    }
 }
 
 RyxStatus ExecutableRead(std::unique_ptr<std::uint8_t[]>* data, std::uint32_t* size) {
@@ -93,8 +81,9 @@ RyxStatus ExecutableRead(std::unique_ptr<std::uint8_t[]>* data, std::uint32_t* s
     if (pathLength == 0 || pathLength >= capacity) {
         return RyxErrorFileOpen;
     }
-    const FileOwner file = Owned(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                             nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const HandleOwner file =
+        Owned(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                          OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     const DWORD length = file != nullptr ? GetFileSize(file.get(), nullptr) : INVALID_FILE_SIZE;
     if (length == INVALID_FILE_SIZE) {
         return RyxErrorFileOpen;

@@ -1,6 +1,8 @@
 // Firmware environment variables.
 #include "Lib/Platform/FirmwareVariables.h"
 
+#include "Lib/Platform/Handle.h"
+
 #include <windows.h>
 
 #include <cstddef>
@@ -23,21 +25,20 @@ struct WideText {
 } // namespace
 
 bool FirmwareVariablePrivilegeEnable() {
-    HANDLE token = nullptr;
-    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY, &token)) {
+    HANDLE opened = nullptr;
+    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY, &opened)) {
         return false;
     }
+    const HandleOwner token(opened);
     TOKEN_PRIVILEGES wanted{};
     wanted.PrivilegeCount = 1;
     wanted.Privileges[0].Attributes = SE_PRIVILEGE_ENABLED;
-    bool enabled = false;
-    if (LookupPrivilegeValueA(nullptr, "SeSystemEnvironmentPrivilege", &wanted.Privileges[0].Luid)) {
-        // The adjustment also succeeds when it could not grant what the token lacks; the error number tells.
-        SetLastError(ERROR_SUCCESS);
-        enabled = AdjustTokenPrivileges(token, FALSE, &wanted, 0, nullptr, nullptr) && GetLastError() == ERROR_SUCCESS;
+    if (!LookupPrivilegeValueA(nullptr, "SeSystemEnvironmentPrivilege", &wanted.Privileges[0].Luid)) {
+        return false;
     }
-    CloseHandle(token);
-    return enabled;
+    // The adjustment also succeeds when it could not grant what the token lacks; the error number tells.
+    SetLastError(ERROR_SUCCESS);
+    return AdjustTokenPrivileges(token.get(), FALSE, &wanted, 0, nullptr, nullptr) && GetLastError() == ERROR_SUCCESS;
 }
 
 bool FirmwareVariablesAvailable() {

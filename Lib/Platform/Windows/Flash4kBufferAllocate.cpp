@@ -14,8 +14,8 @@ RyxStatus Flash4kBufferAllocate(std::uint32_t size, bool physical, Flash4kBuffer
     }
     if (physical) {
         const std::uint32_t wanted = Flash4kSize;
-        if (DriverRequest(DriverControl, DriverBufferGet, &wanted, sizeof wanted, &made.PhysicalAddress,
-                          sizeof made.PhysicalAddress) != RyxOk ||
+        if (!DriverDeviceControl(DriverBufferGet, &wanted, sizeof wanted, &made.PhysicalAddress,
+                                 sizeof made.PhysicalAddress) ||
             made.PhysicalAddress == 0) {
             return RyxErrorMemory;
         }
@@ -28,5 +28,5 @@ RyxStatus Flash4kBufferRelease(Flash4kBuffer* buffer) {
     const bool physical = buffer->PhysicalAddress != 0;
     *buffer = Flash4kBuffer{};
     const std::uint32_t size = Flash4kSize;
-    return physical ? DriverRequest(DriverControl, DriverBufferRelease, &size, sizeof size) : RyxOk;
+    return !physical || DriverDeviceControl(DriverBufferRelease, &size, sizeof size) ? RyxOk : RyxErrorDriverRequest;
 }

@@ -80,8 +80,7 @@ bool SearchAround(std::uint32_t dsdt, std::uint32_t* address) {
 
 bool DriverLocate(std::uint32_t code, const std::uint32_t* near, std::uint32_t* address) {
     *address = 0;
-    return DriverRequest(DriverControl, code, near, near == nullptr ? 0 : sizeof *near, address, sizeof *address) ==
-               RyxOk &&
+    return DriverDeviceControl(code, near, near == nullptr ? 0 : sizeof *near, address, sizeof *address) &&
            *address != 0;
 }
 

@@ -11,6 +11,15 @@ REGSAM Access(REGSAM rights, RegistryView view) {
     return view == RegistryView::Bits64 ? rights | KEY_WOW64_64KEY : rights;
 }
 
+RegistryKey KeyOpen(const char* path, REGSAM rights, RegistryView view, bool* missing = nullptr) {
+    HKEY key = nullptr;
+    const LSTATUS opened = RegOpenKeyExA(HKEY_LOCAL_MACHINE, path, 0, Access(rights, view), &key);
+    if (missing != nullptr) {
+        *missing = opened == ERROR_FILE_NOT_FOUND;
+    }
+    return RegistryKey(opened == ERROR_SUCCESS ? key : nullptr);
+}
+
 // The registry operations that the deep read needs, looked up when it runs.
 struct RegistryCalls {
     LSTATUS(WINAPI* KeyOpenEx)(HKEY, LPCSTR, DWORD, REGSAM, PHKEY);
@@ -87,46 +96,33 @@ bool FirstBinaryRead(const RegistryCalls& calls, HKEY key, std::unique_ptr<std::
 
 } // namespace
 
+void RegistryKeyClose::operator()(void* key) const {
+    RegCloseKey(static_cast<HKEY>(key));
+}
+
 RegistryKey RegistryKeyOpen(const char* path, RegistryView view, bool* missing) {
-    HKEY key = nullptr;
-    const LSTATUS opened = RegOpenKeyExA(HKEY_LOCAL_MACHINE, path, 0, Access(KEY_ALL_ACCESS, view), &key);
-    if (missing != nullptr) {
-        *missing = opened == ERROR_FILE_NOT_FOUND;
-    }
-    return opened == ERROR_SUCCESS ? key : nullptr;
+    return KeyOpen(path, KEY_ALL_ACCESS, view, missing);
 }
 
 RegistryKey RegistryKeyCreate(const char* path, RegistryView view) {
     HKEY key = nullptr;
-    return RegCreateKeyExA(HKEY_LOCAL_MACHINE, path, 0, nullptr, REG_OPTION_NON_VOLATILE, Access(KEY_ALL_ACCESS, view),
-                           nullptr, &key, nullptr) == ERROR_SUCCESS
-               ? key
-               : nullptr;
-}
-
-void RegistryKeyClose(RegistryKey key) {
-    if (key != nullptr) {
-        RegCloseKey(static_cast<HKEY>(key));
-    }
+    const LSTATUS made = RegCreateKeyExA(HKEY_LOCAL_MACHINE, path, 0, nullptr, REG_OPTION_NON_VOLATILE,
+                                         Access(KEY_ALL_ACCESS, view), nullptr, &key, nullptr);
+    return RegistryKey(made == ERROR_SUCCESS ? key : nullptr);
 }
 
 bool RegistryKeyDelete(const char* parent, const char* name, RegistryView view) {
     // The deletion takes no view; it works in that of the parent's handle, whose rights it does not look at.
-    HKEY key = nullptr;
-    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, parent, 0, Access(KEY_ENUMERATE_SUB_KEYS, view), &key) != ERROR_SUCCESS) {
-        return false;
-    }
-    const bool deleted = RegDeleteKeyA(key, name) == ERROR_SUCCESS;
-    RegCloseKey(key);
-    return deleted;
+    const RegistryKey key = KeyOpen(parent, KEY_ENUMERATE_SUB_KEYS, view);
+    return key != nullptr && RegDeleteKeyA(static_cast<HKEY>(key.get()), name) == ERROR_SUCCESS;
 }
 
-bool RegistryNumberRead(RegistryKey key, const char* value, std::uint32_t* number, bool* missing) {
+bool RegistryNumberRead(const RegistryKey& key, const char* value, std::uint32_t* number, bool* missing) {
     DWORD type = REG_NONE;
     DWORD data = 0;
     DWORD size = sizeof data;
     const LSTATUS found =
-        RegQueryValueExA(static_cast<HKEY>(key), value, nullptr, &type, reinterpret_cast<LPBYTE>(&data), &size);
+        RegQueryValueExA(static_cast<HKEY>(key.get()), value, nullptr, &type, reinterpret_cast<LPBYTE>(&data), &size);
     const bool read = found == ERROR_SUCCESS && type == REG_DWORD && size == sizeof data;
     if (missing != nullptr) {
         // A value that is too large for a number was found, too.
@@ -138,14 +134,14 @@ bool RegistryNumberRead(RegistryKey key, const char* value, std::uint32_t* numbe
     return read;
 }
 
-bool RegistryNumberWrite(RegistryKey key, const char* value, std::uint32_t number) {
+bool RegistryNumberWrite(const RegistryKey& key, const char* value, std::uint32_t number) {
     const DWORD data = number;
-    return RegSetValueExA(static_cast<HKEY>(key), value, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&data),
+    return RegSetValueExA(static_cast<HKEY>(key.get()), value, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&data),
                           sizeof data) == ERROR_SUCCESS;
 }
 
-bool RegistryValueDelete(RegistryKey key, const char* value) {
-    return RegDeleteValueA(static_cast<HKEY>(key), value) == ERROR_SUCCESS;
+bool RegistryValueDelete(const RegistryKey& key, const char* value) {
+    return RegDeleteValueA(static_cast<HKEY>(key.get()), value) == ERROR_SUCCESS;
 }
 
 bool RegistryDeepBinaryRead(const char* path, std::unique_ptr<std::uint8_t[]>* data, std::uint32_t* size) {

@@ -1,20 +1,15 @@
 // The operating system's version and this process: processors, priority, rights, executable, environment.
 #include "Lib/Platform/System.h"
 
+#include "Lib/Platform/Handle.h"
+
 #include <shlwapi.h>
 #include <windows.h>
 
 #include <cstdlib>
 #include <cstring>
-#include <memory>
-#include <type_traits>
 
 namespace {
-
-struct HandleClose {
-    void operator()(HANDLE handle) const { CloseHandle(handle); }
-};
-using HandleOwner = std::unique_ptr<std::remove_pointer_t<HANDLE>, HandleClose>;
 
 // The calling thread's token, or the process's when the thread has none; null when neither can be opened.
 HandleOwner CurrentTokenOpen(DWORD access) {
@@ -126,6 +121,11 @@ bool ExecutableFolderGet(char* folder, std::size_t capacity) {
     }
     std::memcpy(folder, path, size);
     return true;
+}
+
+bool TemporaryFolderGet(char* folder, std::size_t capacity) {
+    const DWORD length = GetTempPathA(static_cast<DWORD>(capacity), folder);
+    return length != 0 && length < capacity;
 }
 
 const char* EnvironmentGet(const char* name) {

@@ -1,0 +1,225 @@
+// The helper driver: loading, sharing and unloading it.
+#include "Lib/Common/DriverLoad.h"
+
+#include "Lib/Platform/Files.h"
+#include "Lib/Platform/System.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+constexpr std::size_t PathCapacity = 260;
+constexpr char SoftwareKey[] = "Software";
+constexpr char CountKeyName[] = "RyxDrv";
+constexpr char CountKey[] = "Software\\RyxDrv";
+constexpr char CountValue[] = "RefCount";
+
+struct DriverState {
+    bool Bits64;
+    bool FileWritten;
+    bool Counted; // among the driver's users
+    char Path[PathCapacity];
+};
+
+// What a load has made so far, and takes away again when it fails.
+struct LoadMade {
+    bool Count = false; // or written anew
+    bool File = false;
+    bool Service = false; // or an attempt at it, which also removes an older one
+};
+
+DriverState Driver{};
+
+// Counts this process as the first user.
+void CountBegin(LoadMade* made) {
+    RegistryKey key = RegistryKeyCreate(CountKey, SharedRegistryView());
+    if (key == nullptr) {
+        std::puts("Warning: Failed to create registry for driver.");
+        std::fflush(stdout);
+        return;
+    }
+    made->Count = RegistryNumberWrite(key, CountValue, 1);
+    key.reset();
+    if (!made->Count) {
+        // A key without a count would keep every later tool from joining.
+        RegistryKeyDelete(SoftwareKey, CountKeyName, SharedRegistryView());
+    }
+}
+
+// Opens the device of a driver that another tool runs, and counts this process among its users. A count without a
+// device is left over from before a restart of the machine, and starts again. A count that can't be reached is left
+// alone.
+bool DriverJoin(LoadMade* made) {
+    bool missing = false;
+    const RegistryKey key = RegistryKeyOpen(CountKey, SharedRegistryView(), &missing);
+    if (key == nullptr) {
+        if (missing) {
+            CountBegin(made);
+        }
+        return false;
+    }
+    std::uint32_t users = 0;
+    if (!RegistryNumberRead(key, CountValue, &users)) {
+        return false;
+    }
+    const bool joined = DriverDeviceOpen();
+    made->Count = RegistryNumberWrite(key, CountValue, joined ? users + 1 : 1);
+    return joined;
+}
+
+// Takes this process out of the count. True when no other tool uses the driver. Where this process could not be
+// counted, the count is that of others and stays.
+bool DriverLeave() {
+    RegistryKey key = RegistryKeyOpen(CountKey, SharedRegistryView());
+    if (key == nullptr) {
+        return true;
+    }
+    std::uint32_t users = 0;
+    const bool told = RegistryNumberRead(key, CountValue, &users);
+    const bool others = users > (Driver.Counted ? 1U : 0U);
+    if (others && Driver.Counted) {
+        RegistryNumberWrite(key, CountValue, users - 1);
+    }
+    key.reset();
+    if (told && !others) {
+        RegistryKeyDelete(SoftwareKey, CountKeyName, SharedRegistryView());
+    }
+    return !others;
+}
+
+// Appends a backslash and the file name to a folder's path; false when they don't fit.
+bool FileNameAppend(char (&path)[PathCapacity], const char* name) {
+    const std::size_t length = std::strlen(path);
+    const std::size_t nameSize = std::strlen(name) + 1;
+    if (length + 1 + nameSize > PathCapacity) {
+        return false;
+    }
+    path[length] = '\\';
+    std::memcpy(path + length + 1, name, nameSize);
+    return true;
+}
+
+// Writes the driver that the program carries to the temporary folder, or else beside the executable, and holds it:
+// between here and the start of the service nobody can put another driver in its place. Null on failure.
+HandleOwner DriverFileWrite(LoadMade* made) {
+    const char* name = Driver.Bits64 ? "RyxLib64.sys" : "RyxLib.sys";
+    const void* image = nullptr;
+    std::uint32_t size = 0;
+    if (!ExecutableFolderGet(Driver.Path, PathCapacity) || !FileNameAppend(Driver.Path, name) ||
+        !DriverImageFind(Driver.Bits64, &image, &size)) {
+        return nullptr;
+    }
+    char temporary[PathCapacity];
+    if (!TemporaryFolderGet(temporary, PathCapacity) || !FileNameAppend(temporary, name)) {
+        return nullptr;
+    }
+    RyxStatus status = FileMake(temporary, image, size);
+    if (status == RyxErrorFileOpen) {
+        status = FileMake(Driver.Path, image, size);
+    } else {
+        std::memcpy(Driver.Path, temporary, PathCapacity);
+    }
+    Driver.FileWritten = made->File = status == RyxOk;
+    return made->File ? FileHold(Driver.Path, image, size) : nullptr;
+}
+
+bool InstallAttempt() {
+    DriverServiceRemove();
+    DriverServiceStart(Driver.Path);
+    return DriverDeviceOpen();
+}
+
+bool DriverInstall() {
+    if (InstallAttempt()) {
+        return true;
+    }
+    FileAttributesClear(Driver.Path);
+    if (InstallAttempt()) {
+        return true;
+    }
+    DriverServiceRemove();
+    return InstallAttempt();
+}
+
+void DriverFileRemove() {
+    FileRemove(Driver.Path);
+    Driver.FileWritten = false;
+}
+
+// A load that failed is not followed by an unload, so what it has made goes here. What it found stays: service, file
+// and count may be those of other tools.
+void LoadUndo(const LoadMade& made) {
+    if (made.Count) {
+        DriverLeave();
+    }
+    if (made.Service) {
+        DriverServiceRemove();
+    }
+    if (made.File) {
+        DriverFileRemove();
+    }
+}
+
+bool DriverOpen() {
+    Driver.Bits64 = ProcessUnderWow64();
+    if (DriverDeviceIsOpen()) {
+        return true;
+    }
+    std::memset(Driver.Path, 0, sizeof Driver.Path);
+    LoadMade made;
+    const bool joined = DriverJoin(&made);
+    Driver.Counted = made.Count;
+    if (joined) {
+        return true;
+    }
+    if (const HandleOwner file = DriverFileWrite(&made)) {
+        made.Service = true;
+        if (DriverInstall()) {
+            return true;
+        }
+    }
+    LoadUndo(made);
+    return false;
+}
+
+// Takes this process out of the count and, when it was the last user, takes the service and the driver file away.
+void DriverRemove() {
+    if (!DriverDeviceIsOpen()) {
+        return;
+    }
+    DriverDeviceClose();
+    if (!DriverLeave()) {
+        return;
+    }
+    DriverServiceRemove();
+    if (Driver.FileWritten) {
+        DriverFileRemove();
+    }
+}
+
+} // namespace
+
+RyxStatus DriverRequest(std::uint32_t operation, std::uint32_t code, const void* input, std::uint32_t inputLength,
+                        void* output, std::uint32_t outputLength) {
+    switch (operation) {
+    case DriverControl:
+        return DriverDeviceControl(code, input, inputLength, output, outputLength) ? RyxOk : RyxErrorDriverRequest;
+    case DriverLoad:
+        return DriverOpen() ? RyxOk : RyxErrorDriverLoad;
+    case DriverUnload:
+        DriverRemove();
+        return RyxOk;
+    default:
+        return RyxErrorUnsupported;
+    }
+}
+
+RegistryView SharedRegistryView() {
+    return Driver.Bits64 ? RegistryView::Bits64 : RegistryView::Own;
+}
+
+void DriverStateReset() {
+    Driver = DriverState{};
+    DriverDeviceForget();
+}

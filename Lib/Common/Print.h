@@ -1,0 +1,19 @@
+// The one formatted print of library, viewer and decoders, with quiet mode and paging.
+#pragma once
+
+#include "Lib/RyxStatus.h"
+
+#if defined(__MINGW32__)
+#define RYX_PRINTF_LIKE __attribute__((format(gnu_printf, 1, 2)))
+#else
+#define RYX_PRINTF_LIKE __attribute__((format(printf, 1, 2)))
+#endif
+
+// Prints to standard output and flushes it. One call prints at most 1023 characters; the rest is cut. With option 0
+// (quiet) set, and once the process is interrupted, it does nothing; with option 22 (paging) set it counts the lines of
+// the format and pauses after a screenful. RyxErrorArgument: no format; RyxOk otherwise. Not reentrant.
+RyxStatus RyxPrintf(const char* format, ...) RYX_PRINTF_LIKE;
+
+// The first error (as of errno) that kept something printed from standard output, and 0 when there was none. That the
+// reader of a pipe has gone does not count as an error.
+int RyxOutputErrorGet();
