@@ -41,7 +41,7 @@ function(driver_image driver_file bits hardware)
     COMMAND ${host}-windres --input-format=rc --output-format=coff ${parts}/version.rc ${parts}/version.o
     COMMAND
       ${host}-g++ -std=c++20 -O2 -Wall -Wextra -Wpedantic -Wshadow -Werror -Wframe-larger-than=512
-      -Wno-format-security -ffreestanding -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-stack-protector
+      -ffreestanding -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-stack-protector
       -fno-tree-loop-distribute-patterns ${machine} ${extra_FLAGS} -DRYX_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
       -DRYX_VERSION_MINOR=${PROJECT_VERSION_MINOR} -I${PROJECT_SOURCE_DIR} -isystem ${QUARRINET_DDK_${bits}}
       ${driver_core} ${hardware} ${parts}/version.o -o ${parts}/${driver_file} -nostdlib -s -Wl,--subsystem,native ${link}

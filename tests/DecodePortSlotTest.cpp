@@ -1,4 +1,5 @@
 // Port, slot, on-board device and pointing device structures as they are shown.
+#include "Lib/Common/LibraryContext.h"
 #include "tests/DecoderCases.h"
 
 TEST(DecodePortSlot, Ports) {
@@ -20,6 +21,22 @@ TEST(DecodePortSlot, Ports) {
                   {8, 8, {0xA0}, "Port Type : 0xA0 - 8251 Compatible\n"},
                   {8, 8, {0xA1}, "Port Type : 0xA1 - 8251 FIFO Compatible\n"},
                   {8, 8, {0xFF}, "Port Type : 0xFF - Other\n"}});
+}
+
+// On a console of five columns "Other" and its line end are one line more; the print of another text has three
+// characters.
+TEST(DecodePortSlot, OtherIsCountedAsItStands) {
+    for (const auto& [code, lines] : {std::pair<std::uint8_t, unsigned>{0xFF, 3}, {0x0B, 2}}) {
+        for (const char* field : {"5", "7", "8"}) {
+            StandIn::Machine machine =
+                StandIn::MachineWithTable(SmbiosBuilder().Begin(8).Raw({1, code, 1, code, code}), 2, 8);
+            machine.Console = StandIn::ConsoleKind::Fixed;
+            machine.ConsoleColumns = 5;
+            machine.ConsoleRows = 50;
+            View({"/b", "/nologo", "/type", "8", "1", field}, machine);
+            EXPECT_EQ(LibraryContextGet().Pager.LineCount, lines) << field;
+        }
+    }
 }
 
 TEST(DecodePortSlot, Slots) {

@@ -72,7 +72,7 @@ TEST(Print, CountsByTheFormatAndTheWidth) {
     };
     for (const auto& test : cases) {
         StartPaged(10, 50);
-        Captured([&test] { RyxPrintf(test.Format); });
+        Captured([&test] { RyxPrintf(test.Format, 0); });
         EXPECT_EQ(LibraryContextGet().Pager.LineCount, test.Lines) << test.Format;
     }
 }

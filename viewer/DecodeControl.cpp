@@ -8,29 +8,29 @@ namespace {
 
 // Type 15, System Event Log.
 
-constexpr const char* EventLogAccessTexts[] = {
+constexpr const char* EventLogAccessLow[] = {
     "8-bit index port & 8-bit data pr",   "Two 8-bit index pr & 8-bit data pr", "16-bit index pr & 8-bit data pr",
     "Memory-mapped physical 32-bit addr", "General-Purpose NonVolatile Data",
 };
 
-constexpr TextRange NewerEventLogAccessTexts[] = {
+constexpr TextRange EventLogAccessNewer[] = {
     {0x80, 0xFF, "BIOS Vendor or OEM-specific"},
 };
 
-constexpr TextTable EventLogAccessMethods = TextTable(EventLogAccessTexts).With(NewerEventLogAccessTexts);
+constexpr TextTable EventLogAccessTexts = TextTable(EventLogAccessLow).With(EventLogAccessNewer);
 
 constexpr const char* EventLogStatusNames[] = {"Log area Valid", "Log area full", nullptr};
 
-constexpr const char* EventLogHeaderFormatLowTexts[] = {"No header", "Type 1 log header"};
+constexpr const char* EventLogHeaderFormatLow[] = {"No header", "Type 1 log header"};
 
 constexpr TextRange EventLogHeaderFormatRanges[] = {
     {0x02, 0x7F, "Available for future assignment by this spec"},
     {0x80, 0xFF, "BIOS Vendor or OEM-specific format"},
 };
 
-constexpr TextTable EventLogHeaderFormatTexts{EventLogHeaderFormatLowTexts, EventLogHeaderFormatRanges};
+constexpr TextTable EventLogHeaderFormatTexts{EventLogHeaderFormatLow, EventLogHeaderFormatRanges};
 
-constexpr const char* EventLogTypeLowTexts[] = {
+constexpr const char* EventLogTypeLow[] = {
     "None",
     "Single-bit ECC memory error",
     "Multi-bit ECC memory error",
@@ -63,9 +63,9 @@ constexpr TextRange EventLogTypeRanges[] = {
     {0xFF, 0xFF, "End of log"},
 };
 
-constexpr TextTable EventLogTypeTexts{EventLogTypeLowTexts, EventLogTypeRanges};
+constexpr TextTable EventLogTypeTexts{EventLogTypeLow, EventLogTypeRanges};
 
-constexpr const char* EventLogDataFormatLowTexts[] = {
+constexpr const char* EventLogDataFormatLow[] = {
     "None",
     "Handle",
     "Multiple-Event",
@@ -80,7 +80,7 @@ constexpr TextRange EventLogDataFormatRanges[] = {
     {0x80, 0xFF, "OEM assigned"},
 };
 
-constexpr TextTable EventLogDataFormatTexts{EventLogDataFormatLowTexts, EventLogDataFormatRanges};
+constexpr TextTable EventLogDataFormatTexts{EventLogDataFormatLow, EventLogDataFormatRanges};
 
 constexpr std::uint8_t EventLogDescriptorCountRow = 11;
 
@@ -112,7 +112,7 @@ constexpr DecoderField Type15Fields[] = {
     NumberField(3, "Log Area Length : 0x%04X (%02d Byte)\n"),
     NumberField(4, "Log Header Start Offset : 0x%04X (%02d)\n"),
     NumberField(5, "Log Data Start Offset : 0x%04X (%02d)\n"),
-    TextField(6, "Access Method : 0x%02X - %s\n", EventLogAccessMethods),
+    TextField(6, "Access Method : 0x%02X - %s\n", EventLogAccessTexts),
     BitsField(7, "Log Status : 0x%02X\n", EventLogStatusNames),
     NumberField(8, "Log Change Token : 0x%08X (%d)\n"),
     NumberField(9, "Access Method Address : 0x%08X (%d)\n"),
@@ -184,14 +184,14 @@ void BisEntry16Print(const DecoderField& field, const FieldValue& value) {
 
 constexpr DecoderField Type31Fields[] = {
     NumberField(3, "Checksum : 0x%02X (%02d)\n"), NumberField(4, "Reserved1 : 0x%02X\n"),
-    NumberField(5, "Reserved2 : 0x%04X\n"),       OwnField(6, BisEntry16Print, "BisEntry16 : 0x%04X\n"),
+    NumberField(5, "Reserved2 : 0x%04X\n"),       OwnField(6, BisEntry16Print, "BisEntry16 : 0x%04X\n", "d"),
     NumberField(7, "BisEntry32 : 0x%08X\n"),      NumberField(8, "Reserved3 : 0x%llX\n"),
     NumberField(9, "Reserved4 : 0x%08X\n"),
 };
 
 // Type 32, System Boot Information.
 
-constexpr const char* BootStatusLowTexts[] = {
+constexpr const char* BootStatusLow[] = {
     "No errors detected",
     "No bootable media",
     "Failed to load",
@@ -209,11 +209,11 @@ constexpr TextRange BootStatusRanges[] = {
     {192, 255, "Product-specific implementations"},
 };
 
-constexpr TextTable BootStatusTexts{BootStatusLowTexts, BootStatusRanges};
+constexpr TextTable BootStatusTexts{BootStatusLow, BootStatusRanges};
 
 // The status code, and whatever bytes the firmware put behind it, each read as a status of its own.
 void BootStatusPrint(const DecoderField& field, const FieldValue& value) {
-    RyxPrintf(field.Format);
+    FixedPrint(field.Format);
     for (const std::uint8_t status : value.Bytes) {
         RyxPrintf("0x%02x - ", status);
         RyxPrintf("%s\n", TextFind(BootStatusTexts, status));
@@ -222,14 +222,14 @@ void BootStatusPrint(const DecoderField& field, const FieldValue& value) {
 
 constexpr DecoderField Type32Fields[] = {
     BytesField(3, "Reserved : "),
-    OwnField(4, BootStatusPrint, "Boot Status : "),
+    OwnField(4, BootStatusPrint, "Boot Status : ", ""),
 };
 
 } // namespace
 
-constinit const StructDecoder StructDecodeType15(15, "System Event Log (Type 15)", DecoderForm::Loop, Type15Fields);
-constinit const StructDecoder StructDecodeType23(23, "System Reset (Type 23)", DecoderForm::Loop, Type23Fields);
-constinit const StructDecoder StructDecodeType24(24, "Hardware Security (Type 24)", DecoderForm::Single, Type24Fields);
-constinit const StructDecoder StructDecodeType30(30, "OOB Remote Access (Type 30)", DecoderForm::Loop, Type30Fields);
-constinit const StructDecoder StructDecodeType31(31, "BIS Entry Point (Type 31)", DecoderForm::Loop, Type31Fields);
-constinit const StructDecoder StructDecodeType32(32, "System Boot Info (Type 32)", DecoderForm::Single, Type32Fields);
+constinit const StructDecoder StructDecodeType15(15, "System Event Log", DecoderForm::Loop, Type15Fields);
+constinit const StructDecoder StructDecodeType23(23, "System Reset", DecoderForm::Loop, Type23Fields);
+constinit const StructDecoder StructDecodeType24(24, "Hardware Security", DecoderForm::Single, Type24Fields);
+constinit const StructDecoder StructDecodeType30(30, "OOB Remote Access", DecoderForm::Loop, Type30Fields);
+constinit const StructDecoder StructDecodeType31(31, "BIS Entry Point", DecoderForm::Loop, Type31Fields);
+constinit const StructDecoder StructDecodeType32(32, "System Boot Info", DecoderForm::Single, Type32Fields);

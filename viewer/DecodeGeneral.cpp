@@ -75,21 +75,21 @@ constexpr DecoderField Type40Fields[] = {
 
 constexpr const char* OnboardDeviceStatusTexts[] = {"Disabled", "Enabled"};
 
-constexpr const char* OnboardDeviceTypeTexts[] = {
+constexpr const char* OnboardDeviceTypeLow[] = {
     "",           "Other", "Unknown",         "Video",           "SCSI Controller", "Ethernet",
     "Token Ring", "Sound", "PATA Controller", "SATA Controller", "SAS Controller",
 };
 
-constexpr TextRange NewerOnboardDeviceTypeTexts[] = {
+constexpr TextRange OnboardDeviceTypeNewer[] = {
     {0x0B, "Wireless LAN"}, {0x0C, "Bluetooth"},       {0x0D, "WWAN"},
     {0x0E, "eMMC"},         {0x0F, "NVMe Controller"}, {0x10, "UFS Controller"},
 };
 
-constexpr TextTable OnboardDeviceTypes = TextTable(OnboardDeviceTypeTexts).With(NewerOnboardDeviceTypeTexts);
+constexpr TextTable OnboardDeviceTypeTexts = TextTable(OnboardDeviceTypeLow).With(OnboardDeviceTypeNewer);
 
 constexpr BitGroup OnboardDeviceGroups[] = {
     {" Status : %s\n", 7, 0x1, OnboardDeviceStatusTexts},
-    {" Type : %s\n", 0, 0x7F, OnboardDeviceTypes},
+    {" Type : %s\n", 0, 0x7F, OnboardDeviceTypeTexts},
 };
 
 constexpr BitGroup DeviceFunctionGroups[] = {
@@ -108,13 +108,12 @@ constexpr DecoderField Type41Fields[] = {
 
 } // namespace
 
-constinit const StructDecoder StructDecodeType11(11, "OEM Strings (Type 11)", DecoderForm::Single, StringCountFields);
-constinit const StructDecoder StructDecodeType12(12, "System Config (Type 12)", DecoderForm::Single, StringCountFields);
-constinit const StructDecoder StructDecodeType13(13, "BIOS Language (Type 13)", DecoderForm::Loop, Type13Fields);
-constinit const StructDecoder StructDecodeType14(14, "Group Association (Type 14)", DecoderForm::Loop, Type14Fields);
-constinit const StructDecoder StructDecodeType40(40, "Additional Info (Type 40)", DecoderForm::Loop, Type40Fields);
-constinit const StructDecoder StructDecodeType41(41, "Onboard Devices Extended Info (Type 41)", DecoderForm::Loop,
-                                                 Type41Fields);
+constinit const StructDecoder StructDecodeType11(11, "OEM Strings", DecoderForm::Single, StringCountFields);
+constinit const StructDecoder StructDecodeType12(12, "System Config", DecoderForm::Single, StringCountFields);
+constinit const StructDecoder StructDecodeType13(13, "BIOS Language", DecoderForm::Loop, Type13Fields);
+constinit const StructDecoder StructDecodeType14(14, "Group Association", DecoderForm::Loop, Type14Fields);
+constinit const StructDecoder StructDecodeType40(40, "Additional Info", DecoderForm::Loop, Type40Fields);
+constinit const StructDecoder StructDecodeType41(41, "Onboard Devices Extended Info", DecoderForm::Loop, Type41Fields);
 // Type 126, Inactive, and type 127, End-of-Table, have no fields of their own.
-constinit const StructDecoder StructDecodeType126(126, "Inactive (Type 126)", DecoderForm::Single, {});
-constinit const StructDecoder StructDecodeType127(127, "End-Of-Table (Type 127)", DecoderForm::Single, {});
+constinit const StructDecoder StructDecodeType126(126, "Inactive", DecoderForm::Single, {});
+constinit const StructDecoder StructDecodeType127(127, "End-Of-Table", DecoderForm::Single, {});

@@ -54,18 +54,18 @@ constexpr DecoderField Type36Fields[] = {
 
 // Type 38, IPMI Device Information.
 
-constexpr const char* IpmiInterfaceTypeTexts[] = {
+constexpr const char* IpmiInterfaceTypeLow[] = {
     "Unknown",
     "KCS:Keyboard Controller Style",
     "SMIC:Server Management Interface Chip",
     "BT:Block Transfer",
 };
 
-constexpr TextRange NewerIpmiInterfaceTypeTexts[] = {
+constexpr TextRange IpmiInterfaceTypeNewer[] = {
     {0x04, "SSIF:SMBus System Interface"},
 };
 
-constexpr TextTable IpmiInterfaceTypes = TextTable(IpmiInterfaceTypeTexts).With(NewerIpmiInterfaceTypeTexts);
+constexpr TextTable IpmiInterfaceTypeTexts = TextTable(IpmiInterfaceTypeLow).With(IpmiInterfaceTypeNewer);
 
 constexpr const char* IpmiRegisterSpacingTexts[] = {
     "On successive byte boundaries",
@@ -92,7 +92,7 @@ constexpr BitGroup IpmiModifierGroups[] = {
 
 // The NV storage mark stands on a line of its own: the value's line is ended before it.
 constexpr DecoderField Type38Fields[] = {
-    TextField(3, "Interface Type : 0x%02X - %s\n", IpmiInterfaceTypes),
+    TextField(3, "Interface Type : 0x%02X - %s\n", IpmiInterfaceTypeTexts),
     NumberField(4, "IPMI Specification Revision : 0x%02X\n"),
     NumberField(5, "I2C Slave Address : 0x%02X\n"),
     MarkField(6, "NV Storage Device Address : 0x%02X\n", 0xFF, "- No storage device exists\n"),
@@ -106,7 +106,7 @@ constexpr DecoderField Type38Fields[] = {
 constexpr std::uint8_t InterfaceTypeRow = 3;
 constexpr std::uint8_t InterfaceTypeOem = 0xF0;
 
-constexpr const char* HostInterfaceTypeLowTexts[] = {
+constexpr const char* HostInterfaceTypeLow[] = {
     "Reserved",
     "Reserved",
     "KCS: Keyboard Controller Style",
@@ -124,7 +124,7 @@ constexpr TextRange HostInterfaceTypeRanges[] = {
     {InterfaceTypeOem + 1, 0xFF, "Reserved"},
 };
 
-constexpr TextTable HostInterfaceTypeTexts{HostInterfaceTypeLowTexts, HostInterfaceTypeRanges};
+constexpr TextTable HostInterfaceTypeTexts{HostInterfaceTypeLow, HostInterfaceTypeRanges};
 
 // Only an OEM interface's data has a known beginning: the vendor's number.
 FieldOutcome HostInterfaceDataShow(const DecoderField& field, const StructPlace& place) {
@@ -151,11 +151,9 @@ constexpr DecoderField Type42Fields[] = {
 
 } // namespace
 
-constinit const StructDecoder StructDecodeType34(34, "Manage Device (Type 34)", DecoderForm::Loop, Type34Fields);
-constinit const StructDecoder StructDecodeType35(35, "Manage Device Component (Type 35)", DecoderForm::Loop,
-                                                 Type35Fields);
-constinit const StructDecoder StructDecodeType36(36, "Manage Device Threshold Data (Type 36)", DecoderForm::Loop,
-                                                 Type36Fields);
-constinit const StructDecoder StructDecodeType38(38, "IPMI Device Info (Type 38)", DecoderForm::Single, Type38Fields);
-constinit const StructDecoder StructDecodeType42(42, "Manage Controller Host Interface (Type 42)", DecoderForm::Loop,
+constinit const StructDecoder StructDecodeType34(34, "Manage Device", DecoderForm::Loop, Type34Fields);
+constinit const StructDecoder StructDecodeType35(35, "Manage Device Component", DecoderForm::Loop, Type35Fields);
+constinit const StructDecoder StructDecodeType36(36, "Manage Device Threshold Data", DecoderForm::Loop, Type36Fields);
+constinit const StructDecoder StructDecodeType38(38, "IPMI Device Info", DecoderForm::Single, Type38Fields);
+constinit const StructDecoder StructDecodeType42(42, "Manage Controller Host Interface", DecoderForm::Loop,
                                                  Type42Fields);

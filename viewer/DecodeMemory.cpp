@@ -34,11 +34,11 @@ constexpr const char* ArrayLocationHigh[] = {
     "PC-98/Local bus add-on card",
 };
 
-constexpr TextRange NewerArrayLocationTexts[] = {
+constexpr TextRange ArrayLocationNewer[] = {
     {0xA4, "CXL add-on card"},
 };
 
-constexpr TextTable ArrayLocationTexts = TextTable(ArrayLocationLow, ArrayLocationHigh).With(NewerArrayLocationTexts);
+constexpr TextTable ArrayLocationTexts = TextTable(ArrayLocationLow, ArrayLocationHigh).With(ArrayLocationNewer);
 
 constexpr const char* ArrayUseTexts[] = {
     "", "Other", "Unknown", "System memory", "Video memory", "Flash memory", "Non-volatile RAM", "Cache memory",
@@ -57,7 +57,7 @@ constexpr DecoderField Type16Fields[] = {
     TextLineField(3, "Location : 0x%02X - ", ArrayLocationTexts),
     TextField(4, "Use : 0x%02X - %s \n", ArrayUseTexts),
     TextField(5, "Memory Error Correction : 0x%02X - %s \n", ArrayErrorCorrectionTexts),
-    OwnField(6, ArrayCapacityPrint, "Maximum Capacity : 0x%08X - %dKB, %dMB, %dGB\n"),
+    OwnField(6, ArrayCapacityPrint, "Maximum Capacity : 0x%08X - %dKB, %dMB, %dGB\n", "nddd"),
     NumberField(7, "Memory Error Information Handle : 0x%04X (%02d)\n"),
     NumberField(8, "Number of Memory Devices : 0x%04X (%02d)\n"),
     NumberField(9, "Extended Maximum Capacity : 0x%llx (%lld)\n"),
@@ -65,34 +65,34 @@ constexpr DecoderField Type16Fields[] = {
 
 // Type 17, Memory Device.
 
-constexpr const char* MemoryFormFactorTexts[] = {
+constexpr const char* MemoryFormFactorLow[] = {
     "",     "Other", "Unknown",      "SIMM", "SIP",    "Chip",  "DIP",     "ZIP", "Proprietary Card",
     "DIMM", "TSOP",  "Row of chips", "RIMM", "SODIMM", "SRIMM", "FB-DIMM",
 };
 
-constexpr TextRange NewerMemoryFormFactorTexts[] = {
+constexpr TextRange MemoryFormFactorNewer[] = {
     {0x10, "Die"},
     {0x11, "CAMM"},
     {0x12, "CUDIMM"},
     {0x13, "CSODIMM"},
 };
 
-constexpr TextTable MemoryFormFactors = TextTable(MemoryFormFactorTexts).With(NewerMemoryFormFactorTexts);
+constexpr TextTable MemoryFormFactorTexts = TextTable(MemoryFormFactorLow).With(MemoryFormFactorNewer);
 
-constexpr const char* MemoryDeviceTypeTexts[] = {
+constexpr const char* MemoryDeviceTypeLow[] = {
     "",      "Other",  "Unknown",      "DRAM",     "EDRAM",    "VRAM",     "SRAM",  "RAM",   "ROM",
     "FLASH", "EEPROM", "FEPROM",       "EPROM",    "CDRAM",    "3DRAM",    "SDRAM", "SGRAM", "RDRAM",
     "DDR",   "DDR2",   "DDR2 FB-DIMM", "Reserved", "Reserved", "Reserved", "DDR3",  "FBD2",
 };
 
-constexpr TextRange NewerMemoryDeviceTypeTexts[] = {
+constexpr TextRange MemoryDeviceTypeNewer[] = {
     {0x1A, "DDR4"},   {0x1B, "LPDDR"},  {0x1C, "LPDDR2"},
     {0x1D, "LPDDR3"}, {0x1E, "LPDDR4"}, {0x1F, "Logical non-volatile device"},
     {0x20, "HBM"},    {0x21, "HBM2"},   {0x22, "DDR5"},
     {0x23, "LPDDR5"}, {0x24, "HBM3"},   {0x25, "MRDIMM"},
 };
 
-constexpr TextTable MemoryDeviceTypes = TextTable(MemoryDeviceTypeTexts).With(NewerMemoryDeviceTypeTexts);
+constexpr TextTable MemoryDeviceTypeTexts = TextTable(MemoryDeviceTypeLow).With(MemoryDeviceTypeNewer);
 
 constexpr const char* MemoryTypeDetailNames[] = {
     "Reserved, set to 0",
@@ -124,12 +124,12 @@ constexpr DecoderField Type17Fields[] = {
     NumberField(4, "Memory Error Information Handle : 0x%04X\n"),
     NumberField(5, "Total Width : 0x%04X (%02d)bits\n"),
     NumberField(6, "Data Width : 0x%04X (%02d)bits\n"),
-    OwnField(7, MemorySizePrint, "Size : 0x%04X - %dKB, %dMB, %dGB\n"),
-    TextField(8, "Form Factor : 0x%02X - %s \n", MemoryFormFactors),
+    OwnField(7, MemorySizePrint, "Size : 0x%04X - %dKB, %dMB, %dGB\n", "nddd"),
+    TextField(8, "Form Factor : 0x%02X - %s \n", MemoryFormFactorTexts),
     NumberField(9, "Device Set : 0x%02X (%02d)\n"),
     StringField(10, "Device Locator : %s\n"),
     StringField(11, "Bank Locator : %s\n"),
-    TextField(12, "Memory Type : 0x%02X - %s \n", MemoryDeviceTypes),
+    TextField(12, "Memory Type : 0x%02X - %s \n", MemoryDeviceTypeTexts),
     BitsField(13, "Type Detail : 0x%04X\n", MemoryTypeDetailNames),
     NumberField(14, "Speed : 0x%04X (%02d)MHz\n"),
     StringField(15, "Manufacturer : %s\n"),
@@ -249,11 +249,10 @@ constexpr DecoderField Type37Fields[] = {
 
 } // namespace
 
-constinit const StructDecoder StructDecodeType16(16, "Physical Memory (Type 16)", DecoderForm::Loop, Type16Fields);
-constinit const StructDecoder StructDecodeType17(17, "Memory Device (Type 17)", DecoderForm::Loop, Type17Fields);
-constinit const StructDecoder StructDecodeType18(18, "32-bit Memory Error (Type 18)", DecoderForm::Loop, Type18Fields);
-constinit const StructDecoder StructDecodeType19(19, "Memory Array Adr (Type 19)", DecoderForm::Loop, Type19Fields);
-constinit const StructDecoder StructDecodeType20(20, "Memory Device Adr (Type 20)", DecoderForm::Loop, Type20Fields);
-constinit const StructDecoder StructDecodeType33(33, "64-bit Memory Error Info (Type 33)", DecoderForm::Loop,
-                                                 Type33Fields);
-constinit const StructDecoder StructDecodeType37(37, "Memory Channel (Type 37)", DecoderForm::Loop, Type37Fields);
+constinit const StructDecoder StructDecodeType16(16, "Physical Memory", DecoderForm::Loop, Type16Fields);
+constinit const StructDecoder StructDecodeType17(17, "Memory Device", DecoderForm::Loop, Type17Fields);
+constinit const StructDecoder StructDecodeType18(18, "32-bit Memory Error", DecoderForm::Loop, Type18Fields);
+constinit const StructDecoder StructDecodeType19(19, "Memory Array Adr", DecoderForm::Loop, Type19Fields);
+constinit const StructDecoder StructDecodeType20(20, "Memory Device Adr", DecoderForm::Loop, Type20Fields);
+constinit const StructDecoder StructDecodeType33(33, "64-bit Memory Error Info", DecoderForm::Loop, Type33Fields);
+constinit const StructDecoder StructDecodeType37(37, "Memory Channel", DecoderForm::Loop, Type37Fields);

@@ -45,7 +45,7 @@ void MaximumModuleSizePrint(const DecoderField& field, const FieldValue& value) 
 
 // The list is exactly as long as the number of slots says.
 void ModuleHandlesPrint(const DecoderField& field, const FieldValue& value) {
-    RyxPrintf(field.Format);
+    FixedPrint(field.Format);
     for (std::size_t at = 0; at + 2 <= value.Bytes.size(); at += 2) {
         RyxPrintf("0x%04x ", LittleEndianRead<std::uint16_t>(&value.Bytes[at]));
     }
@@ -57,26 +57,26 @@ constexpr DecoderField Type5Fields[] = {
     BitsField(4, "Error Correcting Capability : 0x%02X\n", MemoryErrorCorrectNames),
     TextField(5, "Supported Interleave : 0x%02X - %s\n", MemoryInterleaveTexts),
     TextField(6, "Current Interleave : 0x%02X - %s\n", MemoryInterleaveTexts),
-    OwnField(7, MaximumModuleSizePrint, "Maximum Memory Module Size : 0x%02X (%d)MB\n"),
+    OwnField(7, MaximumModuleSizePrint, "Maximum Memory Module Size : 0x%02X (%d)MB\n", "nd"),
     BitsField(8, "Supported Speeds : 0x%04X\n", MemorySpeedNames),
     BitsField(9, "Supported Memory Types : 0x%04X\n", MemoryTypeNames),
     BitsField(10, "Memory Module Voltage : 0x%02X\n", MemoryVoltageNames),
     NumberField(11, "Number of Associated Memory Slots : 0x%02X (%d)\n"),
-    OwnField(12, ModuleHandlesPrint, "Memory Module Configuration Handle : "),
+    OwnField(12, ModuleHandlesPrint, "Memory Module Configuration Handle : ", ""),
     BitsField(13, "Enable Error Correcting Capabilities : 0x%02X\n", MemoryErrorCorrectNames),
 };
 
 // Type 6, Memory Module Information.
 
-constexpr const char* BankConnectionTexts[] = {"RAS# 0",   "RAS# 1",   "RAS# 2",        "RAS# 3",   "RAS# 4",
-                                               "RAS# 5",   "RAS# 6",   "RAS# 7",        "RAS# 0&1", "RAS# 2&3",
-                                               "RAS# 4&5", "RAS# 6&7", "No Connections"};
+constexpr const char* BankConnectionLow[] = {"RAS# 0",   "RAS# 1",   "RAS# 2",        "RAS# 3",   "RAS# 4",
+                                             "RAS# 5",   "RAS# 6",   "RAS# 7",        "RAS# 0&1", "RAS# 2&3",
+                                             "RAS# 4&5", "RAS# 6&7", "No Connections"};
 
-constexpr TextRange NewerBankConnectionTexts[] = {
+constexpr TextRange BankConnectionNewer[] = {
     {0xFF, "No Connections"},
 };
 
-constexpr TextTable BankConnections = TextTable(BankConnectionTexts).With(NewerBankConnectionTexts);
+constexpr TextTable BankConnectionTexts = TextTable(BankConnectionLow).With(BankConnectionNewer);
 
 // The size codes that are not a power of two, from FirstTextSize on.
 constexpr const char* ModuleSizeTexts[] = {"Not determinable", "Module is installed", "Module not installed"};
@@ -96,7 +96,7 @@ void ModuleSizePrint(const DecoderField& field, const FieldValue& value) {
 
 constexpr DecoderField Type6Fields[] = {
     StringField(3, "Socket Designation : %s\n"),
-    TextField(4, "Bank Connections : 0x%02X - %s\n", BankConnections),
+    TextField(4, "Bank Connections : 0x%02X - %s\n", BankConnectionTexts),
     NumberField(5, "Current Speed : 0x%02X (%d ns)\n"),
     BitsField(6, "Current Memory Type : 0x%04X\n", MemoryTypeNames),
     OwnField(7, ModuleSizePrint, "Installed Size : 0x%02X - "),
@@ -166,6 +166,6 @@ constexpr DecoderField Type7Fields[] = {
 
 } // namespace
 
-constinit const StructDecoder StructDecodeType5(5, "Memory Controller (Type 05)", DecoderForm::Loop, Type5Fields);
-constinit const StructDecoder StructDecodeType6(6, "Memory Module (Type 06)", DecoderForm::Loop, Type6Fields);
-constinit const StructDecoder StructDecodeType7(7, "Cache (Type 07)", DecoderForm::Loop, Type7Fields);
+constinit const StructDecoder StructDecodeType5(5, "Memory Controller", DecoderForm::Loop, Type5Fields);
+constinit const StructDecoder StructDecodeType6(6, "Memory Module", DecoderForm::Loop, Type6Fields);
+constinit const StructDecoder StructDecodeType7(7, "Cache", DecoderForm::Loop, Type7Fields);

@@ -1,4 +1,5 @@
 // Decoders of port, slot, on-board device and pointing device structures (types 8 to 10 and 21).
+#include "Lib/API/RyxPrint.h"
 #include "viewer/Decoders.h"
 
 namespace {
@@ -6,9 +7,10 @@ namespace {
 // Type 8, Port Connector Information.
 
 // The code for a connector or port that the standard does not list.
-constexpr TextRange OtherPortRanges[] = {{0xFF, 0xFF, "Other"}};
+constexpr std::uint32_t OtherPort = 0xFF;
+constexpr TextRange OtherPortRanges[] = {{OtherPort, "Other"}};
 
-constexpr const char* ConnectorTypeLowTexts[] = {
+constexpr const char* ConnectorTypeLow[] = {
     "None",
     "Centronics",
     "Mini Centronics",
@@ -46,16 +48,16 @@ constexpr const char* ConnectorTypeLowTexts[] = {
     "SAS/SATA Plug Receptacle",
 };
 
-constexpr const char* ConnectorTypeHighTexts[] = {"PC-98", "PC-98Hireso", "PC-H98", "PC-98Note", "PC-98Full"};
+constexpr const char* ConnectorTypeHigh[] = {"PC-98", "PC-98Hireso", "PC-H98", "PC-98Note", "PC-98Full"};
 
-constexpr TextRange NewerConnectorTypeTexts[] = {
+constexpr TextRange ConnectorTypeNewer[] = {
     {0x23, "USB Type-C Receptacle"},
 };
 
 constexpr TextTable ConnectorTypeTexts =
-    TextTable(ConnectorTypeLowTexts, ConnectorTypeHighTexts, OtherPortRanges).With(NewerConnectorTypeTexts);
+    TextTable(ConnectorTypeLow, ConnectorTypeHigh, OtherPortRanges).With(ConnectorTypeNewer);
 
-constexpr const char* PortTypeLowTexts[] = {
+constexpr const char* PortTypeLow[] = {
     "None",
     "Parallel Port XT/AT Compatible",
     "Parallel Port PS/2",
@@ -92,27 +94,36 @@ constexpr const char* PortTypeLowTexts[] = {
     "SAS",
 };
 
-constexpr const char* PortTypeHighTexts[] = {"8251 Compatible", "8251 FIFO Compatible"};
+constexpr const char* PortTypeHigh[] = {"8251 Compatible", "8251 FIFO Compatible"};
 
-constexpr TextRange NewerPortTypeTexts[] = {
+constexpr TextRange PortTypeNewer[] = {
     {0x22, "MFDP (Multi-Function Display Port)"},
     {0x23, "Thunderbolt"},
 };
 
-constexpr TextTable PortTypeTexts =
-    TextTable(PortTypeLowTexts, PortTypeHighTexts, OtherPortRanges).With(NewerPortTypeTexts);
+constexpr TextTable PortTypeTexts = TextTable(PortTypeLow, PortTypeHigh, OtherPortRanges).With(PortTypeNewer);
+
+// A code and, in a print of its own, its text. The pager counts by formats, and Other is part of its own.
+void PortCodePrint(const DecoderField& field, const FieldValue& value) {
+    NumberPrint(field, value);
+    if (value.Number == OtherPort) {
+        RyxPrintf("Other\n");
+    } else {
+        RyxPrintf("%s\n", TextFind(field.Texts, value.Number));
+    }
+}
 
 constexpr DecoderField Type8Fields[] = {
     StringField(3, "Internal Reference Designator : %s\n"),
-    TextLineField(4, "Internal Type : 0x%02X - ", ConnectorTypeTexts),
+    OwnField(4, PortCodePrint, "Internal Type : 0x%02X - ", "n", ConnectorTypeTexts),
     StringField(5, "External Reference Designator : %s\n"),
-    TextLineField(6, "External Type : 0x%02X - ", ConnectorTypeTexts),
-    TextLineField(7, "Port Type : 0x%02X - ", PortTypeTexts),
+    OwnField(6, PortCodePrint, "External Type : 0x%02X - ", "n", ConnectorTypeTexts),
+    OwnField(7, PortCodePrint, "Port Type : 0x%02X - ", "n", PortTypeTexts),
 };
 
 // Type 9, System Slots.
 
-constexpr const char* SlotTypeLowTexts[] = {
+constexpr const char* SlotTypeLow[] = {
     "",
     "Other",
     "Unknown",
@@ -135,7 +146,7 @@ constexpr const char* SlotTypeLowTexts[] = {
     "AGP 8X",
 };
 
-constexpr const char* SlotTypeHighTexts[] = {
+constexpr const char* SlotTypeHigh[] = {
     "PC-98/C20",
     "PC-98/C24",
     "PC-98/E",
@@ -161,7 +172,7 @@ constexpr const char* SlotTypeHighTexts[] = {
     "PCI Express Gen 3 x16",
 };
 
-constexpr TextRange NewerSlotTypeTexts[] = {
+constexpr TextRange SlotTypeNewer[] = {
     {0x14, "M.2 Socket 1-DP"},
     {0x15, "M.2 Socket 1-SD"},
     {0x16, "M.2 Socket 2"},
@@ -201,28 +212,28 @@ constexpr TextRange NewerSlotTypeTexts[] = {
     {0xC6, "EDSFF E3"},
 };
 
-constexpr TextTable SlotTypeTexts = TextTable(SlotTypeLowTexts, SlotTypeHighTexts).With(NewerSlotTypeTexts);
+constexpr TextTable SlotTypeTexts = TextTable(SlotTypeLow, SlotTypeHigh).With(SlotTypeNewer);
 
 constexpr const char* SlotBusWidthTexts[] = {"",         "Other",    "Unknown",    "8 bit",      "16 bit",
                                              "32 bit",   "64 bit",   "128 bit",    "1x or x1",   "2x or x2",
                                              "4x or x4", "8x or x8", "12x or x12", "16x or x16", "32x or x32"};
 
-constexpr const char* SlotUsageTexts[] = {"", "Other", "Unknown", "Available", "In use"};
+constexpr const char* SlotUsageLow[] = {"", "Other", "Unknown", "Available", "In use"};
 
-constexpr TextRange NewerSlotUsageTexts[] = {
+constexpr TextRange SlotUsageNewer[] = {
     {0x05, "Unavailable"},
 };
 
-constexpr TextTable SlotUsages = TextTable(SlotUsageTexts).With(NewerSlotUsageTexts);
+constexpr TextTable SlotUsageTexts = TextTable(SlotUsageLow).With(SlotUsageNewer);
 
-constexpr const char* SlotLengthTexts[] = {"", "Other", "Unknown", "Short Length", "Long Length"};
+constexpr const char* SlotLengthLow[] = {"", "Other", "Unknown", "Short Length", "Long Length"};
 
-constexpr TextRange NewerSlotLengthTexts[] = {
+constexpr TextRange SlotLengthNewer[] = {
     {0x05, "2.5\" drive form factor"},
     {0x06, "3.5\" drive form factor"},
 };
 
-constexpr TextTable SlotLengths = TextTable(SlotLengthTexts).With(NewerSlotLengthTexts);
+constexpr TextTable SlotLengthTexts = TextTable(SlotLengthLow).With(SlotLengthNewer);
 
 constexpr const char* SlotCharacteristic1Names[] = {
     "Characteristics Unknown",
@@ -249,8 +260,8 @@ constexpr DecoderField Type9Fields[] = {
     StringField(3, "Slot Designation : %s\n"),
     TextLineField(4, "Slot Type : 0x%02X - ", SlotTypeTexts),
     TextField(5, "Slot Data Bus Width : 0x%02X - %s\n", SlotBusWidthTexts),
-    TextField(6, "Current Usage : 0x%02X - %s\n", SlotUsages),
-    TextField(7, "Slot Length : 0x%02X - %s\n", SlotLengths),
+    TextField(6, "Current Usage : 0x%02X - %s\n", SlotUsageTexts),
+    TextField(7, "Slot Length : 0x%02X - %s\n", SlotLengthTexts),
     NumberField(8, "Slot ID : 0x%04X (%d)\n"),
     BitsField(9, "Slot Characteristics1 : 0x%02X\n", SlotCharacteristic1Names),
     BitsField(10, "Slot Characteristics2 : 0x%02X\n", SlotCharacteristic2Names),
@@ -290,13 +301,13 @@ constexpr const char* PointingInterfaceLow[] = {
 
 constexpr const char* PointingInterfaceHigh[] = {"Bus mouse DB-9", "Bus mouse micro-DIN", "USB"};
 
-constexpr TextRange NewerPointingInterfaceTexts[] = {
+constexpr TextRange PointingInterfaceNewer[] = {
     {0xA3, "I2C"},
     {0xA4, "SPI"},
 };
 
 constexpr TextTable PointingInterfaceTexts =
-    TextTable(PointingInterfaceLow, PointingInterfaceHigh).With(NewerPointingInterfaceTexts);
+    TextTable(PointingInterfaceLow, PointingInterfaceHigh).With(PointingInterfaceNewer);
 
 constexpr DecoderField Type21Fields[] = {
     TextField(3, "Type : 0x%02X - %s\n", PointingDeviceTypeTexts),
@@ -306,7 +317,7 @@ constexpr DecoderField Type21Fields[] = {
 
 } // namespace
 
-constinit const StructDecoder StructDecodeType8(8, "Port Connector (Type 08)", DecoderForm::Loop, Type8Fields);
-constinit const StructDecoder StructDecodeType9(9, "System Slots (Type 09)", DecoderForm::Loop, Type9Fields);
-constinit const StructDecoder StructDecodeType10(10, "On Board Devices (Type 10)", DecoderForm::Loop, Type10Fields);
-constinit const StructDecoder StructDecodeType21(21, "Built-in Pointing (Type 21)", DecoderForm::Loop, Type21Fields);
+constinit const StructDecoder StructDecodeType8(8, "Port Connector", DecoderForm::Loop, Type8Fields);
+constinit const StructDecoder StructDecodeType9(9, "System Slots", DecoderForm::Loop, Type9Fields);
+constinit const StructDecoder StructDecodeType10(10, "On Board Devices", DecoderForm::Loop, Type10Fields);
+constinit const StructDecoder StructDecodeType21(21, "Built-in Pointing", DecoderForm::Loop, Type21Fields);

@@ -90,6 +90,6 @@ constexpr DecoderField Type39Fields[] = {
 
 } // namespace
 
-constinit const StructDecoder StructDecodeType22(22, "Portable Battery (Type 22)", DecoderForm::Loop, Type22Fields);
-constinit const StructDecoder StructDecodeType25(25, "SYS Power Control (Type 25)", DecoderForm::Loop, Type25Fields);
-constinit const StructDecoder StructDecodeType39(39, "SYS Power Supply (Type 39)", DecoderForm::Loop, Type39Fields);
+constinit const StructDecoder StructDecodeType22(22, "Portable Battery", DecoderForm::Loop, Type22Fields);
+constinit const StructDecoder StructDecodeType25(25, "SYS Power Control", DecoderForm::Loop, Type25Fields);
+constinit const StructDecoder StructDecodeType39(39, "SYS Power Supply", DecoderForm::Loop, Type39Fields);

@@ -49,7 +49,7 @@ constexpr BitGroup TemperatureProbeLocationGroups[] = {
 constexpr std::uint64_t UnknownProbeValue = 0x8000;
 
 // The fields of a probe. The three kinds differ in what a location code means and in how the nominal value is shown.
-constexpr std::array<DecoderField, 9> ProbeFields(std::span<const BitGroup> locationGroups,
+consteval std::array<DecoderField, 9> ProbeFields(std::span<const BitGroup> locationGroups,
                                                   const DecoderField& nominalValue) {
     return {
         StringField(3, "Description : %s\n"),
@@ -71,7 +71,7 @@ constexpr auto Type29Fields = ProbeFields(ProbeLocationGroups, NumberField(11, "
 
 // Type 27, Cooling Device.
 
-constexpr const char* CoolingDeviceTypeLowTexts[] = {
+constexpr const char* CoolingDeviceTypeLow[] = {
     "",         "Other",       "Unknown",          "Fan",       "Centrifugal Blower",
     "Chip Fan", "Cabinet Fan", "Power Supply Fan", "Heat Pipe", "Integrated Refrigeration",
 };
@@ -81,7 +81,7 @@ constexpr TextRange CoolingDeviceTypeRanges[] = {
     {0x11, 0x11, "Passive Cooling"},
 };
 
-constexpr TextTable CoolingDeviceTypeTexts{CoolingDeviceTypeLowTexts, CoolingDeviceTypeRanges};
+constexpr TextTable CoolingDeviceTypeTexts{CoolingDeviceTypeLow, CoolingDeviceTypeRanges};
 
 constexpr BitGroup CoolingDeviceGroups[] = {
     {" Status : %s\n", 5, 0x7, ProbeStatusTexts},
@@ -99,8 +99,8 @@ constexpr DecoderField Type27Fields[] = {
 
 } // namespace
 
-constinit const StructDecoder StructDecodeType26(26, "Voltage Probe (Type 26)", DecoderForm::Loop, Type26Fields);
-constinit const StructDecoder StructDecodeType27(27, "Cooling Device (Type 27)", DecoderForm::Loop, Type27Fields);
-constinit const StructDecoder StructDecodeType28(28, "Temperature Probe (Type 28)", DecoderForm::Loop, Type28Fields);
-constinit const StructDecoder StructDecodeType29(29, "Electric Current Probe(Type 29)", DecoderForm::Loop,
-                                                 Type29Fields);
+constinit const StructDecoder StructDecodeType26(26, "Voltage Probe", DecoderForm::Loop, Type26Fields);
+constinit const StructDecoder StructDecodeType27(27, "Cooling Device", DecoderForm::Loop, Type27Fields);
+constinit const StructDecoder StructDecodeType28(28, "Temperature Probe", DecoderForm::Loop, Type28Fields);
+constinit const StructDecoder StructDecodeType29(29, "Electric Current Probe", DecoderForm::Loop, Type29Fields,
+                                                 "(Type ");

@@ -220,7 +220,7 @@ constexpr TextCode ProcessorFamilyTexts[] = {
 };
 
 // Codes behind that end, which only the word can hold.
-constexpr TextRange NewerProcessorFamilyTexts[] = {
+constexpr TextRange ProcessorFamilyNewer[] = {
     {0x200, "RISC-V RV32"},
     {0x201, "RISC-V RV64"},
     {0x202, "RISC-V RV128"},
@@ -256,9 +256,9 @@ constexpr std::uint64_t FamilyEnd = 0x200;
 static_assert(std::ranges::adjacent_find(ProcessorFamilyTexts, std::ranges::greater_equal(), &TextCode::Code) ==
                   std::end(ProcessorFamilyTexts),
               "a family code stands twice or out of order");
-static_assert(std::ranges::adjacent_find(NewerProcessorFamilyTexts, std::ranges::greater_equal(), &TextRange::First) ==
-                      std::end(NewerProcessorFamilyTexts) &&
-                  NewerProcessorFamilyTexts[0].First >= FamilyEnd,
+static_assert(std::ranges::adjacent_find(ProcessorFamilyNewer, std::ranges::greater_equal(), &TextRange::First) ==
+                      std::end(ProcessorFamilyNewer) &&
+                  ProcessorFamilyNewer[0].First >= FamilyEnd,
               "a newer family code stands twice, out of order or among the reserved ones");
 
 void FamilyPrint(const DecoderField& field, const FieldValue& value) {
@@ -269,7 +269,7 @@ void FamilyPrint(const DecoderField& field, const FieldValue& value) {
         std::snprintf(reserved, sizeof reserved, "Reserved [%X]", code);
         text = reserved;
     } else if (text == nullptr) {
-        text = TextFind(NewerProcessorFamilyTexts, code);
+        text = TextFind(ProcessorFamilyNewer, code);
     }
     RyxPrintf(field.Format, code, text != nullptr ? text : UnrecognizedText);
 }
@@ -287,7 +287,7 @@ constexpr const char* ProcessorStatusTexts[] = {
     "Reserved", "Other",
 };
 
-constexpr const char* ProcessorUpgradeTexts[] = {
+constexpr const char* ProcessorUpgradeLow[] = {
     "",
     "Other",
     "Unknown",
@@ -335,7 +335,7 @@ constexpr const char* ProcessorUpgradeTexts[] = {
     "Socket LGA1356-3",
 };
 
-constexpr TextRange NewerProcessorUpgradeTexts[] = {
+constexpr TextRange ProcessorUpgradeNewer[] = {
     {0x2D, "Socket LGA1150"}, {0x2E, "Socket BGA1168"},   {0x2F, "Socket BGA1234"}, {0x30, "Socket BGA1364"},
     {0x31, "Socket AM4"},     {0x32, "Socket LGA1151"},   {0x33, "Socket BGA1356"}, {0x34, "Socket BGA1440"},
     {0x35, "Socket BGA1515"}, {0x36, "Socket LGA3647-1"}, {0x37, "Socket SP3"},     {0x38, "Socket SP3r2"},
@@ -349,7 +349,7 @@ constexpr TextRange NewerProcessorUpgradeTexts[] = {
     {0x55, "Socket LGA1851"}, {0x56, "Socket BGA2114"},   {0x57, "Socket BGA2833"},
 };
 
-constexpr TextTable ProcessorUpgrades = TextTable(ProcessorUpgradeTexts).With(NewerProcessorUpgradeTexts);
+constexpr TextTable ProcessorUpgradeTexts = TextTable(ProcessorUpgradeLow).With(ProcessorUpgradeNewer);
 
 constexpr const char* ProcessorCharacteristicNames[] = {
     "Reserved",
@@ -379,7 +379,7 @@ void VoltagePrint(const DecoderField& field, const FieldValue& value) {
 constexpr DecoderField Type4Fields[] = {
     StringField(3, "Socket Designation : %s\n"),
     TextField(4, "Processor Type : 0x%02X - %s\n", ProcessorTypeTexts),
-    OwnField(5, FamilyPrint, "Processor Family : 0x%02X - %s\n"),
+    OwnField(5, FamilyPrint, "Processor Family : 0x%02X - %s\n", "ns"),
     StringField(6, "Processor Manufacturer : %s\n"),
     NumberField(7, "Processor ID : 0x%llX\n"),
     StringField(8, "Processor Version : %s\n"),
@@ -388,7 +388,7 @@ constexpr DecoderField Type4Fields[] = {
     NumberField(11, "Max Speed : 0x%04X (%d)MHz\n"),
     NumberField(12, "Current Speed : 0x%04X (%d)MHz\n"),
     TextField(13, "Status : 0x%02X - %s\n", ProcessorStatusTexts, 0x07),
-    TextField(14, "Processor Upgrade : 0x%02X - %s\n", ProcessorUpgrades),
+    TextField(14, "Processor Upgrade : 0x%02X - %s\n", ProcessorUpgradeTexts),
     NumberField(15, "L1 Cache Handle : 0x%04X (%d)\n"),
     NumberField(16, "L2 Cache Handle : 0x%04X (%d)\n"),
     NumberField(17, "L3 Cache Handle : 0x%04X (%d)\n"),
@@ -399,9 +399,9 @@ constexpr DecoderField Type4Fields[] = {
     NumberField(22, "Core Enabled : 0x%02X (%d)\n"),
     NumberField(23, "Thread Count : 0x%02X (%d)\n"),
     BitsField(24, "Processor Characteristics : 0x%04X\n", ProcessorCharacteristicNames),
-    OwnField(25, FamilyPrint, "Processor Family2 : 0x%04X - %s\n"),
+    OwnField(25, FamilyPrint, "Processor Family2 : 0x%04X - %s\n", "ns"),
 };
 
 } // namespace
 
-constinit const StructDecoder StructDecodeType4(4, "Processor (Type 04)", DecoderForm::Single, Type4Fields);
+constinit const StructDecoder StructDecodeType4(4, "Processor", DecoderForm::Single, Type4Fields);

@@ -71,9 +71,9 @@ constexpr DecoderField Type0Fields[] = {
     StringField(4, "BIOS Version : %s\n"),
     NumberField(5, "BIOS Starting Address Segment : 0x%04X\n"),
     StringField(6, "BIOS Release Date : %s\n"),
-    OwnField(7, RomSizePrint, "BIOS ROM Size : 0x%02X (%d KB)\n"),
+    OwnField(7, RomSizePrint, "BIOS ROM Size : 0x%02X (%d KB)\n", "nd"),
     BitsField(8, "BIOS Characteristics : 0x%llX\n", BiosCharacteristicNames),
-    OwnField(9, ExtensionPrint),
+    OwnField(9, ExtensionPrint, "", ""),
     NumberField(10, "System BIOS Major Release : %02X\n"),
     NumberField(11, "System BIOS Minor Release : %02X\n"),
     NumberField(12, "EC Major Release : %02X\n"),
@@ -148,43 +148,43 @@ constexpr DecoderField Type2Fields[] = {
 
 // Type 3, System Enclosure or Chassis.
 
-constexpr const char* ChassisTypeTexts[] = {"None",
-                                            "Other",
-                                            "Unknown",
-                                            "Desktop",
-                                            "Low Profile Desktop",
-                                            "Pizza Box",
-                                            "Mini Tower",
-                                            "Tower",
-                                            "Portable",
-                                            "LapTop",
-                                            "Notebook",
-                                            "Hand Held",
-                                            "Docking Station",
-                                            "All in One",
-                                            "Sub Noteboot",
-                                            "Space-saving",
-                                            "Lunch Box",
-                                            "Main Server Chassis",
-                                            "Expansion Chassis",
-                                            "Sub Chassis",
-                                            "Bus Expansion Chassis",
-                                            "Peripheral Chassis",
-                                            "RAID Chassis",
-                                            "Rack Mount Chassis",
-                                            "Sealed-case PC",
-                                            "Multi-system Chassis",
-                                            "CompactPCI",
-                                            "AdvancedTCA",
-                                            "Blade",
-                                            "Blade Enclosure"};
+constexpr const char* ChassisTypeLow[] = {"None",
+                                          "Other",
+                                          "Unknown",
+                                          "Desktop",
+                                          "Low Profile Desktop",
+                                          "Pizza Box",
+                                          "Mini Tower",
+                                          "Tower",
+                                          "Portable",
+                                          "LapTop",
+                                          "Notebook",
+                                          "Hand Held",
+                                          "Docking Station",
+                                          "All in One",
+                                          "Sub Noteboot",
+                                          "Space-saving",
+                                          "Lunch Box",
+                                          "Main Server Chassis",
+                                          "Expansion Chassis",
+                                          "Sub Chassis",
+                                          "Bus Expansion Chassis",
+                                          "Peripheral Chassis",
+                                          "RAID Chassis",
+                                          "Rack Mount Chassis",
+                                          "Sealed-case PC",
+                                          "Multi-system Chassis",
+                                          "CompactPCI",
+                                          "AdvancedTCA",
+                                          "Blade",
+                                          "Blade Enclosure"};
 
-constexpr TextRange NewerChassisTypeTexts[] = {
+constexpr TextRange ChassisTypeNewer[] = {
     {0x1E, "Tablet"},      {0x1F, "Convertible"}, {0x20, "Detachable"}, {0x21, "IoT Gateway"},
     {0x22, "Embedded PC"}, {0x23, "Mini PC"},     {0x24, "Stick PC"},
 };
 
-constexpr TextTable ChassisTypes = TextTable(ChassisTypeTexts).With(NewerChassisTypeTexts);
+constexpr TextTable ChassisTypeTexts = TextTable(ChassisTypeLow).With(ChassisTypeNewer);
 
 constexpr const char* ChassisStateTexts[] = {"None",    "Other",    "Unknown",        "Safe",
                                              "Warning", "Critical", "Non-recoverable"};
@@ -194,8 +194,8 @@ constexpr const char* ChassisSecurityTexts[] = {
 
 constexpr std::uint32_t ChassisTypeMask = 0x7F; // bit 7 tells of a lock
 
-void ContainedElementsPrint(const DecoderField&, const FieldValue& value) {
-    RyxPrintf("Contained Elements : ");
+void ContainedElementsPrint(const DecoderField& field, const FieldValue& value) {
+    FixedPrint(field.Format);
     if (value.Bytes.empty()) {
         RyxPrintf("0x00 (0)\n");
     }
@@ -206,7 +206,7 @@ void ContainedElementsPrint(const DecoderField&, const FieldValue& value) {
 
 constexpr DecoderField Type3Fields[] = {
     StringField(3, "Manufacturer : %s\n"),
-    TextField(4, "Type : 0x%02X - %s\n", ChassisTypes, ChassisTypeMask),
+    TextField(4, "Type : 0x%02X - %s\n", ChassisTypeTexts, ChassisTypeMask),
     StringField(5, "Version : %s\n"),
     StringField(6, "Serial Number : %s\n"),
     StringField(7, "Asset Tag : %s\n"),
@@ -219,13 +219,13 @@ constexpr DecoderField Type3Fields[] = {
     NumberField(14, "Number of Power Cords : 0x%02X (%d)\n"),
     NumberField(15, "Contained Element Count : 0x%02X (%d)\n"),
     NumberField(16, "Contained Element Record Length : 0x%02X (%d)\n"),
-    OwnField(17, ContainedElementsPrint),
+    OwnField(17, ContainedElementsPrint, "Contained Elements : ", ""),
     StringField(18, "SKU Number : %s\n"),
 };
 
 } // namespace
 
-constinit const StructDecoder StructDecodeType0(0, "BIOS (Type 00)", DecoderForm::Single, Type0Fields);
-constinit const StructDecoder StructDecodeType1(1, "System (Type 01)", DecoderForm::Single, Type1Fields);
-constinit const StructDecoder StructDecodeType2(2, "Base Board (Type 02)", DecoderForm::Single, Type2Fields);
-constinit const StructDecoder StructDecodeType3(3, "Enclosure/Chassis (Type 03)", DecoderForm::Single, Type3Fields);
+constinit const StructDecoder StructDecodeType0(0, "BIOS", DecoderForm::Single, Type0Fields);
+constinit const StructDecoder StructDecodeType1(1, "System", DecoderForm::Single, Type1Fields);
+constinit const StructDecoder StructDecodeType2(2, "Base Board", DecoderForm::Single, Type2Fields);
+constinit const StructDecoder StructDecodeType3(3, "Enclosure/Chassis", DecoderForm::Single, Type3Fields);

@@ -16,61 +16,6 @@ std::uint32_t FieldOf(const StructPlace& place, std::uint8_t row) {
     return place.Type * RyxFieldsPerType + row;
 }
 
-} // namespace
-
-bool FieldRead(const StructPlace& place, std::uint8_t row, FieldValue* value) {
-    return StructFieldRead(FieldOf(place, row), place.Instance, value) == RyxOk;
-}
-
-void NumberPrint(const DecoderField& field, const FieldValue& value) {
-    if (value.Bytes.size() > sizeof(std::uint32_t)) {
-        const auto number = static_cast<unsigned long long>(value.Number);
-        RyxPrintf(field.Format, number, number, number);
-    } else {
-        const auto number = static_cast<unsigned int>(value.Number);
-        RyxPrintf(field.Format, number, number, number);
-    }
-}
-
-void TextPrint(const DecoderField& field, const FieldValue& value) {
-    RyxPrintf(field.Format, static_cast<unsigned int>(value.Number), TextFind(field.Texts, value.Number & field.Mask));
-}
-
-void TextLinePrint(const DecoderField& field, const FieldValue& value) {
-    NumberPrint(field, value);
-    RyxPrintf(field.Mark, TextFind(field.Texts, value.Number));
-}
-
-void BitsPrint(const DecoderField& field, const FieldValue& value) {
-    NumberPrint(field, value);
-    BitListPrint(value.Number, field.BitNames);
-}
-
-void GroupsPrint(const DecoderField& field, const FieldValue& value) {
-    NumberPrint(field, value);
-    for (const BitGroup& group : field.Groups) {
-        const auto code = static_cast<unsigned int>(value.Number >> group.Shift & group.Mask);
-        if (group.Texts.Low.empty()) {
-            RyxPrintf(group.Format, code);
-        } else {
-            RyxPrintf(group.Format, TextFind(group.Texts, code));
-        }
-    }
-}
-
-void MarkPrint(const DecoderField& field, const FieldValue& value) {
-    NumberPrint(field, value);
-    RyxPrintf(value.Number == field.Special ? field.Mark : "\n");
-}
-
-void BytesPrint(const DecoderField& field, const FieldValue& value) {
-    RyxPrintf(field.Format);
-    for (const std::uint8_t byte : value.Bytes) {
-        RyxPrintf("0x%02X ", byte);
-    }
-    RyxPrintf("\n");
-}
-
 FieldOutcome StringShow(const DecoderField& field, const StructPlace& place) {
     std::string_view text;
     if (StructStringRead(FieldOf(place, field.Row), place.Instance, &text) != RyxOk) {
@@ -87,6 +32,92 @@ FieldOutcome StringShow(const DecoderField& field, const StructPlace& place) {
     for (; !text.empty(); text.remove_prefix(std::min(text.size(), PrintLimit))) {
         RyxPrintf("%.*s", static_cast<int>(std::min(text.size(), PrintLimit)), text.data());
     }
-    RyxPrintf(field.Format + at + 2);
+    FixedPrint(field.Format + at + 2);
     return FieldOutcome::Printed;
+}
+
+void GroupsPrint(std::span<const BitGroup> groups, std::uint64_t value) {
+    for (const BitGroup& group : groups) {
+        const auto code = static_cast<unsigned int>(value >> group.Shift & group.Mask);
+        if (group.Texts.Low.empty()) {
+            RyxPrintf(group.Format, code);
+        } else {
+            RyxPrintf(group.Format, TextFind(group.Texts, code));
+        }
+    }
+}
+
+void BytesPrint(const char* label, std::span<const std::uint8_t> bytes) {
+    FixedPrint(label);
+    for (const std::uint8_t byte : bytes) {
+        RyxPrintf("0x%02X ", byte);
+    }
+    RyxPrintf("\n");
+}
+
+void ValuePrint(const DecoderField& field, const FieldValue& value) {
+    switch (field.Shape) {
+    case FieldShape::Own:
+        field.Print(field, value);
+        return;
+    case FieldShape::Bytes:
+        BytesPrint(field.Format, value.Bytes);
+        return;
+    case FieldShape::Text:
+        RyxPrintf(field.Format, static_cast<unsigned int>(value.Number),
+                  TextFind(field.Texts, value.Number & field.Mask));
+        return;
+    default:
+        NumberPrint(field, value);
+    }
+    switch (field.Shape) {
+    case FieldShape::TextLine:
+        RyxPrintf(field.Mark, TextFind(field.Texts, value.Number));
+        break;
+    case FieldShape::Bits:
+        BitListPrint(value.Number, field.BitNames);
+        break;
+    case FieldShape::Groups:
+        GroupsPrint(field.Groups, value.Number);
+        break;
+    case FieldShape::Mark:
+        FixedPrint(value.Number == field.Special ? field.Mark : "\n");
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace
+
+bool FieldRead(const StructPlace& place, std::uint8_t row, FieldValue* value) {
+    return StructFieldRead(FieldOf(place, row), place.Instance, value) == RyxOk;
+}
+
+FieldOutcome FieldShow(const DecoderField& field, const StructPlace& place) {
+    if (field.Shape == FieldShape::Counted) {
+        return FieldOutcome::Skipped;
+    }
+    if (field.Shape == FieldShape::String) {
+        return StringShow(field, place);
+    }
+    if (field.Show != nullptr) {
+        return field.Show(field, place);
+    }
+    FieldValue value;
+    if (!FieldRead(place, field.Row, &value)) {
+        return FieldOutcome::Unreadable;
+    }
+    ValuePrint(field, value);
+    return FieldOutcome::Printed;
+}
+
+void NumberPrint(const DecoderField& field, const FieldValue& value) {
+    if (value.Bytes.size() > sizeof(std::uint32_t)) {
+        const auto number = static_cast<unsigned long long>(value.Number);
+        RyxPrintf(field.Format, number, number);
+    } else {
+        const auto number = static_cast<unsigned int>(value.Number);
+        RyxPrintf(field.Format, number, number);
+    }
 }

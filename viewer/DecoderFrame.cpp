@@ -13,20 +13,7 @@ constexpr DecoderField HeaderFields[] = {
     NumberField(2, "Handle : 0x%04X (%02d)\n"),
 };
 
-FieldOutcome FieldShow(const DecoderField& field, const StructPlace& place) {
-    if (field.Show != nullptr) {
-        return field.Show(field, place);
-    }
-    if (field.Print == nullptr) {
-        return FieldOutcome::Skipped;
-    }
-    FieldValue value;
-    if (!FieldRead(place, field.Row, &value)) {
-        return FieldOutcome::Unreadable;
-    }
-    field.Print(field, value);
-    return FieldOutcome::Printed;
-}
+static_assert(FieldsFit(0, HeaderFields, TypeRow));
 
 // Shows one structure. True when the whole decoder ends with it.
 bool StructShow(const StructPlace& place, std::span<const DecoderField> fields) {

@@ -2,32 +2,59 @@
 #pragma once
 
 #include "Lib/API/RyxSmbios.h"
+#include "Lib/DmiFieldTable.h"
 #include "viewer/DecoderField.h"
 
 #include <algorithm>
-#include <cstddef>
+#include <bit>
 
 // Which structures of its type a decoder shows: the first one only (unless the whole table is wanted), or those in the
 // viewer's instance range.
 enum class DecoderForm : std::uint8_t { Single, Loop };
 
-// A decoder: the display name of its type, and its fields from number 4 on, whose rows ascend; else it does not
-// compile. The name's characters stand in the record itself: so it has an address that other constant tables can hold.
+// Fields fit their type: they show rows of it behind `last`, in order, strings as strings and numbers in their width.
+// Fields that don't fit don't compile.
+consteval bool FieldsFit(std::uint8_t type, std::span<const DecoderField> fields, std::uint8_t last) {
+    for (const DecoderField& field : fields) {
+        const DmiFieldDescriptor* const row = DmiRowFind(type, field.Row);
+        last = field.Row > last ? field.Row : throw "the rows of a decoder ascend";
+        if (row == nullptr) {
+            throw "a field's row is one of its type's";
+        }
+        if ((row->ValueClass == DmiClass::String) != (field.Shape == FieldShape::String)) {
+            throw "strings are shown as strings, and nothing else is";
+        }
+        const std::uint8_t width = DmiRowWidth(*row);
+        if (field.Widths != AnyWidth && (!std::has_single_bit(width) || (field.Widths & width) == 0)) {
+            throw "a format takes its row's width";
+        }
+        if (width < 8 && field.Special >> 8 * width != 0) {
+            throw "a special value is one that its row can hold";
+        }
+    }
+    return true;
+}
+
+// A decoder: its type, the name that structures of the type are shown under, and the type's fields from number 4 on.
 struct StructDecoder {
-    char Name[44]{};
+    char Name[44]{}; // in the record itself, so that other constant tables can hold its address
     std::uint8_t Type;
     DecoderForm Form;
     std::span<const DecoderField> Fields;
 
-    template <std::size_t N>
-    consteval StructDecoder(std::uint8_t type, const char (&name)[N], DecoderForm form,
-                            std::span<const DecoderField> fields)
+    // The name is completed by the type's number: " (Type NN)".
+    consteval StructDecoder(std::uint8_t type, std::string_view name, DecoderForm form,
+                            std::span<const DecoderField> fields, std::string_view before = " (Type ")
         : Type(type), Form(form), Fields(fields) {
-        std::copy(name, name + N, Name);
-        std::uint8_t last = 2; // the rows of the three fields that every type has
-        for (const DecoderField& field : fields) {
-            last = field.Row > last ? field.Row : throw "the rows of a decoder ascend";
+        constexpr std::uint8_t handleRow = 2; // the last one that every type has
+        FieldsFit(type, fields, handleRow);
+        char* end = std::copy(before.begin(), before.end(), std::copy(name.begin(), name.end(), Name));
+        if (type >= 100) {
+            *end++ = static_cast<char>('0' + type / 100);
         }
+        *end++ = static_cast<char>('0' + type / 10 % 10);
+        *end++ = static_cast<char>('0' + type % 10);
+        *end = ')';
     }
 
     // Tells whether no structure but the first one is shown, whatever the instance range.
@@ -38,12 +65,19 @@ struct StructDecoder {
     RyxStatus operator()() const;
 };
 
-extern const StructDecoder StructDecodeType0, StructDecodeType1, StructDecodeType2, StructDecodeType3,
-    StructDecodeType4, StructDecodeType5, StructDecodeType6, StructDecodeType7, StructDecodeType8, StructDecodeType9,
-    StructDecodeType10, StructDecodeType11, StructDecodeType12, StructDecodeType13, StructDecodeType14,
-    StructDecodeType15, StructDecodeType16, StructDecodeType17, StructDecodeType18, StructDecodeType19,
-    StructDecodeType20, StructDecodeType21, StructDecodeType22, StructDecodeType23, StructDecodeType24,
-    StructDecodeType25, StructDecodeType26, StructDecodeType27, StructDecodeType28, StructDecodeType29,
-    StructDecodeType30, StructDecodeType31, StructDecodeType32, StructDecodeType33, StructDecodeType34,
-    StructDecodeType35, StructDecodeType36, StructDecodeType37, StructDecodeType38, StructDecodeType39,
-    StructDecodeType40, StructDecodeType41, StructDecodeType42, StructDecodeType126, StructDecodeType127;
+// The types that have a decoder, StructDecodeType and the number: the one list that declares and enters them all.
+#define STRUCT_TYPES(EACH)                                                                                             \
+    EACH(0)                                                                                                            \
+    EACH(1)                                                                                                            \
+    EACH(2)                                                                                                            \
+    EACH(3)                                                                                                            \
+    EACH(4)                                                                                                            \
+    EACH(5)                                                                                                            \
+    EACH(6) EACH(7) EACH(8) EACH(9) EACH(10) EACH(11) EACH(12) EACH(13) EACH(14) EACH(15) EACH(16) EACH(17) EACH(18)   \
+        EACH(19) EACH(20) EACH(21) EACH(22) EACH(23) EACH(24) EACH(25) EACH(26) EACH(27) EACH(28) EACH(29) EACH(30)    \
+            EACH(31) EACH(32) EACH(33) EACH(34) EACH(35) EACH(36) EACH(37) EACH(38) EACH(39) EACH(40) EACH(41)         \
+                EACH(42) EACH(126) EACH(127)
+
+#define STRUCT_DECODER_DECLARE(type) extern const StructDecoder StructDecodeType##type;
+STRUCT_TYPES(STRUCT_DECODER_DECLARE)
+#undef STRUCT_DECODER_DECLARE

@@ -40,7 +40,7 @@ constexpr EntryPointLine Lines[] = {
 
 void VersionPrint() {
     if (ViewerSmbiosMajor == 0 && ViewerSmbiosMinor == 0) {
-        RyxPrintf(NotSupplied);
+        FixedPrint(NotSupplied);
     } else {
         RyxPrintf("%d.%d\n", ViewerSmbiosMajor, ViewerSmbiosMinor);
     }
@@ -58,7 +58,7 @@ void FieldPrint(const EntryPointLine& line, const FieldValue& value) {
     switch (line.Shape) {
     case LineShape::Characters:
         if (value.Bytes.empty() || value.Bytes[0] == 0) {
-            RyxPrintf(NotSupplied);
+            FixedPrint(NotSupplied);
         } else {
             EachBytePrint(line.Format, value.Bytes);
         }
@@ -68,7 +68,7 @@ void FieldPrint(const EntryPointLine& line, const FieldValue& value) {
         break;
     default:
         if (number == 0 && line.Shape == LineShape::Number) {
-            RyxPrintf(NotSupplied);
+            FixedPrint(NotSupplied);
         } else {
             RyxPrintf(line.Format, number, number);
         }
@@ -81,14 +81,14 @@ void FieldPrint(const EntryPointLine& line, const FieldValue& value) {
 RyxStatus EntryPointDisplay() {
     RyxPrintf("\nEntry Point Structure(EPS)\n");
     for (const EntryPointLine& line : Lines) {
-        RyxPrintf(line.Label);
+        FixedPrint(line.Label);
         if (line.Shape == LineShape::Version) {
             VersionPrint();
             continue;
         }
         FieldValue value;
         if (const RyxStatus status = EpsFieldRead(line.Field, &value); status != RyxOk) {
-            RyxPrintf(NotSupplied);
+            FixedPrint(NotSupplied);
             return status;
         }
         FieldPrint(line, value);

@@ -2,18 +2,10 @@
 #include "viewer/StructDispatch.h"
 
 constexpr std::array<const StructDecoder*, 128> StructDecoderTable = [] {
-    std::array<const StructDecoder*, 128> table = {
-        &StructDecodeType0,  &StructDecodeType1,  &StructDecodeType2,  &StructDecodeType3,  &StructDecodeType4,
-        &StructDecodeType5,  &StructDecodeType6,  &StructDecodeType7,  &StructDecodeType8,  &StructDecodeType9,
-        &StructDecodeType10, &StructDecodeType11, &StructDecodeType12, &StructDecodeType13, &StructDecodeType14,
-        &StructDecodeType15, &StructDecodeType16, &StructDecodeType17, &StructDecodeType18, &StructDecodeType19,
-        &StructDecodeType20, &StructDecodeType21, &StructDecodeType22, &StructDecodeType23, &StructDecodeType24,
-        &StructDecodeType25, &StructDecodeType26, &StructDecodeType27, &StructDecodeType28, &StructDecodeType29,
-        &StructDecodeType30, &StructDecodeType31, &StructDecodeType32, &StructDecodeType33, &StructDecodeType34,
-        &StructDecodeType35, &StructDecodeType36, &StructDecodeType37, &StructDecodeType38, &StructDecodeType39,
-        &StructDecodeType40, &StructDecodeType41, &StructDecodeType42};
-    table[126] = &StructDecodeType126;
-    table[127] = &StructDecodeType127;
+    std::array<const StructDecoder*, 128> table{};
+#define STRUCT_DECODER_ENTER(type) table[type] = &StructDecodeType##type;
+    STRUCT_TYPES(STRUCT_DECODER_ENTER)
+#undef STRUCT_DECODER_ENTER
     return table;
 }();
 

@@ -91,6 +91,10 @@ RyxStatus SmbiosVersionGet(std::uint8_t* major, std::uint8_t* minor) {
     return RyxOk;
 }
 
+void FixedPrint(const char* text) {
+    RyxPrintf(text, 0); // takes no argument; a compiler has doubts about a format without one
+}
+
 void BitListPrint(std::uint64_t value, const char* const* names) {
     for (int i = 0; names[i] != nullptr; ++i) {
         const int bit = static_cast<int>(value >> (i % 64) & 1);

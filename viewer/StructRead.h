@@ -28,5 +28,8 @@ RyxStatus StructStringRead(std::uint32_t field, std::uint32_t instance, std::str
 // The SMBIOS version from the entry point; an out-parameter keeps its value when its field can't be read.
 RyxStatus SmbiosVersionGet(std::uint8_t* major, std::uint8_t* minor);
 
+// Prints a text without conversions as a format of its own.
+void FixedPrint(const char* text);
+
 // Prints one line per named bit of a value, from bit 0 on; a null entry ends the names.
 void BitListPrint(std::uint64_t value, const char* const* names);

@@ -25,7 +25,8 @@ struct TextRange {
 
 // The texts of a code. Low holds the codes from 0 on. A table with a High part is in two parts: codes from A0h on
 // belong to High, whose first entry is A0h. Codes that neither part holds are looked for in Ranges, and then among the
-// Newer ones: those that the standard has named since the table was made.
+// Newer ones: those that the standard has named since the table was made. XTexts names the table that fields use, and
+// XLow, XHigh, XRanges and XNewer its parts.
 struct TextTable {
     std::span<const char* const> Low;
     std::span<const char* const> High;

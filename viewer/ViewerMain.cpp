@@ -65,7 +65,7 @@ ViewerOutcome SelectionGet(const ArgNode* node, TypeSelection* selection) {
     char texts[3][128];
     for (std::uint32_t i = 0; i < 3; ++i) {
         if (const RyxStatus status = RyxArgParamGet(node, i, texts[i], sizeof texts[i]); status != RyxOk) {
-            RyxPrintf(FetchFailures[i]);
+            FixedPrint(FetchFailures[i]);
             return {ViewerErrorParameter, status};
         }
     }

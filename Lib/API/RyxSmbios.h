@@ -7,10 +7,10 @@
 #include <cstdint>
 
 // Gives the value of a field as a new container that the caller owns; a string value ends in its NUL. Instances count
-// from 1. No such instance: RyxOk and `bin` untouched. Every call takes a fresh copy of the table. A number past the
-// last row of its type stands for a row behind it, one of the next types'.
-// RyxErrorUnsupported: the field is not in this structure; RyxErrorArgument: the type has no rows, none stands there,
-// or no out-parameter; RyxErrorNotFound, RyxErrorBuffer, RyxErrorTableRead: no table; RyxErrorMemory.
+// from 1. No such instance: RyxOk and `bin` untouched. Every call takes a fresh copy of the table. A row number past
+// the type's last row addresses a row of a type that follows. RyxErrorUnsupported: the field is not in this structure;
+// RyxErrorArgument: the type has no rows, none stands there, or no out-parameter; RyxErrorNotFound, RyxErrorBuffer,
+// RyxErrorTableRead: no table; RyxErrorMemory.
 RyxStatus RyxSmbiosDataGet(std::uint32_t field, std::uint32_t instance, RyxBin** bin);
 
 // Tells whether the user wants the whole table (see RyxLibInit): then every structure counts, whatever its handle and

@@ -2,7 +2,7 @@
 #include "Lib/Common/DmiParser.h"
 
 #include "Lib/Common/Bin.h"
-#include "Lib/Common/DmiFieldTable.h"
+#include "Lib/DmiFieldTable.h"
 #include "Lib/RyxNumbers.h"
 
 #include <algorithm>
@@ -25,7 +25,8 @@ struct Extent {
     std::uint32_t Length;
 };
 
-// Where a rule takes a value's extent from; false when a count that it needs lies past the table.
+// A rule computes what it does not find in `extent`, which holds the row's own offset and width. False when a count
+// that it needs lies past the table.
 using ExtentRule = bool (*)(const DmiStruct& structure, Extent* extent);
 
 // A computed offset is one byte wide.
@@ -44,18 +45,21 @@ bool ProductGet(const DmiStruct& structure, std::uint32_t offset, std::uint32_t*
     return true;
 }
 
-// A list of words whose count stands at `offset`.
-bool WordListLength(const DmiStruct& structure, std::uint32_t offset, std::uint32_t* length) {
+bool HandleList(const DmiStruct& structure, Extent* extent) {
     std::uint8_t count = 0;
-    if (!structure.ByteGet(offset, &count)) {
+    if (!structure.ByteGet(14, &count)) {
         return false;
     }
-    *length = 2U * count;
+    extent->Length = 2U * count;
     return true;
 }
 
-bool CharacteristicsExtension(const DmiStruct&, Extent* extent) {
-    extent->Length = 2;
+bool BehindHandleList(const DmiStruct& structure, Extent* extent) {
+    Extent list{};
+    if (!HandleList(structure, &list)) {
+        return false;
+    }
+    extent->Offset = OffsetOf(15 + list.Length);
     return true;
 }
 
@@ -63,7 +67,6 @@ bool ContainedElements(const DmiStruct& structure, Extent* extent) {
     return ProductGet(structure, 19, &extent->Length);
 }
 
-// The string number of the chassis SKU stands behind the contained elements.
 bool ChassisSku(const DmiStruct& structure, Extent* extent) {
     std::uint32_t elements = 0;
     if (!ProductGet(structure, 19, &elements)) {
@@ -71,20 +74,6 @@ bool ChassisSku(const DmiStruct& structure, Extent* extent) {
     }
     extent->Offset = OffsetOf(21 + elements);
     return true;
-}
-
-// The enabled error correction stands behind the memory module handles.
-bool EnabledErrorCorrection(const DmiStruct& structure, Extent* extent) {
-    std::uint32_t handles = 0;
-    if (!WordListLength(structure, 14, &handles)) {
-        return false;
-    }
-    *extent = {OffsetOf(15 + handles), 1};
-    return true;
-}
-
-bool HandleListAt15(const DmiStruct& structure, Extent* extent) {
-    return WordListLength(structure, 14, &extent->Length);
 }
 
 bool EventLogDescriptors(const DmiStruct& structure, Extent* extent) {
@@ -96,28 +85,20 @@ bool BootStatus(const DmiStruct& structure, Extent* extent) {
     return true;
 }
 
-// Byte `entryByte` of the last entry in a memory channel's device list.
-bool LastMemoryDevice(const DmiStruct& structure, std::uint32_t entryByte, std::uint32_t length, Extent* extent) {
+// The last entry of a memory channel's device list: its first byte.
+bool LastDeviceLoad(const DmiStruct& structure, Extent* extent) {
     std::uint8_t count = 0;
     if (!structure.ByteGet(6, &count)) {
         return false;
     }
-    *extent = {OffsetOf(7 + entryByte + 3U * (count - 1U)), length};
+    extent->Offset = OffsetOf(7 + 3U * (count - 1U));
     return true;
 }
 
-bool LastMemoryDeviceLoad(const DmiStruct& structure, Extent* extent) {
-    return LastMemoryDevice(structure, 0, 1, extent);
-}
-
-bool LastMemoryDeviceHandle(const DmiStruct& structure, Extent* extent) {
-    return LastMemoryDevice(structure, 1, 2, extent);
-}
-
-// The fixed part of the first entry, with a value of one byte.
-bool AdditionalInformation(const DmiStruct&, Extent* extent) {
-    extent->Length = 6;
-    return true;
+bool LastDeviceHandle(const DmiStruct& structure, Extent* extent) {
+    const bool found = LastDeviceLoad(structure, extent);
+    extent->Offset = OffsetOf(extent->Offset + 1);
+    return found;
 }
 
 bool HostInterfaceData(const DmiStruct& structure, Extent* extent) {
@@ -130,59 +111,16 @@ bool HostInterfaceData(const DmiStruct& structure, Extent* extent) {
     return true;
 }
 
-// The rows whose extent a rule computes, by type and name.
-struct RuleRow {
-    std::uint8_t Type;
-    const char* Name;
-    ExtentRule Rule;
+// By DmiRule; null for those that are nothing but a width.
+constexpr ExtentRule ExtentRules[] = {
+    nullptr,          nullptr,           nullptr,          HandleList,
+    BehindHandleList, ContainedElements, ChassisSku,       EventLogDescriptors,
+    BootStatus,       LastDeviceLoad,    LastDeviceHandle, HostInterfaceData,
 };
 
-constexpr RuleRow RuleRows[] = {
-    {0, "BIOS Characteristics Extension", CharacteristicsExtension},
-    {2, "Contained Object Handles", HandleListAt15},
-    {3, "Contained Elements", ContainedElements},
-    {3, "SKU Number", ChassisSku},
-    {5, "Memory Module Configuration Handles", HandleListAt15},
-    {5, "Enabled Error Correcting Capabilities", EnabledErrorCorrection},
-    {15, "List of Supported Event Log Type Descriptors", EventLogDescriptors},
-    {32, "Boot Status", BootStatus},
-    {37, "Memory Device Load", LastMemoryDeviceLoad},
-    {37, "Memory Device Handle", LastMemoryDeviceHandle},
-    {40, "Additional Information entries", AdditionalInformation},
-    {42, "MC Host Interface Data", HostInterfaceData},
-};
-
-// The types that have rules, one bit each: most fields are known by it to have none.
-constexpr std::uint64_t RuleTypes = [] {
-    std::uint64_t types = 0;
-    for (const RuleRow& rule : RuleRows) {
-        types |= std::uint64_t{1} << rule.Type;
-    }
-    return types;
-}();
-
-ExtentRule RuleFind(const DmiFieldDescriptor& row) {
-    if (row.Type >= 64 || (RuleTypes >> row.Type & 1) == 0) {
-        return nullptr;
-    }
-    for (const RuleRow& rule : RuleRows) {
-        if (rule.Type == row.Type && std::strcmp(rule.Name, row.Name) == 0) {
-            return rule.Rule;
-        }
-    }
-    return nullptr;
-}
-
-// The length of a kind before any rule; false for a kind that does not exist.
-bool KindLength(DmiKind kind, std::uint32_t* length) {
-    constexpr std::uint8_t lengths[] = {1, 1, 6, 15, 16, 2, 0, 4, 8, 0};
-    const auto code = static_cast<std::size_t>(kind);
-    if (code >= std::size(lengths)) {
-        return false;
-    }
-    *length = lengths[code];
-    return true;
-}
+static_assert(std::ranges::all_of(DmiFieldTable, [](const DmiFieldDescriptor& row) {
+    return static_cast<std::size_t>(row.Rule) < std::size(ExtentRules);
+}));
 
 // From a structure's string set on to the table's end.
 std::string_view SetOf(const DmiStruct& structure) {
@@ -313,11 +251,9 @@ RyxStatus DmiStructFieldGet(const DmiStruct& structure, std::uint16_t descriptor
     if (row.MinVersion > structure.SmbiosVersion() || structure.FormattedLength() <= row.Offset) {
         return RyxErrorUnsupported;
     }
-    Extent extent{row.Offset, 0};
-    if (!KindLength(row.Kind, &extent.Length)) {
-        return RyxErrorUnsupported;
-    }
-    if (const ExtentRule rule = RuleFind(row); rule != nullptr && !rule(structure, &extent)) {
+    Extent extent{row.Offset, DmiRowWidth(row)};
+    const ExtentRule rule = ExtentRules[static_cast<std::size_t>(row.Rule)];
+    if (rule != nullptr && !rule(structure, &extent)) {
         return RyxErrorUnsupported;
     }
     if (row.ValueClass == DmiClass::String) {

@@ -1,8 +1,8 @@
 // The structure walk, strings and fields on tables written out by hand, the field table, and value containers.
 #include "Lib/API/RyxBin.h"
 #include "Lib/API/RyxSmbios.h"
-#include "Lib/Common/DmiFieldTable.h"
 #include "Lib/Common/DmiParser.h"
+#include "Lib/DmiFieldTable.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,11 +1,65 @@
-// The field-descriptor table: 452 rows, each type's contiguous and in the order of its fields.
-#include "Lib/Common/DmiFieldTable.h"
+// The field table: where every field of every known structure type lies. The library reads by it, and tools are checked
+// against it when they are compiled.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+// Width codes. The variable kinds take their length, and some their position, from a rule of their row; without one a
+// VariableOne field has one byte and the others none.
+enum class DmiKind : std::uint8_t {
+    Byte1 = 0,
+    VariableOne = 1,
+    Byte6 = 2,
+    Byte15 = 3,
+    Byte16 = 4,
+    Byte2 = 5,
+    Variable = 6,
+    Byte4 = 7,
+    Byte8 = 8,
+    VariableLong = 9,
+};
+
+// What a value is. Only String changes how a field is read.
+enum class DmiClass : std::uint8_t { Plain = 0, String = 1, Enumerated = 2, BitField = 3, ReservedArea = 4 };
+
+// What computes where a value lies, for rows that other bytes of the structure or a length of their own decide on.
+enum class DmiRule : std::uint8_t {
+    None,
+    TwoBytes,
+    SixBytes,
+    HandleList,          // words, as many as byte 14 says
+    BehindHandleList,    // the byte behind such a list
+    ContainedElements,   // byte 19 x byte 20
+    ChassisSku,          // the string number behind those elements
+    EventLogDescriptors, // byte 21 x byte 22
+    BootStatus,          // to the end of the formatted area
+    LastDeviceLoad,      // the byte of the last of the devices that byte 6 counts
+    LastDeviceHandle,    // the word behind that byte
+    HostInterfaceData,   // by the interface type in byte 4
+};
+
+struct DmiFieldDescriptor {
+    std::uint8_t Type;       // structure type
+    std::uint8_t Offset;     // offset in the structure; of a string, of its string number
+    std::uint8_t MinVersion; // lowest SMBIOS version, major x 10 + minor
+    const char* Name;
+    DmiKind Kind;
+    DmiClass ValueClass;
+    DmiRule Rule = DmiRule::None;
+};
+
+constexpr std::size_t DmiFieldCount = 452;
+
+namespace DmiColumns { // where the rows name the values of their columns
 
 using enum DmiKind;
 using enum DmiClass;
+using enum DmiRule;
 
-// Columns: type, offset, lowest SMBIOS version, name, kind, class of the value.
-constexpr std::array<DmiFieldDescriptor, DmiFieldCount> DmiFieldTable = {{
+// Columns: type, offset, lowest SMBIOS version, name, kind, class of the value, rule.
+inline constexpr std::array<DmiFieldDescriptor, DmiFieldCount> DmiFieldTable = {{
     {0, 0, 21, "Type", Byte1, Plain},
     {0, 1, 21, "Length", Byte1, Plain},
     {0, 2, 21, "Handle", Byte2, Plain},
@@ -15,7 +69,7 @@ constexpr std::array<DmiFieldDescriptor, DmiFieldCount> DmiFieldTable = {{
     {0, 8, 21, "BIOS Release Date", Byte1, String},
     {0, 9, 21, "BIOS ROM Size", Byte1, Plain},
     {0, 10, 21, "BIOS Characteristics", Byte8, BitField},
-    {0, 18, 21, "BIOS Characteristics Extension", Variable, BitField},
+    {0, 18, 21, "BIOS Characteristics Extension", Variable, BitField, TwoBytes},
     {0, 20, 21, "System BIOS Major Release", Byte1, Plain},
     {0, 21, 21, "System BIOS Minor Release", Byte1, Plain},
     {0, 22, 21, "Embedded Controller Firmware Major Release", Byte1, Plain},
@@ -44,7 +98,7 @@ constexpr std::array<DmiFieldDescriptor, DmiFieldCount> DmiFieldTable = {{
     {2, 11, 24, "Chassis Handle", Byte2, Plain},
     {2, 13, 24, "Board Type", Byte1, Enumerated},
     {2, 14, 24, "Number of Contained Object Handles", Byte1, Plain},
-    {2, 15, 24, "Contained Object Handles", Variable, Plain},
+    {2, 15, 24, "Contained Object Handles", Variable, Plain, HandleList},
     {3, 0, 20, "Type", Byte1, Plain},
     {3, 1, 20, "Length", Byte1, Plain},
     {3, 2, 20, "Handle", Byte2, Plain},
@@ -62,8 +116,8 @@ constexpr std::array<DmiFieldDescriptor, DmiFieldCount> DmiFieldTable = {{
     {3, 18, 23, "Number of Power Cords", Byte1, Plain},
     {3, 19, 23, "Contained Element Count", Byte1, Plain},
     {3, 20, 23, "Contained Element Record Length", Byte1, Plain},
-    {3, 21, 23, "Contained Elements", VariableLong, Plain},
-    {3, 21, 27, "SKU Number", Byte1, String},
+    {3, 21, 23, "Contained Elements", VariableLong, Plain, ContainedElements},
+    {3, 21, 27, "SKU Number", Byte1, String, ChassisSku},
     {4, 0, 20, "Type", Byte1, Plain},
     {4, 1, 20, "Length", Byte1, Plain},
     {4, 2, 20, "Handle", Byte2, Plain},
@@ -102,8 +156,8 @@ constexpr std::array<DmiFieldDescriptor, DmiFieldCount> DmiFieldTable = {{
     {5, 11, 20, "Supported Memory Types", Byte2, BitField},
     {5, 13, 20, "Memory Module Voltage", Byte1, BitField},
     {5, 14, 20, "Number of Associated Memory Slots", Byte1, Plain},
-    {5, 15, 20, "Memory Module Configuration Handles", Variable, Plain},
-    {5, 15, 21, "Enabled Error Correcting Capabilities", VariableOne, BitField},
+    {5, 15, 20, "Memory Module Configuration Handles", Variable, Plain, HandleList},
+    {5, 15, 21, "Enabled Error Correcting Capabilities", VariableOne, BitField, BehindHandleList},
     {6, 0, 20, "Type", Byte1, Plain},
     {6, 1, 20, "Length", Byte1, Plain},
     {6, 2, 20, "Handle", Byte2, Plain},
@@ -188,7 +242,7 @@ constexpr std::array<DmiFieldDescriptor, DmiFieldCount> DmiFieldTable = {{
     {15, 20, 21, "Log Header Format", Byte1, Enumerated},
     {15, 21, 21, "Number of Supported Log Type Descriptors", Byte1, Plain},
     {15, 22, 21, "Length of each Log Type Descriptor", Byte1, Plain},
-    {15, 23, 21, "List of Supported Event Log Type Descriptors", Variable, Plain},
+    {15, 23, 21, "List of Supported Event Log Type Descriptors", Variable, Plain, EventLogDescriptors},
     {16, 0, 21, "Type", Byte1, Plain},
     {16, 1, 21, "Length", Byte1, Plain},
     {16, 2, 21, "Handle", Byte2, Plain},
@@ -363,7 +417,7 @@ constexpr std::array<DmiFieldDescriptor, DmiFieldCount> DmiFieldTable = {{
     {32, 1, 23, "Length", Byte1, Plain},
     {32, 2, 23, "Handle", Byte2, Plain},
     {32, 4, 23, "Reserved", Byte6, ReservedArea},
-    {32, 10, 23, "Boot Status", VariableLong, Plain},
+    {32, 10, 23, "Boot Status", VariableLong, Plain, BootStatus},
     {33, 0, 23, "Type", Byte1, Plain},
     {33, 1, 23, "Length", Byte1, Plain},
     {33, 2, 23, "Handle", Byte2, Plain},
@@ -405,8 +459,8 @@ constexpr std::array<DmiFieldDescriptor, DmiFieldCount> DmiFieldTable = {{
     {37, 6, 23, "Memory Device Count", Byte1, Plain},
     {37, 7, 23, "Memory1 Device Load", Byte1, Plain},
     {37, 8, 23, "Memory Device1 Handle", Byte2, Plain},
-    {37, 10, 23, "Memory Device Load", VariableOne, Plain},
-    {37, 12, 23, "Memory Device Handle", Variable, Plain},
+    {37, 10, 23, "Memory Device Load", VariableOne, Plain, LastDeviceLoad},
+    {37, 12, 23, "Memory Device Handle", Variable, Plain, LastDeviceHandle},
     {38, 0, 23, "Type", Byte1, Plain},
     {38, 1, 23, "Length", Byte1, Plain},
     {38, 2, 23, "Handle", Byte2, Plain},
@@ -437,7 +491,7 @@ constexpr std::array<DmiFieldDescriptor, DmiFieldCount> DmiFieldTable = {{
     {40, 1, 26, "Length", Byte1, Plain},
     {40, 2, 26, "Handle", Byte2, Plain},
     {40, 4, 26, "Number of Additional Information entries", Byte1, Plain},
-    {40, 5, 26, "Additional Information entries", Variable, Plain},
+    {40, 5, 26, "Additional Information entries", Variable, Plain, SixBytes},
     {41, 0, 26, "Type", Byte1, Plain},
     {41, 1, 26, "Length", Byte1, Plain},
     {41, 2, 26, "Handle", Byte2, Plain},
@@ -451,7 +505,7 @@ constexpr std::array<DmiFieldDescriptor, DmiFieldCount> DmiFieldTable = {{
     {42, 1, 27, "Length", Byte1, Plain},
     {42, 2, 27, "Handle", Byte2, Plain},
     {42, 4, 27, "Interface Type", Byte1, Enumerated},
-    {42, 5, 27, "MC Host Interface Data", VariableOne, Plain},
+    {42, 5, 27, "MC Host Interface Data", VariableOne, Plain, HostInterfaceData},
     {126, 0, 22, "Type", Byte1, Plain},
     {126, 1, 22, "Length", Byte1, Plain},
     {126, 2, 22, "Handle", Byte2, Plain},
@@ -460,7 +514,13 @@ constexpr std::array<DmiFieldDescriptor, DmiFieldCount> DmiFieldTable = {{
     {127, 2, 22, "Handle", Byte2, Plain},
 }};
 
-constexpr std::array<std::uint16_t, 256> DmiFirstRows = [] {
+} // namespace DmiColumns
+
+// Each type's rows are contiguous and in the order of its fields.
+using DmiColumns::DmiFieldTable;
+
+// The first row of every type; DmiFieldCount for a type without rows.
+inline constexpr std::array<std::uint16_t, 256> DmiFirstRows = [] {
     std::array<std::uint16_t, 256> first{};
     first.fill(DmiFieldCount);
     for (std::size_t row = DmiFieldCount; row-- > 0;) {
@@ -468,3 +528,25 @@ constexpr std::array<std::uint16_t, 256> DmiFirstRows = [] {
     }
     return first;
 }();
+
+// A row among those of its type, counted from 0; null when the type has none of that number.
+constexpr const DmiFieldDescriptor* DmiRowFind(std::uint8_t type, std::uint32_t row) {
+    const std::size_t index = DmiFirstRows[type] + std::size_t{row};
+    return index < DmiFieldCount && DmiFieldTable[index].Type == type ? &DmiFieldTable[index] : nullptr;
+}
+
+// The bytes of a row's value; 0 where only the structure tells.
+constexpr std::uint8_t DmiRowWidth(const DmiFieldDescriptor& row) {
+    constexpr std::uint8_t kinds[] = {1, 1, 6, 15, 16, 2, 0, 4, 8, 0};
+    switch (row.Rule) {
+    case DmiRule::TwoBytes:
+    case DmiRule::LastDeviceHandle:
+        return 2;
+    case DmiRule::SixBytes:
+        return 6;
+    case DmiRule::HostInterfaceData:
+        return 0;
+    default:
+        return kinds[static_cast<std::size_t>(row.Kind)];
+    }
+}
