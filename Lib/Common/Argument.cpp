@@ -14,6 +14,7 @@
 namespace {
 
 constexpr std::size_t LineLimit = 1023;
+constexpr std::uint32_t ArgumentStringLimit = 256;
 constexpr char DefaultResponseFile[] = "default.rsp";
 
 struct ArgumentState {
@@ -109,6 +110,11 @@ bool IsNegativeNumber(const char* text) {
     return text[0] == '-' && text[1] != '\0' && text[std::strspn(text + 1, "0123456789") + 1] == '\0';
 }
 
+// Appends a zeroed command node; null without memory.
+ArgNode* ArgumentCommandNodeAdd() {
+    return ArgNodeAppend(&State.Commands, ArgNodeCommand);
+}
+
 // Makes the command nodes of the collected strings. `secondPrefix` begins a command beside '-'.
 RyxStatus NodesBuild(char secondPrefix) {
     ArgNode* command = nullptr;
@@ -162,10 +168,6 @@ RyxStatus ArgumentCollect() {
 
 ArgNode* ArgumentCommandsGet() {
     return State.Commands.Head;
-}
-
-ArgNode* ArgumentCommandNodeAdd() {
-    return ArgNodeAppend(&State.Commands, ArgNodeCommand);
 }
 
 ArgNode* ArgumentParamNodeAdd(ArgNode* command) {

@@ -6,20 +6,14 @@
 
 #include <cstdint>
 
-// More argument strings than this fail the collection.
-constexpr std::uint32_t ArgumentStringLimit = 256;
-
 // Collects the command line, once; every later call gives the first one's status. RyxErrorNotFound: a response file
 // can't be read, or an argument stands before any command; RyxErrorArgument: a response file has an open quote, or the
-// argument array holds a null; RyxErrorMemory: no memory, or more than ArgumentStringLimit strings. After a failure no
+// argument array holds a null; RyxErrorMemory: no memory, or more than 256 strings. After a failure no
 // command counts as given.
 RyxStatus ArgumentCollect();
 
 // The given commands in command-line order; the nodes are the library's.
 ArgNode* ArgumentCommandsGet();
-
-// Appends a zeroed command node; null without memory.
-ArgNode* ArgumentCommandNodeAdd();
 
 // Appends a zeroed parameter node to a command; null without a command or memory.
 ArgNode* ArgumentParamNodeAdd(ArgNode* command);

@@ -19,6 +19,10 @@ constexpr std::uint32_t VariablesBufferSize = 8200;
 constexpr std::uint32_t VariablesHeaderOffset = 8;
 constexpr std::uint32_t HeaderSize = sizeof(FirmwareRequestHeader);
 
+// Firmware commands.
+constexpr std::uint64_t FirmwareCommandPlatformInfo = 0x10000;
+constexpr std::uint64_t FirmwareCommandPlatformDetail = 0x12900;
+
 // Fields of the platform information.
 constexpr std::size_t InfoValues = 8;
 constexpr std::size_t InfoBufferSize = 48;

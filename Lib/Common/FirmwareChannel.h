@@ -26,10 +26,6 @@ constexpr FlashMethodOption FlashMethodOptions[] = {{FlashMethodVariables, RyxOp
                                                     {FlashMethodOther, RyxOptionMethodOther},
                                                     {FlashMethodBuffer, RyxOptionMethodBuffer}};
 
-// Firmware commands that the library itself sends.
-constexpr std::uint64_t FirmwareCommandPlatformInfo = 0x10000;
-constexpr std::uint64_t FirmwareCommandPlatformDetail = 0x12900;
-
 // The status of a request that the firmware has not answered.
 constexpr std::uint64_t FirmwareStatusPending = 255;
 
