@@ -1,5 +1,5 @@
-// Fields of a processor that fit their rows. MISTAKE, from 1 on, is the number of one that is made not to: then this does
-// not compile.
+// Fields of a processor that fit their rows. MISTAKE, from 1 on, is the number of one that is made not to: then this
+// does not compile.
 #include "viewer/Decoders.h"
 
 namespace {
