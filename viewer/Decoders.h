@@ -66,17 +66,13 @@ struct StructDecoder {
 };
 
 // The types that have a decoder, StructDecodeType and the number: the one list that declares and enters them all.
-#define STRUCT_TYPES(EACH)                                                                                             \
-    EACH(0)                                                                                                            \
-    EACH(1)                                                                                                            \
-    EACH(2)                                                                                                            \
-    EACH(3)                                                                                                            \
-    EACH(4)                                                                                                            \
-    EACH(5)                                                                                                            \
-    EACH(6) EACH(7) EACH(8) EACH(9) EACH(10) EACH(11) EACH(12) EACH(13) EACH(14) EACH(15) EACH(16) EACH(17) EACH(18)   \
-        EACH(19) EACH(20) EACH(21) EACH(22) EACH(23) EACH(24) EACH(25) EACH(26) EACH(27) EACH(28) EACH(29) EACH(30)    \
-            EACH(31) EACH(32) EACH(33) EACH(34) EACH(35) EACH(36) EACH(37) EACH(38) EACH(39) EACH(40) EACH(41)         \
-                EACH(42) EACH(126) EACH(127)
+// clang-format off
+#define STRUCT_TYPES(EACH) \
+    EACH(0) EACH(1) EACH(2) EACH(3) EACH(4) EACH(5) EACH(6) EACH(7) EACH(8) EACH(9) EACH(10) EACH(11) EACH(12) \
+    EACH(13) EACH(14) EACH(15) EACH(16) EACH(17) EACH(18) EACH(19) EACH(20) EACH(21) EACH(22) EACH(23) EACH(24) \
+    EACH(25) EACH(26) EACH(27) EACH(28) EACH(29) EACH(30) EACH(31) EACH(32) EACH(33) EACH(34) EACH(35) EACH(36) \
+    EACH(37) EACH(38) EACH(39) EACH(40) EACH(41) EACH(42) EACH(126) EACH(127)
+// clang-format on
 
 #define STRUCT_DECODER_DECLARE(type) extern const StructDecoder StructDecodeType##type;
 STRUCT_TYPES(STRUCT_DECODER_DECLARE)
