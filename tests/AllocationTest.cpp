@@ -1,4 +1,4 @@
-// Memory that runs out: each allocation whose failure the product looks at, failing once.
+// Memory that runs out: each allocation whose failure the product looks at, failing once or from then on.
 #include "Lib/API/RyxArg.h"
 #include "Lib/API/RyxBin.h"
 #include "Lib/API/RyxOption.h"
@@ -11,30 +11,33 @@
 #include "Lib/Common/DriverLoad.h"
 #include "Lib/Platform/Flash4kBufferAllocate.h"
 #include "machine/model/AcpiBuilder.h"
-#include "machine/windows/MachineSet.h"
 #include "tests/Support.h"
+#include "tests/Sweep.h"
 #include "tests/ToolRun.h"
 #include "viewer/StructRead.h"
-#include "viewer/ViewerMain.h"
 
 #include <gtest/gtest.h>
 #include <new>
 #include <set>
-#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
 std::uint64_t Allocations = 0; // since the last AllocationFail
 std::uint64_t Failing = 0;     // the number of the one that fails; 0: none
+bool FailingStays = false;     // as do all after it
 
-void AllocationFail(std::uint64_t number) {
+void AllocationFail(std::uint64_t number, bool stays = false) {
     Allocations = 0;
     Failing = number;
+    FailingStays = stays;
 }
 
 // Gets the block by the plain operator, so that the operator that releases it matches.
 void* Allocate(void* (*plain)(std::size_t), std::size_t size) noexcept {
-    if (++Allocations == Failing) {
+    if (++Allocations == Failing || (FailingStays && Allocations > Failing)) {
         return nullptr;
     }
     try {
@@ -58,7 +61,7 @@ namespace {
 
 using StandIn::AcpiBuilder;
 using StandIn::Machine;
-using Statuses = std::vector<RyxStatus>;
+using Statuses = std::set<RyxStatus>;
 
 Machine TableMachine(bool legacy, std::size_t stringLength = 1) {
     StandIn::SmbiosBuilder table;
@@ -82,17 +85,22 @@ Machine RootTableMachine(bool registry) {
     return machine;
 }
 
-// What an operation answers on a machine with its first allocation failing, its second, and so on, until none is left
-// to fail; that last answer is the undisturbed one.
+// What an operation answers on a machine when one of its allocations fails, whichever it is. With none left to fail it
+// has to succeed.
 Statuses Answers(const Machine& machine, const std::function<RyxStatus()>& operation) {
     Statuses answers;
+    RyxStatus last = RyxOk;
     for (std::uint64_t failing = 1; failing == 1 || Allocations + 1 >= failing; ++failing) {
         StartOver(machine);
         EXPECT_EQ(DriverRequest(DriverLoad), RyxOk);
         AllocationFail(failing);
-        Captured([&] { answers.push_back(operation()); });
+        Captured([&] { last = operation(); });
         Failing = 0;
+        if (Allocations >= failing) {
+            answers.insert(last);
+        }
     }
+    EXPECT_EQ(last, RyxOk);
     return answers;
 }
 
@@ -130,33 +138,32 @@ RyxStatus BufferAllocate() {
     return Flash4kBufferAllocate(10, false, &buffer);
 }
 
-TEST(Allocations, HaveTheirStatusOneByOne) {
+TEST(Allocations, HaveTheirStatus) {
     constexpr RyxStatus memory = RyxErrorMemory;
     constexpr RyxStatus buffer = RyxErrorBuffer;
     constexpr RyxStatus unread = RyxErrorUnsupported;
     const Machine legacy = TableMachine(true);
-    EXPECT_EQ(Answers(legacy, CommandsRegister), (Statuses{memory, memory, RyxOk}));
-    EXPECT_EQ(Answers(legacy, BufferAllocate), (Statuses{memory, RyxOk}));
-    // Between the table's copy and the value come the blocks that remember the walk, which can do without.
-    EXPECT_EQ(Answers(legacy, FieldGet), (Statuses{RyxErrorNotFound, buffer, RyxOk, RyxOk, memory, RyxOk}));
-    EXPECT_EQ(Answers(legacy, FieldKeep), (Statuses{unread, unread, RyxOk, RyxOk, unread, memory, RyxOk}));
-    EXPECT_EQ(Answers(TableMachine(false), TableRead), (Statuses{RyxErrorNotFound, RyxOk}));
-    EXPECT_EQ(Answers(TableMachine(false, 0x10000), TableRead), (Statuses{RyxErrorNotFound, RyxErrorNotFound, RyxOk}));
+    EXPECT_EQ(Answers(legacy, CommandsRegister), Statuses{memory});
+    EXPECT_EQ(Answers(legacy, BufferAllocate), Statuses{memory});
+    // A walk does without the memory to remember it by.
+    EXPECT_EQ(Answers(legacy, FieldGet), (Statuses{RyxErrorNotFound, buffer, memory, RyxOk}));
+    EXPECT_EQ(Answers(legacy, FieldKeep), (Statuses{unread, memory, RyxOk}));
+    EXPECT_EQ(Answers(TableMachine(false), TableRead), Statuses{RyxErrorNotFound});
+    EXPECT_EQ(Answers(TableMachine(false, 0x10000), TableRead), Statuses{RyxErrorNotFound});
     // A registry copy that there is no memory for leaves the ways behind it; there, memory that is missing ends the
     // search, except for what the driver can find as well.
-    EXPECT_EQ(Answers(RootTableMachine(true), RootTableGet), (Statuses{RyxErrorRootTable, buffer, RyxOk}));
-    EXPECT_EQ(Answers(RootTableMachine(false), RootTableGet),
-              (Statuses{buffer, RyxErrorRootTable, RyxOk, buffer, RyxOk}));
-    // The last one that fails is the DSDT's copy, which only the sleep states need.
-    EXPECT_EQ(Answers(legacy, AcpiDataCollect), (Statuses{buffer, buffer, buffer, RyxOk, RyxOk}));
+    EXPECT_EQ(Answers(RootTableMachine(true), RootTableGet), (Statuses{RyxErrorRootTable, buffer}));
+    EXPECT_EQ(Answers(RootTableMachine(false), RootTableGet), (Statuses{buffer, RyxErrorRootTable, RyxOk}));
+    // Without a copy of the DSDT only the sleep states are missing.
+    EXPECT_EQ(Answers(legacy, AcpiDataCollect), (Statuses{buffer, RyxOk}));
 }
 
-// A response file: its block, four strings, and four nodes.
+// A response file: an option that there is no memory for is an error, or is left out.
 TEST(Allocations, OfTheCommandLine) {
     const TemporaryFolder folder;
     ArgumentVector file({"Quarrinet", "@" + folder.Write("args.rsp", std::string("/a b \"c\" d"))});
-    std::vector<std::string> collected;
-    const Statuses answers = Answers(TableMachine(true), [&] {
+    std::set<std::pair<RyxStatus, std::string>> collected;
+    Answers(TableMachine(true), [&] {
         RyxArgsSet(file.Count(), file.Data());
         const RyxStatus status = ArgumentCollect();
         std::string text;
@@ -164,14 +171,13 @@ TEST(Allocations, OfTheCommandLine) {
              node = node->Params != nullptr ? node->Params : node->Next) {
             text += node->Text;
         }
-        collected.push_back(text);
+        collected.emplace(status, text);
         return status;
     });
     constexpr RyxStatus memory = RyxErrorMemory;
     constexpr RyxStatus none = RyxErrorNotFound;
-    EXPECT_EQ(answers, (Statuses{none, none, RyxOk, memory, RyxOk, memory, memory, memory, memory, RyxOk}));
-
-    EXPECT_EQ(collected, (std::vector<std::string>{"", "", "acd", "", "abc", "", "", "", "", "abcd"}));
+    EXPECT_EQ(collected,
+              (decltype(collected){{none, ""}, {memory, ""}, {RyxOk, "acd"}, {RyxOk, "abc"}, {RyxOk, "abcd"}}));
 
     ArgumentVector type({"Quarrinet", "/type"});
     const auto defaultAdd = [&] {
@@ -179,38 +185,47 @@ TEST(Allocations, OfTheCommandLine) {
         RyxArgCommandRegister("type", "", "%d=99", "");
         return RyxArgSyntaxProcess(1, 0, nullptr);
     };
-    EXPECT_EQ(Answers(TableMachine(true), defaultAdd), (Statuses{none, none, none, memory, memory, RyxOk}));
+    EXPECT_EQ(Answers(TableMachine(true), defaultAdd), (Statuses{none, memory}));
 }
 
-// Whole runs: how they end, what they say about it, and that nothing stays behind that an undisturbed run takes away.
+// A sweep of all allocations, of which one fails or, when it stays, all from one on.
+void AllocationsSweep(bool legacy, bool stays, std::set<std::string>* endings) {
+    Sweep sweep{
+        std::string(legacy ? "legacy road" : "firmware road") + (stays ? ", for good" : ", once"),
+        [legacy] {
+            StartOver(TableMachine(legacy));
+            AllocationFail(0);
+        },
+        {"/eps", "/type", "11", "1"},
+        [stays](const SweepFault* fault) { AllocationFail(fault != nullptr ? fault->Number : 0, stays && fault); },
+        nullptr};
+    const Course undisturbed = Undisturbed(sweep);
+    std::vector<SweepFault> faults;
+    for (std::uint64_t number = 1, all = Allocations; number <= all; ++number) {
+        faults.push_back({"allocation", number, PhaseAny});
+    }
+    sweep.Check = [&](const SweepFault&, const Course& run, const Course* next) {
+        LinesCheck(run.Left, {});
+        LinesCheck(next->Left, {});
+        Lines printed;
+        for (const std::string& line : LinesOf(run.Output)) {
+            if (line.find("ailed") != std::string::npos || line.starts_with("ERROR")) {
+                endings->insert(line);
+            } else {
+                printed.push_back(line);
+            }
+        }
+        if (run.ExitCode == 0) {
+            EXPECT_EQ(StrangeLine(printed, undisturbed.Output), "");
+        }
+    };
+    SweepRun(sweep, undisturbed, faults);
+}
+
 TEST(Allocations, LeaveNothingBehind) {
     std::set<std::string> endings;
     for (const bool legacy : {true, false}) {
-        std::string undisturbed;
-        for (std::uint64_t failing = 0; failing == 0 || Allocations + 1 >= failing; ++failing) {
-            SCOPED_TRACE(failing);
-            StartOver(TableMachine(legacy));
-            std::uint64_t started = 0;
-            const std::string output = Captured([&] {
-                AllocationFail(failing);
-                EXPECT_EQ(Start({"/nologo", "/eps", "/type", "11", "1"}), RyxOk);
-                started = Allocations;
-                ViewerMain();
-                EXPECT_EQ(RyxLibExit(), RyxOk);
-                Failing = 0;
-            });
-            EXPECT_EQ(StandIn::Leftovers(), std::vector<std::string>{"registry key Software\\RyxTool"});
-            undisturbed = failing == 0 ? output : undisturbed;
-            if (failing <= started && output != undisturbed) {
-                EXPECT_EQ(output, "Allocate memory failed.\nGet file failed.\n" + undisturbed);
-            }
-            std::istringstream lines(output);
-            for (std::string line; std::getline(lines, line);) {
-                if (line.find("ailed") != std::string::npos || line.rfind("ERROR", 0) == 0) {
-                    endings.insert(line);
-                }
-            }
-        }
+        AllocationsSweep(legacy, false, &endings);
     }
     EXPECT_EQ(endings, (std::set<std::string>{
                            "Allocate memory failed.",
@@ -223,6 +238,9 @@ TEST(Allocations, LeaveNothingBehind) {
                            "Failed to read DMI struct. Status = 8000000E",
                            "Get file failed.",
                        }));
+    for (const bool legacy : {true, false}) {
+        AllocationsSweep(legacy, true, &endings);
+    }
 }
 
 } // namespace

@@ -226,12 +226,12 @@ TEST(Driver, MissingBuffersAreAStatus) {
             irp.AssociatedIrp.SystemBuffer = one.System ? input.data() : nullptr;
             irp.MdlAddress = one.Pages ? &pages : nullptr;
             if (mappingFails) {
-                StandIn::FailCall(StandIn::CallTotal() + 1);
+                StandIn::MachineGet().Faults = {{StandIn::Named("MmMapLockedPagesSpecifyCache")}};
             }
             const bool mapped = one.Expected == STATUS_SUCCESS;
             EXPECT_EQ(StandIn::RequestSend(&irp, &stack),
                       mapped && mappingFails ? STATUS_INSUFFICIENT_RESOURCES : one.Expected);
-            StandIn::FailCall(0);
+            StandIn::MachineGet().Faults.clear();
         }
     }
 }

@@ -3,8 +3,6 @@
 
 #include <atomic>
 #include <cerrno>
-#include <cstddef>
-#include <iterator>
 
 namespace StandIn {
 
@@ -14,7 +12,6 @@ namespace {
 constexpr int InterruptSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
 
 bool (*Handler)(int number) = nullptr;
-struct sigaction ActionsBefore[std::size(InterruptSignals)];
 volatile std::sig_atomic_t Taken = 0;
 std::atomic<void (*)()> FirstStep = nullptr;
 
@@ -49,12 +46,9 @@ void InterruptTake(int number) {
 void InterruptsCatch(bool (*handler)(int number)) {
     const SignalsHeld held;
     Handler = handler;
-    for (std::size_t i = 0; i < std::size(InterruptSignals); ++i) {
-        if (handler != nullptr) {
-            SignalCatch(InterruptSignals[i], InterruptTake, &ActionsBefore[i]);
-        } else {
-            sigaction(InterruptSignals[i], &ActionsBefore[i], nullptr);
-        }
+    for (const int number : InterruptSignals) {
+        struct sigaction before {};
+        SignalCatch(number, InterruptTake, &before);
     }
 }
 

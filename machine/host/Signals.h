@@ -6,7 +6,7 @@
 namespace StandIn {
 
 // Has a handler called for every signal that interrupts or ends a process, unless that is ignored. When the handler
-// returns false, the signal does what it does when nobody catches it. Null: all is as before the call with a handler.
+// returns false, the signal does what it does when nobody catches it.
 void InterruptsCatch(bool (*handler)(int number));
 
 // The signal that interrupted the process first, or 0.

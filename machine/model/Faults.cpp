@@ -2,11 +2,12 @@
 #include "machine/model/Faults.h"
 
 #include <algorithm>
+#include <numeric>
 #include <vector>
 
 namespace StandIn {
 
-constinit CallRecord Calls{};
+constinit CallCounts Calls{};
 
 namespace {
 
@@ -46,7 +47,7 @@ bool FaultStrikes(Operation which, std::uint32_t controlCode) {
             continue;
         }
         const std::uint64_t count = fault.ControlCode != 0 ? ControlCount(controlCode) : CallCount(which);
-        if (fault.At == 0 || fault.At == count) {
+        if (fault.At == 0 || fault.At == count || (fault.Stays && fault.At < count)) {
             return true;
         }
     }
@@ -62,17 +63,17 @@ void ControlSeen(std::uint32_t code) {
 }
 
 void CallsForget() {
-    Calls = CallRecord{};
+    Calls = CallCounts{};
     CodeCounts.clear();
 }
 
 std::uint64_t CallCount(Operation operation) {
-    return Calls.Counts[static_cast<std::size_t>(operation)];
+    return Calls[static_cast<std::size_t>(operation)];
 }
 
 std::uint64_t CallCount(std::string_view operation) {
     const auto* const found = std::find(std::begin(OperationNames), std::end(OperationNames), operation);
-    return found != std::end(OperationNames) ? Calls.Counts[static_cast<std::size_t>(found - OperationNames)] : 0;
+    return found != std::end(OperationNames) ? Calls[static_cast<std::size_t>(found - OperationNames)] : 0;
 }
 
 std::uint64_t ControlCount(std::uint32_t code) {
@@ -81,16 +82,7 @@ std::uint64_t ControlCount(std::uint32_t code) {
 }
 
 std::uint64_t CallTotal() {
-    return Calls.Total;
-}
-
-void FailCall(std::uint64_t number) {
-    Calls.FailNumber = number;
-    Calls.FailedOperation = 0;
-}
-
-std::string FailedCallName() {
-    return Calls.FailedOperation == 0 ? std::string() : std::string(OperationNames[Calls.FailedOperation - 1]);
+    return std::accumulate(Calls.begin(), Calls.end() - 1, std::uint64_t{0});
 }
 
 } // namespace StandIn

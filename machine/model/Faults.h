@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <iterator>
 #include <optional>
-#include <string>
 #include <string_view>
 
 namespace StandIn {
@@ -116,38 +115,24 @@ std::uint64_t CallCount(Operation operation);
 std::uint64_t CallCount(std::string_view operation);
 std::uint64_t ControlCount(std::uint32_t code);
 
-// All calls since MachineSet of operations that can fail by their documented interface. FailCall makes the N-th of them
-// (from 1) fail; 0 makes none fail.
+// All calls since MachineSet of operations that can fail by their documented interface.
 std::uint64_t CallTotal();
-void FailCall(std::uint64_t number);
 
-// The name of the operation that FailCall made fail, empty when it has not come to that.
-std::string FailedCallName();
-
-struct CallRecord {
-    std::array<std::uint64_t, std::size(OperationNames)> Counts;
-    std::uint64_t Total;
-    std::uint64_t FailNumber;
-    std::uint64_t FailedOperation; // its index plus one; 0: the call to fail has not come
-};
-
-extern CallRecord Calls;
+// How often each operation was called.
+using CallCounts = std::array<std::uint64_t, std::size(OperationNames)>;
+extern CallCounts Calls;
 
 // Runs the machine's intrusions that come before the call just counted; true when one of its faults makes it fail.
 bool FaultStrikes(Operation which, std::uint32_t controlCode);
 
 // Counts a key press that was waited for, which can't fail.
 inline void KeySeen() {
-    ++Calls.Counts.back();
+    ++Calls.back();
 }
 
 // Counts a call; true when it has to fail. Every operation that can fail asks here first.
 inline bool Fails(Operation which, std::uint32_t controlCode = 0) {
-    ++Calls.Counts[static_cast<std::size_t>(which)];
-    if (++Calls.Total == Calls.FailNumber) {
-        Calls.FailedOperation = static_cast<std::uint64_t>(which) + 1;
-        return true;
-    }
+    ++Calls[static_cast<std::size_t>(which)];
     const Machine& machine = MachineGet();
     return (!machine.Faults.empty() || !machine.Intrusions.empty()) && FaultStrikes(which, controlCode);
 }
@@ -155,7 +140,7 @@ inline bool Fails(Operation which, std::uint32_t controlCode = 0) {
 // Counts a request with a control code; DeviceIoControl itself is counted by Fails.
 void ControlSeen(std::uint32_t code);
 
-// Forgets all counts and the call to fail.
+// Forgets all counts.
 void CallsForget();
 
 } // namespace StandIn

@@ -36,12 +36,13 @@ enum class Wow64 { No, Yes, Unknown };            // Unknown: the operation IsWo
 enum class ConsoleKind { None, Fixed, Terminal }; // Fixed: a console of the size below, keys answered at once
 enum class FirmwareKind { None, Variables, Smi }; // how the maker's firmware answers requests, if at all
 
-// A Windows operation that fails: always (At 0), or at its At-th call. ControlCode, when not 0, restricts it to one
-// device control code, whose calls are then counted on their own.
+// A Windows operation that fails: always (At 0), at its At-th call, or from that on (Stays). ControlCode, when not 0,
+// restricts it to one device control code, whose calls are then counted on their own.
 struct Fault {
     Operation Which;
     std::uint32_t ControlCode = 0;
     std::uint64_t At = 0;
+    bool Stays = false;
 };
 
 // Another program at work: what it does right before the At-th call of an operation. It may call whatever the program

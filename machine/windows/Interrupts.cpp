@@ -21,21 +21,16 @@ bool InterruptTell(int number) {
 
 } // namespace
 
-// There is one handler at a time.
+// There is one handler, the one added last. Nobody takes it away again.
 BOOL WINAPI SetConsoleCtrlHandler(PHANDLER_ROUTINE HandlerRoutine, BOOL Add) {
     if (FailsWith(Named("SetConsoleCtrlHandler"), ERROR_NOT_ENOUGH_MEMORY)) {
         return FALSE;
     }
-    if (HandlerRoutine == nullptr || Handler != (Add ? nullptr : HandlerRoutine)) {
+    if (HandlerRoutine == nullptr || !Add) {
         return FailFalse(ERROR_INVALID_PARAMETER);
     }
-    if (Add) {
-        Handler = HandlerRoutine;
-        InterruptsCatch(InterruptTell);
-    } else {
-        InterruptsCatch(nullptr);
-        Handler = nullptr;
-    }
+    Handler = HandlerRoutine;
+    InterruptsCatch(InterruptTell);
     return TRUE;
 }
 
