@@ -145,7 +145,7 @@ TEST(Allocations, HaveTheirStatus) {
     const Machine legacy = TableMachine(true);
     EXPECT_EQ(Answers(legacy, CommandsRegister), Statuses{memory});
     EXPECT_EQ(Answers(legacy, BufferAllocate), Statuses{memory});
-    // A walk can do without the memory that remembers it.
+    // A walk does without the memory to remember it by.
     EXPECT_EQ(Answers(legacy, FieldGet), (Statuses{RyxErrorNotFound, buffer, memory, RyxOk}));
     EXPECT_EQ(Answers(legacy, FieldKeep), (Statuses{unread, memory, RyxOk}));
     EXPECT_EQ(Answers(TableMachine(false), TableRead), Statuses{RyxErrorNotFound});

@@ -47,6 +47,20 @@ void KeySignalTake(int number) {
     errno = error;
 }
 
+// Gives the terminal back as it was. Fit for signal handlers.
+void TerminalRestore() {
+    const SignalsHeld held;
+    if (Keyboard < 0) {
+        return;
+    }
+    tcsetattr(Keyboard, TCSANOW, &ModesBefore);
+    for (std::size_t i = 0; i < std::size(KeySignals); ++i) {
+        sigaction(KeySignals[i], &KeyActionsBefore[i], nullptr);
+    }
+    close(Keyboard);
+    Keyboard = -1;
+}
+
 void WaitBegin() {
     const SignalsHeld held;
     if (Keyboard >= 0 || InterruptTaken() != 0) {
@@ -140,19 +154,6 @@ int TerminalKeyRead() {
     }
     TerminalRestore();
     return key;
-}
-
-void TerminalRestore() {
-    const SignalsHeld held;
-    if (Keyboard < 0) {
-        return;
-    }
-    tcsetattr(Keyboard, TCSANOW, &ModesBefore);
-    for (std::size_t i = 0; i < std::size(KeySignals); ++i) {
-        sigaction(KeySignals[i], &KeyActionsBefore[i], nullptr);
-    }
-    close(Keyboard);
-    Keyboard = -1;
 }
 
 } // namespace StandIn

@@ -13,7 +13,4 @@ bool TerminalKeyWaits();
 // Reads one key press as _getch gives it: a character, or E0h and, at the next call, a second code. -1 when none comes.
 int TerminalKeyRead();
 
-// Gives the terminal back as it was. Fit for signal handlers.
-void TerminalRestore();
-
 } // namespace StandIn

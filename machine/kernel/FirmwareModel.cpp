@@ -221,15 +221,9 @@ void FirmwarePrepare(Machine* machine) {
     machine->Memory.push_back({BufferPlace, Bytes(BufferSize)});
 }
 
-void PortWrite(std::uint16_t port, std::uint8_t value) {
-    if (MachineGet().Firmware == FirmwareKind::Smi && port == SmiPort) {
-        FirmwareSmi(value);
-    }
-}
-
 // Interrupts with other values are not for the request channel. A buffer without a request record gets no answer.
-void FirmwareSmi(std::uint8_t value) {
-    if (value != SmiValue) {
+void PortWrite(std::uint16_t port, std::uint8_t value) {
+    if (MachineGet().Firmware != FirmwareKind::Smi || port != SmiPort || value != SmiValue) {
         return;
     }
     Bytes buffer(BufferSize);

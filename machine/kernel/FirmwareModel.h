@@ -11,11 +11,9 @@ namespace StandIn {
 // Gives a machine what its firmware publishes: the ACPI tables and the communication buffer of the SMI kind.
 void FirmwarePrepare(Machine* machine);
 
-// A write to an I/O port.
+// A write to an I/O port. On the SMI's port it is a system management interrupt: the firmware answers what stands in
+// its communication buffer.
 void PortWrite(std::uint16_t port, std::uint8_t value);
-
-// A system management interrupt with this value: the firmware answers what stands in its communication buffer.
-void FirmwareSmi(std::uint8_t value);
 
 // The firmware's own variables. The name is that of the vendor's variable; the result is an error number, and
 // VendorVariableUnknown for a name that isn't the firmware's.
