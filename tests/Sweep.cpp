@@ -158,9 +158,8 @@ std::string FirstDifference(const std::string& output, const std::string& undist
 
 void LinesCheck(const Lines& lines, const Lines& allowed) {
     for (const std::string& line : lines) {
-        EXPECT_TRUE(line == ToolKey || std::ranges::any_of(allowed, [&line](const std::string& one) {
-                        return line.starts_with(one);
-                    }))
+        EXPECT_TRUE(line == ToolKey ||
+                    std::ranges::any_of(allowed, [&line](const std::string& one) { return line.starts_with(one); }))
             << "left or changed: " << line;
     }
 }

@@ -40,8 +40,8 @@ struct Sweep {
     std::function<void()> Prepare; // makes the machine anew
     std::vector<std::string> Arguments;
     std::function<void(const SweepFault*)> Fail; // begins what fails; null: ends it
-    // Looks at the run with the fault. `next` is that of the next process, which found the machine as the first one left
-    // it; null when that was as always.
+    // Looks at the run with the fault. `next` is that of the next process, which found the machine as the first one
+    // left it; null when that was as always.
     std::function<void(const SweepFault& fault, const Course& run, const Course* next)> Check;
 };
 
