@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Lib/Common/DmiInfoEntryGet.h"
+#include "Lib/LittleEndian.h"
 #include "Lib/RyxStatus.h"
 
 #include <cstdint>
@@ -23,7 +24,7 @@ public:
     // The header's values; for a structure that exists.
     std::uint8_t Type() const { return Rest[0]; }
     std::uint8_t FormattedLength() const { return Rest[1]; }
-    std::uint16_t Handle() const { return static_cast<std::uint16_t>(Rest[2] | Rest[3] << 8); }
+    std::uint16_t Handle() const { return LittleEndianRead<std::uint16_t>(&Rest[2]); }
 
     std::uint8_t SmbiosVersion() const { return TableVersion; }
 
