@@ -344,8 +344,9 @@ TEST(FaultSweep, EveryCallFailsOnce) {
         sweep.Prepare();
         const Lines before = StandIn::Leftovers();
         const Course undisturbed = Undisturbed(sweep);
-        EXPECT_EQ(swept.Others != 0 ? Change(before, undisturbed.Left) : "", "");
+        EXPECT_EQ(Change(swept.Others != 0 ? before : Lines{ToolKey}, undisturbed.Left), "");
         sweep.Check = [&](const SweepFault& fault, const Course& run, const Course* next) {
+            EXPECT_GE(run.End[static_cast<std::size_t>(*StandIn::OperationFind(fault.Call))], fault.Number);
             const Effect effect = EffectSeen(run, undisturbed, fault.When);
             const std::vector<Effect> possible = EffectsOf(fault.Call, fault.When);
             EXPECT_TRUE(std::ranges::find(possible, effect) != possible.end()) << "made of the run: " << effect;

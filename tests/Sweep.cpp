@@ -20,7 +20,6 @@
 
 namespace {
 
-constexpr char ToolKey[] = "registry key Software\\RyxTool"; // stays after every run
 constexpr std::uint32_t ExitCodes[] = {0, 105, 152, 153, 171, 255};
 constexpr unsigned RunSeconds = 60;
 

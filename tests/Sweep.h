@@ -11,6 +11,8 @@
 
 using Lines = std::vector<std::string>;
 
+inline constexpr char ToolKey[] = "registry key Software\\RyxTool"; // stays after every run
+
 // The parts of a run, by the names that failures tell.
 using Phase = std::string_view;
 inline constexpr Phase PhaseStart = "the start";
