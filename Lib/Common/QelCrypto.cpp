@@ -5,11 +5,6 @@
 #include <cstring>
 #include <utility>
 
-#if defined(__x86_64__)
-#include <cpuid.h>
-#include <immintrin.h>
-#endif
-
 namespace {
 
 constexpr std::size_t BlockSize = 64;
@@ -61,93 +56,19 @@ void BlockDigest(Chain& chain, const std::uint8_t* block, std::index_sequence<T.
     }
 }
 
-using BlocksDigest = void (*)(Chain& chain, const std::uint8_t* blocks, std::size_t count);
-
-void BlocksDigestByWords(Chain& chain, const std::uint8_t* blocks, std::size_t count) {
-    for (; count != 0; --count, blocks += BlockSize) {
-        BlockDigest(chain, blocks, std::make_index_sequence<80>());
-    }
-}
-
-#if defined(__x86_64__)
-
-// The chain's first four words, the first one highest; the fifth one, highest in its place; and the schedule's last 16.
-struct ShaState {
-    __m128i Abcd;
-    __m128i E;
-    __m128i Schedule[4];
-};
-
-// Rounds 4 G to 4 G + 3.
-template <int G>
-[[gnu::target("sha,sse4.1"), gnu::always_inline]] inline void FourRounds(ShaState& state, const std::uint8_t* block) {
-    __m128i& words = state.Schedule[G % 4];
-    if constexpr (G < 4) {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block) + G);
-        words = _mm_shuffle_epi8(bytes, _mm_set_epi64x(0x0001020304050607, 0x08090A0B0C0D0E0F));
-    } else {
-        const __m128i mixed = _mm_sha1msg1_epu32(words, state.Schedule[(G + 1) % 4]);
-        words = _mm_sha1msg2_epu32(_mm_xor_si128(mixed, state.Schedule[(G + 2) % 4]), state.Schedule[(G + 3) % 4]);
-    }
-    // The fifth word is what the first one was four rounds ago, turned; before a block's first rounds it stands ready.
-    const __m128i sum = G == 0 ? _mm_add_epi32(state.E, words) : _mm_sha1nexte_epu32(state.E, words);
-    state.E = state.Abcd;
-    state.Abcd = _mm_sha1rnds4_epu32(state.Abcd, sum, G / 5);
-}
-
-template <int... G>
-[[gnu::target("sha,sse4.1")]] void BlocksDigestBySha(Chain& chain, const std::uint8_t* blocks, std::size_t count,
-                                                     std::integer_sequence<int, G...> /*groups*/) {
-    constexpr int reversed = 0x1B;
-    auto* const place = reinterpret_cast<__m128i*>(chain.data());
-    ShaState state{};
-    state.Abcd = _mm_shuffle_epi32(_mm_loadu_si128(place), reversed);
-    state.E = _mm_set_epi32(static_cast<int>(chain[4]), 0, 0, 0);
-    for (; count != 0; --count, blocks += BlockSize) {
-        const ShaState before = state;
-        (FourRounds<G>(state, blocks), ...);
-        state.Abcd = _mm_add_epi32(state.Abcd, before.Abcd);
-        state.E = _mm_sha1nexte_epu32(state.E, before.E);
-    }
-    _mm_storeu_si128(place, _mm_shuffle_epi32(state.Abcd, reversed));
-    chain[4] = static_cast<std::uint32_t>(_mm_extract_epi32(state.E, 3));
-}
-
-void BlocksDigestBySha(Chain& chain, const std::uint8_t* blocks, std::size_t count) {
-    BlocksDigestBySha(chain, blocks, count, std::make_integer_sequence<int, 20>());
-}
-
-bool HasShaInstructions() {
-    unsigned unused = 0;
-    unsigned features = 0;
-    unsigned wide = 0;
-    return __get_cpuid_count(7, 0, &unused, &features, &unused, &unused) != 0 && (features & bit_SHA) != 0 &&
-           __get_cpuid(1, &unused, &unused, &wide, &unused) != 0 && (wide & bit_SSE4_1) != 0;
-}
-
-BlocksDigest BlocksDigestFastest() {
-    return HasShaInstructions() ? static_cast<BlocksDigest>(BlocksDigestBySha) : BlocksDigestByWords;
-}
-
-#else
-
-BlocksDigest BlocksDigestFastest() {
-    return BlocksDigestByWords;
-}
-
-#endif
-
 } // namespace
 
-RyxStatus QelSha1(const void* data, std::size_t size, QelSha1Digest* digest, bool byWords) {
+RyxStatus QelSha1(const void* data, std::size_t size, QelSha1Digest* digest) {
     if (digest == nullptr || (data == nullptr && size != 0)) {
         return RyxErrorArgument;
     }
-    const BlocksDigest blocksDigest = byWords ? BlocksDigestByWords : BlocksDigestFastest();
+    constexpr auto rounds = std::make_index_sequence<80>();
     Chain chain{0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476, 0xC3D2E1F0};
     const auto* const bytes = static_cast<const std::uint8_t*>(data);
     const std::size_t left = size % BlockSize;
-    blocksDigest(chain, bytes, size / BlockSize);
+    for (std::size_t at = 0; at != size - left; at += BlockSize) {
+        BlockDigest(chain, bytes + at, rounds);
+    }
     // The message's end: the bytes left, a one bit, zeros, and the length in bits as the last eight bytes of a block.
     std::uint8_t tail[2 * BlockSize]{};
     if (left != 0) {
@@ -159,7 +80,9 @@ RyxStatus QelSha1(const void* data, std::size_t size, QelSha1Digest* digest, boo
     for (std::size_t i = 0; i < 8; ++i) {
         tail[blocks * BlockSize - 1 - i] = static_cast<std::uint8_t>(bits >> (8 * i));
     }
-    blocksDigest(chain, tail, blocks);
+    for (std::size_t block = 0; block < blocks; ++block) {
+        BlockDigest(chain, tail + block * BlockSize, rounds);
+    }
     for (std::size_t i = 0; i < digest->size(); ++i) {
         (*digest)[i] = static_cast<std::uint8_t>(chain[i / 4] >> (24 - 8 * (i % 4)));
     }

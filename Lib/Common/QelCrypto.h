@@ -9,6 +9,5 @@
 
 using QelSha1Digest = std::array<std::uint8_t, 20>;
 
-// Computes the SHA-1 digest of `size` bytes, by the processor's instructions for it where it has them, unless `byWords`
-// says not to. RyxErrorArgument: no out-parameter, or no data with a size above 0.
-RyxStatus QelSha1(const void* data, std::size_t size, QelSha1Digest* digest, bool byWords = false);
+// Computes the SHA-1 digest of `size` bytes. RyxErrorArgument: no out-parameter, or no data with a size above 0.
+RyxStatus QelSha1(const void* data, std::size_t size, QelSha1Digest* digest);

@@ -90,7 +90,7 @@ TEST(MissingPointers, AreRefused) {
     EACH_MISSING(PhysicalMemoryRead, 0, 1, text);
     EACH_MISSING(PhysicalMemoryWrite, 0, 1, text);
     EACH_MISSING(DriverVersionGet, &version);
-    EACH_MISSING(QelSha1, text, 1, &digest, false);
+    EACH_MISSING(QelSha1, text, 1, &digest);
     EXPECT_EQ(RyxPrintf(nullptr), RyxErrorArgument);
     EXPECT_EQ(RyxArgCommandFind(nullptr, nullptr), RyxErrorArgument);
     EXPECT_EQ(RyxArgParamGet(&command, 0, text, 0), RyxErrorArgument);
