@@ -103,7 +103,7 @@ constexpr TextRange PortTypeNewer[] = {
 
 constexpr TextTable PortTypeTexts = TextTable(PortTypeLow, PortTypeHigh, OtherPortRanges).With(PortTypeNewer);
 
-// A code and, in a print of its own, its text. The pager counts by formats, and Other is part of its own.
+// A code and, in a print of its own, its text. The format of code FFh holds the text, which the pager counts.
 void PortCodePrint(const DecoderField& field, const FieldValue& value) {
     NumberPrint(field, value);
     if (value.Number == OtherPort) {
