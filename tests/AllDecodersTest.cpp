@@ -62,7 +62,7 @@ std::string FieldAlone(std::uint8_t type, int field) {
 // What a line has in common with others that differ from it in numbers or in a table's string: the line without these.
 std::string KindOf(const std::string& line) {
     const std::size_t dash = line.find("KB, ") != line.npos ? line.npos : line.rfind(" - ");
-    const std::size_t label = line.size() > 128 ? line.find(" : ") : line.size();
+    const std::size_t label = std::min(line.size() > 128 ? line.find(" : ") : line.npos, line.size());
     std::string kind;
     bool hex = false;
     for (std::size_t i = 0; i < label; ++i) {

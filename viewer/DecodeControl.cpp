@@ -13,9 +13,7 @@ constexpr const char* EventLogAccessLow[] = {
     "Memory-mapped physical 32-bit addr", "General-Purpose NonVolatile Data",
 };
 
-constexpr TextRange EventLogAccessNewer[] = {
-    {0x80, 0xFF, "BIOS Vendor or OEM-specific"},
-};
+constexpr TextRange EventLogAccessNewer[] = {{0x80, 0xFF, "BIOS Vendor or OEM-specific"}};
 
 constexpr TextTable EventLogAccessTexts = TextTable(EventLogAccessLow).With(EventLogAccessNewer);
 
@@ -75,10 +73,7 @@ constexpr const char* EventLogDataFormatLow[] = {
     "Multiple-Event System Management Type",
 };
 
-constexpr TextRange EventLogDataFormatRanges[] = {
-    {0x07, 0x7F, "Unused"},
-    {0x80, 0xFF, "OEM assigned"},
-};
+constexpr TextRange EventLogDataFormatRanges[] = {{0x07, 0x7F, "Unused"}, {0x80, 0xFF, "OEM assigned"}};
 
 constexpr TextTable EventLogDataFormatTexts{EventLogDataFormatLow, EventLogDataFormatRanges};
 

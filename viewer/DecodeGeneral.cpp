@@ -9,9 +9,7 @@ namespace {
 
 // Types 11 and 12, OEM Strings and System Configuration Options, which have the same layout.
 
-constexpr DecoderField StringCountFields[] = {
-    NumberField(3, "Count : 0x%02X (%02d)\n"),
-};
+constexpr DecoderField StringCountFields[] = {NumberField(3, "Count : 0x%02X (%02d)\n")};
 
 // Type 13, BIOS Language Information.
 

@@ -61,9 +61,7 @@ constexpr const char* IpmiInterfaceTypeLow[] = {
     "BT:Block Transfer",
 };
 
-constexpr TextRange IpmiInterfaceTypeNewer[] = {
-    {0x04, "SSIF:SMBus System Interface"},
-};
+constexpr TextRange IpmiInterfaceTypeNewer[] = {{0x04, "SSIF:SMBus System Interface"}};
 
 constexpr TextTable IpmiInterfaceTypeTexts = TextTable(IpmiInterfaceTypeLow).With(IpmiInterfaceTypeNewer);
 

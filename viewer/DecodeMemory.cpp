@@ -34,9 +34,7 @@ constexpr const char* ArrayLocationHigh[] = {
     "PC-98/Local bus add-on card",
 };
 
-constexpr TextRange ArrayLocationNewer[] = {
-    {0xA4, "CXL add-on card"},
-};
+constexpr TextRange ArrayLocationNewer[] = {{0xA4, "CXL add-on card"}};
 
 constexpr TextTable ArrayLocationTexts = TextTable(ArrayLocationLow, ArrayLocationHigh).With(ArrayLocationNewer);
 

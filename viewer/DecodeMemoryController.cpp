@@ -72,9 +72,7 @@ constexpr const char* BankConnectionLow[] = {"RAS# 0",   "RAS# 1",   "RAS# 2",  
                                              "RAS# 5",   "RAS# 6",   "RAS# 7",        "RAS# 0&1", "RAS# 2&3",
                                              "RAS# 4&5", "RAS# 6&7", "No Connections"};
 
-constexpr TextRange BankConnectionNewer[] = {
-    {0xFF, "No Connections"},
-};
+constexpr TextRange BankConnectionNewer[] = {{0xFF, "No Connections"}};
 
 constexpr TextTable BankConnectionTexts = TextTable(BankConnectionLow).With(BankConnectionNewer);
 

@@ -50,9 +50,7 @@ constexpr const char* ConnectorTypeLow[] = {
 
 constexpr const char* ConnectorTypeHigh[] = {"PC-98", "PC-98Hireso", "PC-H98", "PC-98Note", "PC-98Full"};
 
-constexpr TextRange ConnectorTypeNewer[] = {
-    {0x23, "USB Type-C Receptacle"},
-};
+constexpr TextRange ConnectorTypeNewer[] = {{0x23, "USB Type-C Receptacle"}};
 
 constexpr TextTable ConnectorTypeTexts =
     TextTable(ConnectorTypeLow, ConnectorTypeHigh, OtherPortRanges).With(ConnectorTypeNewer);
@@ -96,14 +94,11 @@ constexpr const char* PortTypeLow[] = {
 
 constexpr const char* PortTypeHigh[] = {"8251 Compatible", "8251 FIFO Compatible"};
 
-constexpr TextRange PortTypeNewer[] = {
-    {0x22, "MFDP (Multi-Function Display Port)"},
-    {0x23, "Thunderbolt"},
-};
+constexpr TextRange PortTypeNewer[] = {{0x22, "MFDP (Multi-Function Display Port)"}, {0x23, "Thunderbolt"}};
 
 constexpr TextTable PortTypeTexts = TextTable(PortTypeLow, PortTypeHigh, OtherPortRanges).With(PortTypeNewer);
 
-// A code and, in a print of its own, its text. The pager counts by formats, and Other is part of its own.
+// A code and, in a print of its own, its text. The format of code FFh holds the text, which the pager counts.
 void PortCodePrint(const DecoderField& field, const FieldValue& value) {
     NumberPrint(field, value);
     if (value.Number == OtherPort) {
@@ -220,18 +215,13 @@ constexpr const char* SlotBusWidthTexts[] = {"",         "Other",    "Unknown", 
 
 constexpr const char* SlotUsageLow[] = {"", "Other", "Unknown", "Available", "In use"};
 
-constexpr TextRange SlotUsageNewer[] = {
-    {0x05, "Unavailable"},
-};
+constexpr TextRange SlotUsageNewer[] = {{0x05, "Unavailable"}};
 
 constexpr TextTable SlotUsageTexts = TextTable(SlotUsageLow).With(SlotUsageNewer);
 
 constexpr const char* SlotLengthLow[] = {"", "Other", "Unknown", "Short Length", "Long Length"};
 
-constexpr TextRange SlotLengthNewer[] = {
-    {0x05, "2.5\" drive form factor"},
-    {0x06, "3.5\" drive form factor"},
-};
+constexpr TextRange SlotLengthNewer[] = {{0x05, "2.5\" drive form factor"}, {0x06, "3.5\" drive form factor"}};
 
 constexpr TextTable SlotLengthTexts = TextTable(SlotLengthLow).With(SlotLengthNewer);
 
@@ -301,10 +291,7 @@ constexpr const char* PointingInterfaceLow[] = {
 
 constexpr const char* PointingInterfaceHigh[] = {"Bus mouse DB-9", "Bus mouse micro-DIN", "USB"};
 
-constexpr TextRange PointingInterfaceNewer[] = {
-    {0xA3, "I2C"},
-    {0xA4, "SPI"},
-};
+constexpr TextRange PointingInterfaceNewer[] = {{0xA3, "I2C"}, {0xA4, "SPI"}};
 
 constexpr TextTable PointingInterfaceTexts =
     TextTable(PointingInterfaceLow, PointingInterfaceHigh).With(PointingInterfaceNewer);

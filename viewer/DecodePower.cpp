@@ -54,7 +54,7 @@ constexpr const char* PowerSupplyRangeSwitchingTexts[] = {
 
 constexpr const char* PowerSupplyFlagTexts[] = {"hot Replaceable", "present", "unplugged from the wall"};
 
-// One line for three flags: the highest one that is set speaks.
+// By the three flags together: the text of the highest one that is set.
 constexpr const char* PowerSupplyFlagChoices[] = {
     "",
     PowerSupplyFlagTexts[0],

@@ -76,10 +76,7 @@ constexpr const char* CoolingDeviceTypeLow[] = {
     "Chip Fan", "Cabinet Fan", "Power Supply Fan", "Heat Pipe", "Integrated Refrigeration",
 };
 
-constexpr TextRange CoolingDeviceTypeRanges[] = {
-    {0x10, 0x10, "Active Cooling"},
-    {0x11, 0x11, "Passive Cooling"},
-};
+constexpr TextRange CoolingDeviceTypeRanges[] = {{0x10, 0x10, "Active Cooling"}, {0x11, 0x11, "Passive Cooling"}};
 
 constexpr TextTable CoolingDeviceTypeTexts{CoolingDeviceTypeLow, CoolingDeviceTypeRanges};
 
