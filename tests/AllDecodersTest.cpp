@@ -195,8 +195,8 @@ TEST(AllDecoders, LockEveryText) {
         }
         const std::string found = std::to_string(decoder.Type) + ' ' + Digest(shown) + ' ' + digests;
         const std::string& was = locked[decoder.Type];
-        const std::size_t kindsAt = std::min(was.size(), found.size() - digests.size());
-        const auto differs = std::mismatch(digests.begin(), digests.end(), was.begin() + kindsAt, was.end()).first;
+        const auto rest = std::string_view(was).substr(std::min(was.size(), found.size() - digests.size()));
+        const auto differs = std::mismatch(digests.begin(), digests.end(), rest.begin(), rest.end()).first;
         const auto at = static_cast<std::size_t>(differs - digests.begin()) / 2;
         EXPECT_TRUE(found == was) << "The first line that is new or different, or follows one that is gone:\n"
                                   << (at < kinds.size() ? kinds[at].substr(0, kinds[at].find('\n')) : "(none)")
