@@ -46,7 +46,7 @@ bool TableReadByRoot(ULONG root, ULONG signature, ULONG* length, bool* unfit) {
 const UCHAR* FirmwareTableGet(const char* signature, ULONG* length, bool* unfit) {
     const ULONG wanted = Number(reinterpret_cast<const UCHAR*>(signature));
     const NTSTATUS status = HardwareTableGet(wanted, Table, sizeof Table, length);
-    *unfit = status == STATUS_BUFFER_TOO_SMALL;
+    *unfit = status == STATUS_BUFFER_TOO_SMALL || status == STATUS_INSUFFICIENT_RESOURCES;
     if (!NT_SUCCESS(status)) {
         ULONG root = 0;
         if (*unfit || !RootTableFindByRecord(&root) || !TableReadByRoot(root, wanted, length, unfit)) {

@@ -19,7 +19,8 @@ NTSTATUS HardwareRead(ULONG address, ULONG length, UCHAR* data);
 NTSTATUS HardwareWrite(ULONG address, ULONG length, const UCHAR* data);
 
 // Gives the system's copy of the firmware's ACPI table with this signature, and how long it is. An error when there is
-// none; STATUS_BUFFER_TOO_SMALL when there is one, which is longer than `size`, at most LargestFirmwareTable.
+// none; STATUS_BUFFER_TOO_SMALL when there is one, which is longer than `size`, at most LargestFirmwareTable;
+// STATUS_INSUFFICIENT_RESOURCES when the system can't tell just now.
 NTSTATUS HardwareTableGet(ULONG signature, UCHAR* table, ULONG size, ULONG* length);
 
 // Writes a byte to an I/O port.

@@ -27,7 +27,7 @@ struct PciWindow {
     ULONGLONG End;
 };
 
-// What the firmware's tables say; they stay the same as long as the machine runs.
+// What the firmware's tables say, which stays the same as long as the machine runs.
 struct FirmwareSays {
     bool Known;
     bool WindowsFit; // false: there are some, but not all of them can be told
@@ -69,14 +69,17 @@ void FirmwareAsk() {
         return;
     }
     ULONG length = 0;
-    bool unfit = false;
-    const UCHAR* table = FirmwareTableGet("FACP", &length, &unfit);
+    bool portUnfit = false;
+    bool windowsUnfit = false;
+    const UCHAR* table = FirmwareTableGet("FACP", &length, &portUnfit);
     const USHORT port = PortOf(table, length);
-    table = FirmwareTableGet("MCFG", &length, &unfit);
-    // Others may have come in between; they have found the same.
-    Firmware.Port = port;
-    Firmware.WindowsFit = !unfit && (table == nullptr || WindowsTake(table, length));
-    Firmware.Known = true;
+    table = FirmwareTableGet("MCFG", &length, &windowsUnfit);
+    // Others may have come in between and know everything.
+    if (!Firmware.Known) {
+        Firmware.Port = port;
+        Firmware.WindowsFit = !windowsUnfit && (table == nullptr || WindowsTake(table, length));
+        Firmware.Known = !portUnfit && !windowsUnfit; // else the next request asks again
+    }
 }
 
 } // namespace

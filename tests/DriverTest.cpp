@@ -330,6 +330,24 @@ TEST(Driver, WritesReachNoMoreThanTheFirmwareChannelNeeds) {
     }
 }
 
+// What the system can't tell just now counts as refused, and is asked for again.
+TEST(Driver, TablesThatCantBeHadJustNowAreAskedForAgain) {
+    for (const std::uint64_t failing : {1, 2}) {
+        Machine machine = Managed(Ranges());
+        machine.AcpiTables["FACP"] = FixedTable(0xB2);
+        machine.AcpiTables["MCFG"] = Windows({{0xE0000000, 0, 0}});
+        machine.Faults = {{*StandIn::OperationFind("ZwQuerySystemInformation"), 0, failing}};
+        Loaded driver(machine);
+        FILE_OBJECT* const file = driver.Open();
+        Bytes none;
+        const Bytes port{0xB2, 0, 1, 0, 0, 0};
+        EXPECT_EQ(driver.Write(file, 0xE0000000, {1}), STATUS_ACCESS_DENIED);
+        EXPECT_EQ(driver.Control(file, WritePort, port, &none), STATUS_SUCCESS);
+        EXPECT_EQ(driver.Write(file, 0xE0000000, {1}), STATUS_ACCESS_DENIED);
+        EXPECT_EQ(driver.Write(file, 0xE0100000, {1}), STATUS_SUCCESS);
+    }
+}
+
 TEST(Driver, WritesThePortThatTheFirmwareNamesAndNoOther) {
     struct Case {
         const char* What;

@@ -64,7 +64,10 @@ MM_PAGE_PRIORITY HardwareMappingPriority() {
 
 NTSTATUS HardwareTableGet(ULONG signature, UCHAR* table, ULONG size, ULONG* length) {
     const Bytes* const found = AcpiTable(std::string(reinterpret_cast<const char*>(&signature), sizeof signature));
-    if (Fails(Named("ZwQuerySystemInformation")) || MachineGet().WindowsMajor < 6 || found == nullptr) {
+    if (Fails(Named("ZwQuerySystemInformation"))) {
+        return STATUS_INSUFFICIENT_RESOURCES;
+    }
+    if (MachineGet().WindowsMajor < 6 || found == nullptr) {
         return STATUS_NOT_FOUND;
     }
     if (found->size() > size) {

@@ -159,7 +159,7 @@ extern "C" NTSTATUS NTAPI DriverEntry(DRIVER_OBJECT* driver, UNICODE_STRING* pat
     PathRead(RyxDriver::NameOf(L"Log"), LogPath);
     const NTSTATUS status = DriverEntryServed(driver, path);
     if (NT_SUCCESS(status)) {
-        for (const int function : {IRP_MJ_CREATE, IRP_MJ_CLOSE, IRP_MJ_DEVICE_CONTROL}) {
+        for (int function = 0; function <= IRP_MJ_MAXIMUM_FUNCTION; ++function) {
             Served.MajorFunction[function] = driver->MajorFunction[function];
         }
         Served.DriverUnload = driver->DriverUnload;
