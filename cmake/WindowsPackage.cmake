@@ -1,9 +1,18 @@
-# What users get: a zip file with the program, the README and the manual as plain text.
+# What users get: a zip file with the program, the README, the manual as plain text, and what the driver's errors name.
 install(TARGETS Quarrinet RUNTIME DESTINATION .)
 
 # Text files on Windows end their lines with CR LF.
 set(manual ${PROJECT_SOURCE_DIR}/docs/Quarrinet.1)
 set(manual_text ${PROJECT_BINARY_DIR}/Quarrinet.txt)
+set(driver_text ${PROJECT_BINARY_DIR}/docs/driver.md)
+add_custom_command(
+  OUTPUT ${driver_text}
+  COMMAND sh -c "mkdir -p \"\${1%/*}\" && sed 's/$/\\r/' \"$0\" >\"$1\"" ${PROJECT_SOURCE_DIR}/docs/driver.md
+          ${driver_text}
+  DEPENDS ${PROJECT_SOURCE_DIR}/docs/driver.md
+  VERBATIM)
+add_custom_target(driver-text ALL DEPENDS ${driver_text})
+install(FILES ${driver_text} DESTINATION docs)
 set(readme ${PROJECT_SOURCE_DIR}/README.md)
 set(readme_text ${PROJECT_BINARY_DIR}/README.md)
 find_program(GROFF groff)

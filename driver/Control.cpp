@@ -2,14 +2,13 @@
 #include "driver/Control.h"
 
 #include "driver/Hardware.h"
-#include "driver/ManagedMemory.h"
+#include "driver/Permission.h"
 #include "driver/RootTable.h"
 
 namespace RyxDriver {
 
 namespace {
 
-constexpr ULONGLONG AddressEnd = 1ULL << 32;
 constexpr ULONG LargestTransfer = 16U << 20;
 
 // The version word: major and minor number of the release.
@@ -40,6 +39,24 @@ template <typename Value> NTSTATUS Answer(Request* request, Value value) {
     return STATUS_SUCCESS;
 }
 
+// How many users of the communication buffer a file stands for is kept in the file itself, as a number.
+ULONG HeldGet(const FILE_OBJECT* file) {
+    return static_cast<ULONG>(reinterpret_cast<ULONG_PTR>(file->FsContext));
+}
+
+void HeldSet(FILE_OBJECT* file, ULONG held) {
+    file->FsContext = reinterpret_cast<PVOID>(static_cast<ULONG_PTR>(held));
+}
+
+// Counts users off; the last one frees the buffer.
+void BufferUsersLeave(ULONG users) {
+    if (users < Buffer.Users) {
+        Buffer.Users -= users;
+    } else {
+        ControlEnd();
+    }
+}
+
 // The part of the communication buffer that a memory request stands for, or null when it leaves the buffer.
 UCHAR* BufferPart(ULONG address, ULONG length) {
     if (Buffer.Bytes == nullptr || address < Buffer.Address || address - Buffer.Address >= Buffer.Size ||
@@ -49,18 +66,13 @@ UCHAR* BufferPart(ULONG address, ULONG length) {
     return Buffer.Bytes + (address - Buffer.Address);
 }
 
-// Whether memory outside the communication buffer may be touched.
-NTSTATUS RangeCheck(ULONG address, ULONG length) {
-    const ULONGLONG end = ULONGLONG{address} + length;
-    return end > AddressEnd || ManagedMemory().Meets(address, end) ? STATUS_ACCESS_DENIED : STATUS_SUCCESS;
-}
-
 NTSTATUS MemoryRead(Request* request) {
     const ULONG address = Number(request->Input);
-    NTSTATUS status = STATUS_SUCCESS;
+    NTSTATUS status = STATUS_ACCESS_DENIED;
     if (const UCHAR* const own = BufferPart(address, request->OutputLength); own != nullptr) {
         Copy(request->Output, own, request->OutputLength);
-    } else if (status = RangeCheck(address, request->OutputLength); NT_SUCCESS(status)) {
+        status = STATUS_SUCCESS;
+    } else if (PermissionRead(address, request->OutputLength)) {
         status = HardwareRead(address, request->OutputLength, request->Output);
     }
     if (NT_SUCCESS(status)) {
@@ -75,8 +87,9 @@ NTSTATUS MemoryWrite(Request* request) {
         Copy(own, request->Output, request->OutputLength);
         return STATUS_SUCCESS;
     }
-    const NTSTATUS status = RangeCheck(address, request->OutputLength);
-    return NT_SUCCESS(status) ? HardwareWrite(address, request->OutputLength, request->Output) : status;
+    return PermissionWrite(address, request->OutputLength)
+               ? HardwareWrite(address, request->OutputLength, request->Output)
+               : STATUS_ACCESS_DENIED;
 }
 
 // A buffer that is there already serves whoever asks for no more than its size.
@@ -98,31 +111,46 @@ NTSTATUS BufferGet(Request* request) {
         return STATUS_INSUFFICIENT_RESOURCES;
     }
     ++Buffer.Users;
-    ++request->Held;
+    HeldSet(request->File, HeldGet(request->File) + 1);
     return Answer(request, Buffer.Address);
 }
 
 NTSTATUS BufferRelease(Request* request) {
-    if (request->Held == 0) {
+    const ULONG held = HeldGet(request->File);
+    if (held == 0) {
         return STATUS_INVALID_PARAMETER;
     }
-    --request->Held;
-    ControlBufferUsersLeave(1);
+    HeldSet(request->File, held - 1);
+    BufferUsersLeave(1);
     return STATUS_SUCCESS;
 }
 
 NTSTATUS PortByteWrite(Request* request) {
-    HardwarePortWrite(static_cast<USHORT>(Number(request->Input)), request->Input[2]);
+    const UCHAR* const input = request->Input;
+    if ((input[3] | input[4] | input[5]) != 0) {
+        return STATUS_INVALID_PARAMETER;
+    }
+    const auto port = static_cast<USHORT>(Number(input));
+    if (!PermissionPort(port)) {
+        return STATUS_ACCESS_DENIED;
+    }
+    HardwarePortWrite(port, input[2]);
     return STATUS_SUCCESS;
 }
 
+// Others may search meanwhile; what is kept is what a search has ended with.
 NTSTATUS RootTableLocate(Request* request) {
-    return RootTable != 0 || RootTableFindByRecord(&RootTable) ? Answer(request, RootTable) : STATUS_NOT_FOUND;
+    if (ULONG found = 0; RootTable == 0 && RootTableFindByRecord(&found)) {
+        RootTable = found;
+    }
+    return RootTable != 0 ? Answer(request, RootTable) : STATUS_NOT_FOUND;
 }
 
 NTSTATUS RootTableLocateNear(Request* request) {
-    return RootTable != 0 || RootTableFindNear(Number(request->Input), &RootTable) ? Answer(request, RootTable)
-                                                                                   : STATUS_NOT_FOUND;
+    if (ULONG found = 0; RootTable == 0 && RootTableFindNear(Number(request->Input), &found)) {
+        RootTable = found;
+    }
+    return RootTable != 0 ? Answer(request, RootTable) : STATUS_NOT_FOUND;
 }
 
 NTSTATUS VersionGet(Request* request) {
@@ -164,16 +192,18 @@ NTSTATUS ControlLengthsCheck(const ControlCode& code, ULONG inputLength, ULONG o
 
 void ControlStart() {
     HardwareStart();
+    PermissionStart();
     Buffer = CommunicationBuffer{};
     RootTable = 0;
 }
 
-void ControlBufferUsersLeave(BufferCount users) {
-    if (users < Buffer.Users) {
-        Buffer.Users -= users;
-    } else {
-        ControlEnd();
-    }
+void ControlFileOpen(FILE_OBJECT* file) {
+    HeldSet(file, 0);
+}
+
+void ControlFileClose(FILE_OBJECT* file) {
+    BufferUsersLeave(HeldGet(file));
+    HeldSet(file, 0);
 }
 
 void ControlEnd() {

@@ -5,17 +5,14 @@
 
 namespace RyxDriver {
 
-// How many users of the communication buffer an open file stands for.
-using BufferCount = ULONG;
-
 // A request with checked lengths. For codes of METHOD_OUT_DIRECT the output is the caller's own memory, which may
 // change at any time: it is copied from and to, never looked at.
 struct Request {
     const UCHAR* Input;
     ULONG OutputLength;
     UCHAR* Output;
-    ULONG Returned;   // bytes of output
-    BufferCount Held; // of the file that the request came through
+    ULONG Returned;    // bytes of output
+    FILE_OBJECT* File; // that the request came through
 };
 
 struct ControlCode {
@@ -40,8 +37,9 @@ NTSTATUS ControlLengthsCheck(const ControlCode& code, ULONG inputLength, ULONG o
 // Makes everything as at the driver's start; called before any other of these.
 void ControlStart();
 
-// Counts users off; the last one frees the buffer.
-void ControlBufferUsersLeave(BufferCount users);
+// A file that has been opened holds nothing; one that is closed gives back what it held.
+void ControlFileOpen(FILE_OBJECT* file);
+void ControlFileClose(FILE_OBJECT* file);
 
 // Frees what is held, whoever uses it.
 void ControlEnd();

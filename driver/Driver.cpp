@@ -1,6 +1,8 @@
 // The helper driver: its device, who may open it, and how requests reach the code that serves them.
 #include "driver/Control.h"
+#include "driver/Hardware.h"
 #include "driver/Kernel.h"
+#include "driver/Lock.h"
 
 using namespace RyxDriver;
 
@@ -8,9 +10,6 @@ namespace {
 
 constinit UNICODE_STRING DeviceName = NameOf(L"\\Device\\RyxLib");
 constinit UNICODE_STRING LinkName = NameOf(L"\\DosDevices\\RyxLib");
-
-KMUTEX Lock;                       // requests are served one after another
-constinit volatile LONG Opens = 0; // open files of the device
 
 // Who may open the device, as a self-relative security descriptor: the system and the administrators, with all rights
 // of a file (001F01FFh), and nobody else.
@@ -44,47 +43,32 @@ NTSTATUS Complete(IRP* irp, NTSTATUS status, ULONG returned = 0) {
     return status;
 }
 
-class LockHeld {
-public:
-    LockHeld() { KeWaitForSingleObject(&Lock, Executive, KernelMode, FALSE, nullptr); }
-    ~LockHeld() { KeReleaseMutex(&Lock, FALSE); }
-    LockHeld(const LockHeld&) = delete;
-    LockHeld& operator=(const LockHeld&) = delete;
-};
-
-// What a file holds is kept in the file itself, as a number.
-BufferCount HeldGet(const FILE_OBJECT* file) {
-    return static_cast<BufferCount>(reinterpret_cast<ULONG_PTR>(file->FsContext));
-}
-
-void HeldSet(FILE_OBJECT* file, BufferCount held) {
-    file->FsContext = reinterpret_cast<PVOID>(static_cast<ULONG_PTR>(held));
-}
-
-// An open must ask for reading and writing. One that comes without a security context is the kernel's own.
+// An open must ask for reading and writing.
 NTSTATUS NTAPI OnCreate(DEVICE_OBJECT*, IRP* irp) {
     constexpr ACCESS_MASK needed = FILE_READ_DATA | FILE_WRITE_DATA;
     const IO_STACK_LOCATION* const stack = IoGetCurrentIrpStackLocation(irp);
     const IO_SECURITY_CONTEXT* const context = stack->Parameters.Create.SecurityContext;
-    if (context != nullptr && (context->DesiredAccess & needed) != needed) {
+    if (stack->FileObject == nullptr) {
+        return Complete(irp, STATUS_INVALID_PARAMETER);
+    }
+    if (context == nullptr || (context->DesiredAccess & needed) != needed) {
         return Complete(irp, STATUS_ACCESS_DENIED);
     }
-    HeldSet(stack->FileObject, 0);
-    InterlockedIncrement(&Opens);
+    ControlFileOpen(stack->FileObject);
     return Complete(irp, STATUS_SUCCESS);
 }
 
 // The last request of a file, when nobody can use it any more: also when its process ended without a word.
 NTSTATUS NTAPI OnClose(DEVICE_OBJECT*, IRP* irp) {
     FILE_OBJECT* const file = IoGetCurrentIrpStackLocation(irp)->FileObject;
+    if (file == nullptr) {
+        return Complete(irp, STATUS_INVALID_PARAMETER);
+    }
     {
         const LockHeld lock;
-        ControlBufferUsersLeave(HeldGet(file));
-        HeldSet(file, 0);
+        ControlFileClose(file);
     }
-    Complete(irp, STATUS_SUCCESS);
-    InterlockedDecrement(&Opens);
-    return STATUS_SUCCESS;
+    return Complete(irp, STATUS_SUCCESS);
 }
 
 // Finds a request's buffers. A length of 0 goes without one.
@@ -106,7 +90,7 @@ NTSTATUS BuffersFind(IRP* irp, const ControlCode& code, ULONG outputLength, Requ
     if (pages == nullptr || MmGetMdlByteCount(pages) < outputLength) {
         return STATUS_INVALID_PARAMETER;
     }
-    request->Output = static_cast<UCHAR*>(MmGetSystemAddressForMdlSafe(pages, NormalPagePriority));
+    request->Output = static_cast<UCHAR*>(MmGetSystemAddressForMdlSafe(pages, HardwareMappingPriority()));
     return request->Output == nullptr ? STATUS_INSUFFICIENT_RESOURCES : STATUS_SUCCESS;
 }
 
@@ -118,32 +102,23 @@ NTSTATUS NTAPI OnControl(DEVICE_OBJECT*, IRP* irp) {
         return Complete(irp, STATUS_INVALID_DEVICE_REQUEST);
     }
     Request request{};
+    request.File = stack->FileObject;
     NTSTATUS status = ControlLengthsCheck(*code, asked.InputBufferLength, asked.OutputBufferLength);
-    if (NT_SUCCESS(status)) {
+    if (request.File == nullptr) {
+        status = STATUS_INVALID_PARAMETER;
+    } else if (NT_SUCCESS(status)) {
         status = BuffersFind(irp, *code, asked.OutputBufferLength, &request);
     }
     if (NT_SUCCESS(status)) {
         const LockHeld lock;
-        request.Held = HeldGet(stack->FileObject);
         status = code->Serve(&request);
-        HeldSet(stack->FileObject, request.Held);
     }
     return Complete(irp, status, NT_SUCCESS(status) ? request.Returned : 0);
 }
 
-// The system unloads a driver whose files are all closed. Where it only says so before the last close has come here,
-// that is waited for, up to three seconds.
-void ClosesAwait() {
-    LARGE_INTEGER pause;
-    pause.QuadPart = -100000; // 10 ms, from now on
-    for (int round = 0; round < 300 && Opens > 0; ++round) {
-        KeDelayExecutionThread(KernelMode, FALSE, &pause);
-    }
-}
-
+// The system unloads a driver whose files are all closed.
 void NTAPI OnUnload(DRIVER_OBJECT* driver) {
     IoDeleteSymbolicLink(&LinkName);
-    ClosesAwait();
     ControlEnd();
     if (driver->DeviceObject != nullptr) {
         IoDeleteDevice(driver->DeviceObject);
@@ -154,8 +129,7 @@ void NTAPI OnUnload(DRIVER_OBJECT* driver) {
 
 // Makes the device and only then, when nobody but those who may can open it, the name that programs know.
 extern "C" NTSTATUS NTAPI DriverEntry(DRIVER_OBJECT* driver, UNICODE_STRING*) {
-    KeInitializeMutex(&Lock, 0);
-    Opens = 0;
+    LockMake();
     ControlStart();
     driver->MajorFunction[IRP_MJ_CREATE] = OnCreate;
     driver->MajorFunction[IRP_MJ_CLOSE] = OnClose;

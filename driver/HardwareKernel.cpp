@@ -1,13 +1,48 @@
 // The machine as the kernel gives access to it: in the driver that ships.
+#include "driver/FirmwareTable.h"
 #include "driver/Hardware.h"
 
 namespace RyxDriver {
 
 namespace {
 
-using RangesCall = PHYSICAL_MEMORY_RANGE*(NTAPI*)();
+// What not every system has is looked up: null where it is missing.
+struct Calls {
+    PHYSICAL_MEMORY_RANGE*(NTAPI* RangesGet)();
+    NTSTATUS(NTAPI* InformationQuery)(ULONG kind, PVOID information, ULONG length, ULONG* needed);
+    // Mappings that can't be executed, since versions 10 and 8.
+    PVOID(NTAPI* SpaceMap)(PHYSICAL_ADDRESS place, SIZE_T size, ULONG protection);
+    PVOID(NTAPI* BufferAllocate)
+    (SIZE_T size, PHYSICAL_ADDRESS lowest, PHYSICAL_ADDRESS highest, PHYSICAL_ADDRESS boundary, ULONG protection,
+     ULONG node);
+};
 
-constinit RangesCall RangesGet = nullptr; // null: there is none, or it has nothing to tell
+constinit Calls System{};
+
+template <typename Call, USHORT Size> void LookUp(Call* call, const WCHAR (&text)[Size]) {
+    UNICODE_STRING name = NameOf(text);
+    *call = reinterpret_cast<Call>(MmGetSystemRoutineAddress(&name));
+}
+
+constexpr ULONG NoExecute = 0x40000000; // MdlMappingNoExecute
+constexpr ULONG AnyNode = 0x80000000;   // MM_ANY_NODE_OK
+
+// What the system is asked for a table, and the table behind it, in the system's own layout.
+struct TableAnswer {
+    ULONG Provider;
+    ULONG Action;
+    ULONG Signature;
+    ULONG Length; // of Table
+    UCHAR Table[LargestFirmwareTable];
+};
+
+constexpr ULONG FirmwareTableInformation = 76;
+constexpr ULONG ProviderAcpi = 0x41435049; // 'ACPI'
+constexpr ULONG ActionGet = 1;
+constexpr ULONG AnswerHead = 16;
+
+// The requests come one after another, and it would be too large for a kernel stack.
+constinit TableAnswer Answer{};
 
 constexpr ULONG LowestBuffer = 0x10000;
 constexpr ULONG HighestBuffer = 0xFFFFFFFF;
@@ -60,25 +95,29 @@ void CopyTo(volatile UCHAR* mapped, ULONG length, const UCHAR* data) {
     }
 }
 
+void* Map(ULONG address, ULONG length, ULONG protection) {
+    return System.SpaceMap != nullptr ? System.SpaceMap(Physical(address), length, protection | PAGE_NOCACHE)
+                                      : MmMapIoSpace(Physical(address), length, MmNonCached);
+}
+
 } // namespace
 
-// Where not even a page of the firmware can be mapped, the system under the driver doesn't run on the machine itself,
-// and its account of the machine's memory isn't asked for. Nothing is read there.
 void HardwareStart() {
-    constexpr ULONG firmwarePage = 0xF0000;
-    constexpr ULONG pageSize = 0x1000;
-    RangesGet = nullptr;
-    void* const mapped = MmMapIoSpace(Physical(firmwarePage), pageSize, MmCached);
-    if (mapped == nullptr) {
-        return;
-    }
-    MmUnmapIoSpace(mapped, pageSize);
-    UNICODE_STRING name = NameOf(L"MmGetPhysicalMemoryRanges");
-    RangesGet = reinterpret_cast<RangesCall>(MmGetSystemRoutineAddress(&name));
+#ifndef RYX_FOR_WINE // where there is no such operation behind the name
+    LookUp(&System.RangesGet, L"MmGetPhysicalMemoryRanges");
+#endif
+    LookUp(&System.InformationQuery, L"ZwQuerySystemInformation");
+    LookUp(&System.SpaceMap, L"MmMapIoSpaceEx");
+    LookUp(&System.BufferAllocate, L"MmAllocateContiguousNodeMemory");
+}
+
+// The operation came with the same version, 8.
+MM_PAGE_PRIORITY HardwareMappingPriority() {
+    return static_cast<MM_PAGE_PRIORITY>(NormalPagePriority | (System.BufferAllocate != nullptr ? NoExecute : 0));
 }
 
 NTSTATUS HardwareRead(ULONG address, ULONG length, UCHAR* data) {
-    void* const mapped = MmMapIoSpace(Physical(address), length, MmNonCached);
+    void* const mapped = Map(address, length, PAGE_READONLY);
     if (mapped == nullptr) {
         return STATUS_ACCESS_DENIED;
     }
@@ -88,7 +127,7 @@ NTSTATUS HardwareRead(ULONG address, ULONG length, UCHAR* data) {
 }
 
 NTSTATUS HardwareWrite(ULONG address, ULONG length, const UCHAR* data) {
-    void* const mapped = MmMapIoSpace(Physical(address), length, MmNonCached);
+    void* const mapped = Map(address, length, PAGE_READWRITE);
     if (mapped == nullptr) {
         return STATUS_ACCESS_DENIED;
     }
@@ -97,13 +136,33 @@ NTSTATUS HardwareWrite(ULONG address, ULONG length, const UCHAR* data) {
     return STATUS_SUCCESS;
 }
 
+NTSTATUS HardwareTableGet(ULONG signature, UCHAR* table, ULONG size, ULONG* length) {
+    if (System.InformationQuery == nullptr) {
+        return STATUS_NOT_FOUND;
+    }
+    Answer.Provider = ProviderAcpi;
+    Answer.Action = ActionGet;
+    Answer.Signature = signature;
+    Answer.Length = size;
+    ULONG needed = 0;
+    const NTSTATUS status = System.InformationQuery(FirmwareTableInformation, &Answer, AnswerHead + size, &needed);
+    if (NT_SUCCESS(status)) {
+        *length = Answer.Length < size ? Answer.Length : size;
+        CopyFrom(Answer.Table, *length, table);
+    }
+    return status;
+}
+
 void HardwarePortWrite(USHORT port, UCHAR value) {
     __asm__ __volatile__("outb %0, %1" : : "a"(value), "Nd"(port) : "memory");
 }
 
 UCHAR* HardwareBufferAllocate(ULONG size, ULONG* address) {
-    void* const buffer = MmAllocateContiguousMemorySpecifyCache(size, Physical(LowestBuffer), Physical(HighestBuffer),
-                                                                Physical(0), MmNonCached);
+    void* const buffer = System.BufferAllocate != nullptr
+                             ? System.BufferAllocate(size, Physical(LowestBuffer), Physical(HighestBuffer), Physical(0),
+                                                     PAGE_READWRITE | PAGE_NOCACHE, AnyNode)
+                             : MmAllocateContiguousMemorySpecifyCache(
+                                   size, Physical(LowestBuffer), Physical(HighestBuffer), Physical(0), MmNonCached);
     if (buffer == nullptr) {
         return nullptr;
     }
@@ -117,11 +176,15 @@ UCHAR* HardwareBufferAllocate(ULONG size, ULONG* address) {
 }
 
 void HardwareBufferFree(UCHAR* buffer, ULONG size) {
-    MmFreeContiguousMemorySpecifyCache(buffer, size, MmNonCached);
+    if (System.BufferAllocate != nullptr) {
+        MmFreeContiguousMemory(buffer);
+    } else {
+        MmFreeContiguousMemorySpecifyCache(buffer, size, MmNonCached);
+    }
 }
 
 PHYSICAL_MEMORY_RANGE* HardwareRangesGet() {
-    return RangesGet == nullptr ? nullptr : RangesGet();
+    return System.RangesGet == nullptr ? nullptr : System.RangesGet();
 }
 
 void HardwareRangesFree(PHYSICAL_MEMORY_RANGE* ranges) {

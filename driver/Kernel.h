@@ -19,6 +19,8 @@ extern "C" NTSYSAPI NTSTATUS NTAPI ZwSetSecurityObject(HANDLE Handle, SECURITY_I
 
 namespace RyxDriver {
 
+constexpr ULONGLONG AddressEnd = 1ULL << 32; // of the memory that requests can name
+
 // A literal as the kernel takes names.
 template <USHORT Size> constexpr UNICODE_STRING NameOf(const WCHAR (&text)[Size]) {
     return {(Size - 1) * sizeof(WCHAR), Size * sizeof(WCHAR), const_cast<WCHAR*>(text)};

@@ -36,14 +36,28 @@ ManagedMemory::~ManagedMemory() {
     }
 }
 
-bool ManagedMemory::Meets(ULONGLONG begin, ULONGLONG end) const {
+bool ManagedMemory::Allows(ULONGLONG address, ULONG length) const {
+    const ULONGLONG end = address + length;
     Range range;
     for (ULONG index = 0; RangeAt(Given, index, &range); ++index) {
-        if (range.Begin <= begin ? begin - range.Begin < range.Length : range.Begin < end && range.Length != 0) {
-            return true;
+        if (range.Begin <= address ? address - range.Begin < range.Length : range.Begin < end && range.Length != 0) {
+            return false;
         }
     }
-    return false;
+    return end <= AddressEnd;
+}
+
+ULONGLONG ManagedMemory::LowEnd() const {
+    ULONGLONG end = 0;
+    Range range;
+    for (ULONG index = 0; RangeAt(Given, index, &range); ++index) {
+        if (range.Begin < AddressEnd) {
+            const ULONGLONG most = AddressEnd - range.Begin;
+            const ULONGLONG rangeEnd = range.Begin + (range.Length < most ? range.Length : most);
+            end = rangeEnd > end ? rangeEnd : end;
+        }
+    }
+    return end;
 }
 
 bool ManagedMemory::StretchFind(ULONGLONG* begin, ULONGLONG end, ULONGLONG* stretchEnd) const {

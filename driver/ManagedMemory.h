@@ -14,8 +14,11 @@ public:
     ManagedMemory(const ManagedMemory&) = delete;
     ManagedMemory& operator=(const ManagedMemory&) = delete;
 
-    // Whether any byte from `begin` to before `end` is managed.
-    bool Meets(ULONGLONG begin, ULONGLONG end) const;
+    // Whether `length` bytes from an address on end at 4 GiB at the latest, and none of them is managed.
+    bool Allows(ULONGLONG address, ULONG length) const;
+
+    // Where the highest managed memory below 4 GiB ends; 4 GiB at most.
+    ULONGLONG LowEnd() const;
 
     // Moves `begin` up to the first byte before `end` that isn't managed, and gives where the managed memory goes on,
     // or `end`. False when there is no such byte.

@@ -2,13 +2,13 @@
 #include "driver/RootTable.h"
 
 #include "driver/Hardware.h"
+#include "driver/Lock.h"
 #include "driver/ManagedMemory.h"
 
 namespace RyxDriver {
 
 namespace {
 
-constexpr ULONGLONG AddressEnd = 1ULL << 32;
 constexpr ULONGLONG MiB = 1ULL << 20;
 
 constexpr ULONG SignatureSize = 4;
@@ -22,8 +22,9 @@ constexpr ULONG RecordStep = 16;
 constexpr ULONG RecordAddressOffset = 20;
 constexpr ULONG RecordSize = 24;
 
-// Memory is looked at piece by piece, and pieces overlap by what a signature and the rest of its header could lack. The
-// requests come one after another, so that one piece serves them all; it would be too large for a kernel stack.
+// Memory is looked at piece by piece, and pieces overlap by what a signature and the rest of its header could lack.
+// Between pieces other requests have their turn. They may search as well, so that a piece is looked at as soon as it is
+// read; it would be too large for a kernel stack.
 constexpr ULONG PieceStep = 0x4000;
 constexpr ULONG PieceSize = PieceStep + HeaderSize - 1;
 constinit UCHAR Piece[PieceSize];
@@ -47,12 +48,16 @@ struct Wanted {
 constexpr Wanted Record{"IFE$", RecordSize, RecordStep};
 constexpr Wanted Table{"RSDT", HeaderSize, 1};
 
+// The firmware keeps its tables right above the highest memory that Windows manages; what comes further up is devices.
+constexpr ULONGLONG LargestFirmware = 64 * MiB;
+
 // Finds the first one from `begin` to before `end`, and gives the number that stands `offset` bytes into it.
 bool Find(const ManagedMemory& managed, const Wanted& wanted, ULONG offset, ULONGLONG begin, ULONGLONG end,
           ULONGLONG* place, ULONG* number) {
     ULONGLONG stretchEnd = 0;
     for (; managed.StretchFind(&begin, end, &stretchEnd); begin = stretchEnd) {
         for (; begin < stretchEnd && stretchEnd - begin >= wanted.Size; begin += PieceStep) {
+            LockPause();
             const ULONGLONG left = stretchEnd - begin;
             const ULONG length = left < PieceSize ? static_cast<ULONG>(left) : PieceSize;
             if (!NT_SUCCESS(HardwareRead(static_cast<ULONG>(begin), length, Piece))) {
@@ -73,9 +78,9 @@ bool Find(const ManagedMemory& managed, const Wanted& wanted, ULONG offset, ULON
 
 // The second table when there are two, else the first. The search goes on behind a table's own length.
 bool TableFind(const ManagedMemory& managed, ULONGLONG begin, ULONGLONG end, ULONG* address) {
-    if (end > AddressEnd) {
-        end = AddressEnd;
-    }
+    const ULONGLONG highest = managed.LowEnd() + LargestFirmware;
+    end = end < highest ? end : highest;
+    end = end < AddressEnd ? end : AddressEnd;
     ULONGLONG place = 0;
     ULONG length = 0;
     if (!Find(managed, Table, LengthOffset, begin, end, &place, &length)) {

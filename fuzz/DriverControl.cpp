@@ -1,36 +1,44 @@
 // Fuzz target: the helper driver under whatever programs do with its device, on a machine with memory of which Windows
 // manages some. What the driver says is compared with a model of what it may do.
-// Input: whether Windows tells what it manages, and how much; a piece of memory; then operations, one after another.
+// Input: whether Windows tells what it manages, and how much; a piece of memory; the firmware's tables; then
+// operations, one after another.
 #include "fuzz/Harness.h"
 #include "machine/kernel/Kernel.h"
 #include "machine/kernel/Memory.h"
+#include "machine/model/AcpiBuilder.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
 #include <iterator>
 #include <memory>
+#include <string_view>
 
 namespace {
 
 constexpr std::uint64_t AddressEnd = 1ULL << 32U;
 constexpr std::uint32_t LargestTransfer = 16U << 20U;
+constexpr std::uint32_t LargestWrite = 0x1000;
+constexpr std::uint32_t WritesEnd = 0xFEC00000;
 constexpr std::uint32_t ReadMemory = 0x222182;
 constexpr std::uint32_t WriteMemory = 0x222186;
 constexpr std::uint32_t GetBuffer = 0x22218A;
 constexpr std::uint32_t ReleaseBuffer = 0x22218E;
+constexpr std::uint32_t WritePort = 0x22219E;
 constexpr std::uint32_t LocateRsdt = 0x2221AA;
 constexpr std::uint32_t LocateRsdtNear = 0x2221C2;
 constexpr std::uint32_t Codes[] = {ReadMemory, WriteMemory, GetBuffer, ReleaseBuffer,
-                                   0x22219E,   LocateRsdt,  0x2221B0,  LocateRsdtNear};
+                                   WritePort,  LocateRsdt,  0x2221B0,  LocateRsdtNear};
 
 // Places where something begins or ends.
-constexpr std::uint32_t Places[] = {0,        0x1000,   0x9F000,  0xA0000,    0xE0000,    0xF0000,
-                                    0x100000, 0x110000, 0x3F0000, 0x3F000000, 0xFFFF0000, 0xFFFFFFF0};
+constexpr std::uint32_t Places[] = {
+    0,        0x1000,   0x9F000,    0xA0000,    0xE0000,    0xF0000,    0x100000,
+    0x110000, 0x3F0000, 0x3F000000, 0xFFFF0000, 0xFFFFFFF0, 0xE0000000, WritesEnd - LargestWrite,
+    WritesEnd};
 
 // What lies between them.
 constexpr StandIn::MemoryRange BetweenPlaces[] = {
-    {0x10000, 0x80000}, {0xB0000, 0x28000}, {0x120000, 0xFFFE0000 - 0x120000}};
+    {0x10000, 0x80000}, {0xB0000, 0x28000}, {0x120000, 0xDFFF0000 - 0x120000}, {0xE0010000, 0x1EBE0000}};
 
 std::uint32_t Address(InputReader* input) {
     const std::uint32_t place = Places[input->Byte() % std::size(Places)];
@@ -49,6 +57,10 @@ struct Model {
     int SearchesLeft = 2; // what takes long is done a few times only
     int LargeTransfersLeft = 0;
     std::vector<StandIn::MemoryRange> Managed; // as the driver has to see it
+    std::vector<StandIn::MemoryRange> Windows; // to the PCI configuration
+    bool WindowsTold = true;                   // false: the table of them is none
+    std::uint32_t Port = 0;                    // 0: none
+    bool TablesInMemory = false;               // there may be such tables that the driver finds by itself
     std::array<File, 4> Files;
 
     bool Open() const {
@@ -61,15 +73,21 @@ struct Model {
         }
         return users;
     }
-    bool MayTouch(std::uint32_t address, std::uint64_t length) const {
+    bool MayTouch(std::uint32_t code, std::uint32_t address, std::uint64_t length) const {
         const StandIn::AllocatedMemory& own = StandIn::MemoryAllocated();
         if (address >= own.Address && address + length <= own.Address + std::uint64_t{own.Data.size()}) {
             return true;
         }
-        return address + length <= AddressEnd &&
-               std::none_of(Managed.begin(), Managed.end(), [&](const StandIn::MemoryRange& one) {
-                   return one.Length != 0 && address < one.Address + one.Length && one.Address < address + length;
-               });
+        const auto free = [&](const std::vector<StandIn::MemoryRange>& ranges) {
+            return std::none_of(ranges.begin(), ranges.end(), [&](const StandIn::MemoryRange& one) {
+                return one.Length != 0 && address < one.Address + one.Length && one.Address < address + length;
+            });
+        };
+        if (code == WriteMemory &&
+            (length > LargestWrite || address + length > WritesEnd || !WindowsTold || !free(Windows))) {
+            return false;
+        }
+        return address + length <= AddressEnd && free(Managed);
     }
 };
 
@@ -88,6 +106,11 @@ void Control(InputReader* input, Model* model) {
     } else {
         given = input->Take(kind % 9);
     }
+    if (code == WritePort && input->Byte() < 0x80) {
+        const auto port = static_cast<std::uint16_t>(model->Port + (input->Byte() < 0xC0 ? 0 : input->Word()));
+        given = {static_cast<std::uint8_t>(port), static_cast<std::uint8_t>(port >> 8U), input->Byte(), 0, 0, 0};
+        given[3 + input->Byte() % 3] = input->Byte() & 1U;
+    }
     std::uint32_t length = input->Byte();
     if (length >= 0x40) {
         length = length == 0xFF && model->LargeTransfersLeft-- > 0 ? LargestTransfer + input->Byte() % 2
@@ -104,7 +127,7 @@ void Control(InputReader* input, Model* model) {
     std::copy_n(given.begin(), std::min(given.size(), sizeof first), reinterpret_cast<std::uint8_t*>(&first));
     const bool memory = code == ReadMemory || code == WriteMemory;
     const bool allowed =
-        memory && given.size() == 4 && length != 0 && length <= LargestTransfer && model->MayTouch(first, length);
+        memory && given.size() == 4 && length != 0 && length <= LargestTransfer && model->MayTouch(code, first, length);
     std::uint32_t returned = 0;
     const bool served =
         StandIn::KernelControl(file.Opened, code, given.data(), static_cast<std::uint32_t>(given.size()), output.get(),
@@ -112,8 +135,15 @@ void Control(InputReader* input, Model* model) {
     if (served && std::find(std::begin(Codes), std::end(Codes), code) == std::end(Codes)) {
         Fault("a code that the driver doesn't have was served");
     }
-    if (memory && served != allowed) {
+    if (memory && served != allowed && (served || code == ReadMemory || !model->TablesInMemory)) {
         Fault(served ? "memory was touched that may not be" : "memory was refused that may be touched");
+    }
+    if (code == WritePort) {
+        const bool right = given.size() == 6 && length == 0 && (given[3] | given[4] | given[5]) == 0 &&
+                           (first & 0xFFFFU) == model->Port && model->Port != 0;
+        if (served != right && !model->TablesInMemory) {
+            Fault(served ? "a port was written that may not be" : "the firmware's port was refused");
+        }
     }
     if (served && code == GetBuffer) {
         ++file.Held;
@@ -156,6 +186,32 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const auto end = std::find_if(machine.WindowsMemory->begin(), machine.WindowsMemory->end(),
                                       [](const auto& one) { return one.Address == 0 && one.Length == 0; });
         model.Managed.assign(machine.WindowsMemory->begin(), end); // an empty range at 0 ends the system's account
+    }
+    // A record that leads to tables in the piece of memory.
+    model.TablesInMemory = std::any_of(machine.Memory.begin(), machine.Memory.end(), [](const auto& one) {
+        constexpr std::string_view record = "IFE$";
+        return std::search(one.Data.begin(), one.Data.end(), record.begin(), record.end()) != one.Data.end();
+    });
+    const std::uint8_t tables = input.Byte();
+    if (tables % 2 != 0) {
+        model.Port = input.Word();
+        machine.AcpiTables["FACP"] = StandIn::AcpiBuilder("FACP", 244).Put(48, model.Port).Table();
+    }
+    if (tables / 2 % 4 != 0) {
+        StandIn::AcpiBuilder windows("MCFG", 44);
+        for (std::size_t at = 44; at < 44 + tables / 2 % 4 * 16; at += 16) {
+            const std::uint64_t base = Address(&input) & ~0xFFFFFU;
+            const std::uint8_t first = input.Byte();
+            const std::uint8_t last = input.Byte();
+            windows.Put(at, base).Put(at + 10, first).Put(at + 11, last).Put(at + 12, std::uint32_t{0});
+            model.Windows.push_back({base + (std::uint64_t{first} << 20U), (std::uint64_t{last} + 1 - first) << 20U});
+            model.WindowsTold = model.WindowsTold && (first <= last || base >= WritesEnd);
+        }
+        machine.AcpiTables["MCFG"] = windows.Table();
+        if (tables >= 0xE0) {
+            machine.AcpiTables["MCFG"].resize(tables % 44); // less than it says
+            model.WindowsTold = false;
+        }
     }
     StartOver(machine);
     if (StandIn::KernelDriverStart() != 0) {

@@ -308,7 +308,8 @@ void DriverControls() {
         return Bytes{4, file, code, 0, place, 0, 0, length};
     };
     const auto bare = [](std::uint8_t code, std::uint8_t length) { return Bytes{4, 0, code, 0x87, length}; };
-    const Bytes port{4, 0, 4, 0x84, 0xB2, 0, 1, 0, 0, 0, 0};
+    const Bytes port{4, 0, 4, 0x87, 0, 0, 0xD5, 0, 0, 0};
+    const Bytes tables{3, 0xB2, 0, 12, 0, 0, 0, 4}; // a port, and a window of 5 MiB
     int number = 0;
     for (const std::uint8_t kind : {0x00, 0x01, 0x07, 0x0D}) {
         Bytes input{kind, 4, 0x10, 0, 24};
@@ -317,8 +318,8 @@ void DriverControls() {
         for (int range = kind / 4 % 4; range != 0; --range) {
             input = Joined(input, {static_cast<std::uint8_t>(range), 0, 0, 0x80, 0});
         }
-        input = Joined(input, open);
-        for (const std::uint8_t place : {1, 2, 3, 5, 7, 11}) {
+        input = Joined(Joined(input, tables), open);
+        for (const std::uint8_t place : {1, 2, 3, 5, 7, 11, 12, 13, 14}) {
             input = Joined(Joined(input, control(0, 0, place, 16)), control(1, 1, place, 16));
         }
         input = Joined(Joined(input, control(0, 2, 1, 4)), control(1, 2, 1, 4));
@@ -336,7 +337,8 @@ void DriverControls() {
         found.resize(found.size() + 28);
     }
     for (const std::uint8_t kind : {0x01, 0xF1}) {
-        const Bytes start = Joined(Joined({kind, 4, 0x10, 0, static_cast<std::uint8_t>(found.size())}, found), open);
+        const Bytes start =
+            Joined(Joined({kind, 4, 0x10, 0, static_cast<std::uint8_t>(found.size())}, found), Joined({0}, open));
         const std::string name = "search-" + std::to_string(kind);
         Write("DriverControl", name + "-record", Joined(Joined(Joined(start, bare(5, 4)), bare(5, 4)), close));
         Write("DriverControl", name + "-near", Joined(Joined(start, control(0, 7, 4, 4)), close));

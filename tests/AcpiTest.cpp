@@ -70,6 +70,7 @@ constexpr std::uint32_t DsdtAddress = 0x4000000;
 // The system serves a FADT, and the driver finds a table by the record of the maker's firmware.
 void AddSystemTable(Machine& machine) {
     machine.AcpiTables["FACP"] = AcpiBuilder("FACP", 244).Put(40, DsdtAddress).Table();
+    machine.WindowsMemory = {{0x2000000, 0x1000000}}; // the driver looks at what firmware keeps right above
     Bytes record(32);
     BytesPut(record, 0, "IFE$");
     BytesPut(record, 20, std::uint32_t{0x6000000});

@@ -80,6 +80,7 @@ Machine RootTableMachine(bool registry) {
         machine.RegistryBinary["HARDWARE\\ACPI\\RSDT\\Example\\Board\\00000001"] = root;
     } else {
         machine.AcpiTables["FACP"] = AcpiBuilder("FACP", 244).Put(40, std::uint32_t{0x4000000}).Table();
+        machine.WindowsMemory = {{0x2000000, 0x1000000}}; // the driver looks at what firmware keeps right above
         machine.Memory.push_back({0x4001000, root});
     }
     return machine;

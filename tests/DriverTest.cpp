@@ -3,6 +3,7 @@
 #include "machine/kernel/Kernel.h"
 #include "machine/kernel/KernelObjects.h"
 #include "machine/kernel/Memory.h"
+#include "machine/model/AcpiBuilder.h"
 #include "machine/model/Faults.h"
 #include "machine/model/Machine.h"
 #include "machine/windows/MachineSet.h"
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <gtest/gtest.h>
 #include <list>
 #include <ntddk.h>
@@ -135,6 +137,29 @@ private:
     std::list<FILE_OBJECT> Files;
 };
 
+// The table of the firmware's port.
+Bytes FixedTable(std::uint32_t port, std::size_t size = 244) {
+    Bytes table = StandIn::AcpiBuilder("FACP", size).Put(48, port).Table();
+    table.resize(size);
+    StandIn::BytesPut(table, 4, static_cast<std::uint32_t>(size));
+    return table;
+}
+
+// The table of the windows to the PCI configuration.
+struct Window {
+    std::uint64_t Address;
+    std::uint8_t First;
+    std::uint8_t Last;
+};
+Bytes Windows(const std::vector<Window>& windows) {
+    StandIn::AcpiBuilder table("MCFG", 44);
+    for (std::size_t at = 44; const Window& one : windows) {
+        table.Put(at, one.Address).Put(at + 10, one.First).Put(at + 11, one.Last).Put(at + 12, std::uint32_t{0});
+        at += 16;
+    }
+    return table.Table();
+}
+
 bool BufferExists() {
     return !StandIn::MemoryAllocated().Data.empty();
 }
@@ -253,15 +278,163 @@ TEST(Driver, LeavesTheMemoryThatWindowsManagesAlone) {
         {0x200FFF, 2, false},       {0x203FFF, 1, false},       {0x204000, 16, true},
         {0xFFFFEFFF, 1, true},      {0xFFFFEFFF, 2, false},     {0xFFFFFFFF, 1, false},
         {0xFFFFFFFF, 2, false},     {0xFFFFFFF0, 0x100, false}, {0x204000, LargestTransfer, true},
-        {0xFF000000, 0x1000, true},
+        {0xFF000000, 0x1000, true}, {0x9F000, 0x1000, true},
     };
     for (const Range& one : ranges) {
         SCOPED_TRACE(testing::Message() << std::hex << one.Address << ' ' << one.Length);
         const NTSTATUS expected = one.Allowed ? STATUS_SUCCESS : STATUS_ACCESS_DENIED;
         EXPECT_EQ(driver.Read(file, one.Address, one.Length), expected);
-        EXPECT_EQ(driver.Write(file, one.Address, Bytes(one.Length, one.Allowed ? 7 : 8)), expected);
+        const bool written = one.Allowed && one.Length <= 4096 && one.Address + one.Length <= 0xFEC00000;
+        EXPECT_EQ(driver.Write(file, one.Address, Bytes(one.Length, written ? 7 : 8)),
+                  written ? STATUS_SUCCESS : STATUS_ACCESS_DENIED);
     }
     EXPECT_EQ(StandIn::MachineGet().Memory[0].Data, Bytes(0x300000, 7)) << "a refused write wrote";
+}
+
+TEST(Driver, WritesReachNoMoreThanTheFirmwareChannelNeeds) {
+    Machine machine = Managed(Ranges{{0x100000, 0x7EF00000}});
+    machine.AcpiTables["MCFG"] = Windows({{0xE0000000, 0, 0xFF}, {0xF0000000, 0x10, 0x11}, {FourGiB, 0, 0xFF}});
+    struct Range {
+        std::uint32_t Address;
+        std::size_t Length;
+        bool Allowed;
+    };
+    const Range ranges[] = {
+        {0x7F000000, 4096, true},  {0x7F000001, 4096, true},  {0x7F000000, 4097, false}, {0x7EFFFFFF, 2, false},
+        {0xDFFFFFFF, 1, true},     {0xDFFFFFFF, 2, false},    {0xEFFFFFFF, 1, false},    {0xF0000000, 4096, true},
+        {0xF0FFFFFF, 1, true},     {0xF0FFFFFF, 2, false},    {0xF11FFFFF, 1, false},    {0xF1200000, 1, true},
+        {0xFEBFF000, 4096, true},  {0xFEBFF001, 4096, false}, {0xFEC00000, 1, false},    {0xFEE00000, 4, false},
+        {0xFF000000, 4096, false}, {0xFFFFFFFF, 1, false},
+    };
+    for (const Range& one : ranges) {
+        SCOPED_TRACE(testing::Message() << std::hex << one.Address << ' ' << one.Length);
+        machine.Memory = {{one.Address, Bytes(one.Length, 7)}};
+        Loaded driver(machine);
+        EXPECT_EQ(driver.Write(driver.Open(), one.Address, Bytes(one.Length, 8)),
+                  one.Allowed ? STATUS_SUCCESS : STATUS_ACCESS_DENIED);
+        EXPECT_EQ(StandIn::MachineGet().Memory[0].Data, Bytes(one.Length, one.Allowed ? 8 : 7));
+    }
+    // A machine whose windows can't be told has no place to write to but the buffer.
+    Bytes longer = Windows({{0xE0000000, 0, 0}});
+    longer.resize(4097);
+    Bytes stated = Windows({});
+    stated[4] = 45;
+    const Bytes unfit[] = {longer, stated, Bytes(8, 36), Windows({{0xE0000000, 2, 1}}),
+                           Windows(std::vector<Window>(33, {0xE0000000, 0, 0}))};
+    for (const Bytes& table : unfit) {
+        machine.AcpiTables["MCFG"] = table;
+        Loaded driver(machine);
+        FILE_OBJECT* const file = driver.Open();
+        EXPECT_EQ(driver.Write(file, 0x7F000000, {1}), STATUS_ACCESS_DENIED) << table.size();
+        EXPECT_EQ(driver.Write(file, driver.BufferGet(file), Bytes(4096)), STATUS_SUCCESS);
+    }
+}
+
+// What the system can't tell just now counts as refused, and is asked for again.
+TEST(Driver, TablesThatCantBeHadJustNowAreAskedForAgain) {
+    for (const std::uint64_t failing : {1, 2}) {
+        Machine machine = Managed(Ranges());
+        machine.AcpiTables["FACP"] = FixedTable(0xB2);
+        machine.AcpiTables["MCFG"] = Windows({{0xE0000000, 0, 0}});
+        machine.Faults = {{*StandIn::OperationFind("ZwQuerySystemInformation"), 0, failing}};
+        Loaded driver(machine);
+        FILE_OBJECT* const file = driver.Open();
+        Bytes none;
+        const Bytes port{0xB2, 0, 1, 0, 0, 0};
+        EXPECT_EQ(driver.Write(file, 0xE0000000, {1}), STATUS_ACCESS_DENIED);
+        EXPECT_EQ(driver.Control(file, WritePort, port, &none), STATUS_SUCCESS);
+        EXPECT_EQ(driver.Write(file, 0xE0000000, {1}), STATUS_ACCESS_DENIED);
+        EXPECT_EQ(driver.Write(file, 0xE0100000, {1}), STATUS_SUCCESS);
+    }
+}
+
+TEST(Driver, WritesThePortThatTheFirmwareNamesAndNoOther) {
+    struct Case {
+        const char* What;
+        std::optional<Bytes> Table;
+        std::uint32_t Port; // 0: none
+    };
+    Bytes stated = FixedTable(0x142E, 52);
+    stated[4] = 51;
+    const Case cases[] = {
+        {"a port of two bytes", FixedTable(0x142E), 0x142E},
+        {"the shortest table", FixedTable(0xB2, 52), 0xB2},
+        {"a table that ends before the port", FixedTable(0xB2, 51), 0},
+        {"one that says so", stated, 0},
+        {"no port", FixedTable(0), 0},
+        {"a number that is no port", FixedTable(0x100B2), 0},
+        {"not even a header", Bytes(7, 0xB2), 0},
+        {"no table", std::nullopt, 0},
+    };
+    for (const Case& one : cases) {
+        SCOPED_TRACE(one.What);
+        Machine machine = Managed(Ranges());
+        if (one.Table) {
+            machine.AcpiTables["FACP"] = *one.Table;
+        }
+        Loaded driver(machine);
+        FILE_OBJECT* const file = driver.Open();
+        Bytes none;
+        for (std::uint32_t port = 0; port <= 0xFFFF; ++port) {
+            const Bytes input{static_cast<std::uint8_t>(port), static_cast<std::uint8_t>(port >> 8U), 0xD5, 0, 0, 0};
+            ASSERT_EQ(driver.Control(file, WritePort, input, &none),
+                      port != 0 && port == one.Port ? STATUS_SUCCESS : STATUS_ACCESS_DENIED)
+                << port;
+        }
+        for (std::size_t place = 3; place < 6; ++place) { // no wider value
+            Bytes input{static_cast<std::uint8_t>(one.Port), static_cast<std::uint8_t>(one.Port >> 8U), 0xD5, 0, 0, 0};
+            input[place] = 1;
+            EXPECT_EQ(driver.Control(file, WritePort, input, &none), STATUS_INVALID_PARAMETER);
+        }
+    }
+}
+
+// Where the system has no copies, the root table leads to the tables, as long as Windows doesn't manage them.
+TEST(Driver, TablesAreFoundByTheRootTable) {
+    constexpr std::uint32_t root = 0x2000000;
+    constexpr std::uint32_t fixed = 0x2100000;
+    constexpr std::uint32_t windows = 0x2200000;
+    constexpr std::uint32_t hidden = 0x2300000;
+    struct Case {
+        const char* What;
+        std::vector<std::uint32_t> Entries;
+        std::uint32_t More; // of the root table's length
+        std::uint32_t System;
+        Ranges Managed;
+        bool Port;
+        bool Window;
+    };
+    const Case cases[] = {
+        {"both", {hidden, 0, fixed, windows}, 0, 10, {}, true, true},
+        {"an old system", {windows, fixed}, 0, 5, {}, true, true},
+        {"a root table that is longer than itself", {fixed, windows}, 0x80000000, 10, {}, true, true},
+        {"none of them", {hidden}, 0, 10, {}, false, false},
+        {"a port in managed memory", {fixed, windows}, 0, 10, {{fixed + 8, 8}}, false, true},
+        {"a root table in managed memory", {fixed, windows}, 0, 10, {{root + 36, 0x100}}, false, false},
+    };
+    for (const Case& one : cases) {
+        SCOPED_TRACE(one.What);
+        Machine machine = Managed(one.Managed);
+        machine.WindowsMajor = one.System;
+        Put(&machine, 0xE0010, std::string("IFE$") + std::string(16, 0) + std::string("\0\0\0\x02", 4));
+        Bytes table = StandIn::AcpiRootTable<std::uint32_t>(one.Entries);
+        StandIn::BytesPut(table, 4, static_cast<std::uint32_t>(table.size()) + one.More);
+        machine.Memory.push_back({root, table});
+        machine.Memory.push_back({fixed, FixedTable(0xB2)});
+        machine.Memory.push_back({windows, Windows({{0x3000000, 0, 0}})});
+        if (one.System < 6) { // it can't be asked
+            machine.AcpiTables["FACP"] = FixedTable(0xB3);
+        }
+        Loaded driver(machine);
+        if (one.System < 6) {
+            StandIn::MachineGet().AcpiTables.clear();
+        }
+        FILE_OBJECT* const file = driver.Open();
+        Bytes none;
+        EXPECT_EQ(driver.Control(file, WritePort, {0xB2, 0, 1, 0, 0, 0}, &none),
+                  one.Port ? STATUS_SUCCESS : STATUS_ACCESS_DENIED);
+        EXPECT_EQ(driver.Write(file, 0x3000000, {1}), one.Window ? STATUS_ACCESS_DENIED : STATUS_SUCCESS);
+    }
 }
 
 TEST(Driver, WithoutAnAccountOfMemoryOnlyTheFirmwaresIsOpen) {
@@ -332,12 +505,7 @@ TEST(Driver, CloseGivesBackWhatACrashedUserHeld) {
     driver.BufferGet(open);
     driver.Unload();
     EXPECT_FALSE(BufferExists());
-    EXPECT_EQ(StandIn::KernelHere().Slept, 30000000) << "three seconds for the close";
     driver.Close(open);
-    Loaded idle(Managed(Ranges()));
-    idle.Close(idle.Open());
-    idle.Unload();
-    EXPECT_EQ(StandIn::KernelHere().Slept, 0);
 }
 
 TEST(Driver, OpensOnlyForReadingAndWritingByTheRightUsers) {
@@ -353,6 +521,19 @@ TEST(Driver, OpensOnlyForReadingAndWritingByTheRightUsers) {
         IO_SECURITY_CONTEXT security{access};
         FILE_OBJECT file{driver.Driver.DeviceObject, nullptr};
         EXPECT_EQ(StandIn::PlainSend(&file, IRP_MJ_CREATE, &security), expected) << access;
+    }
+    FILE_OBJECT nobodys{driver.Driver.DeviceObject, nullptr};
+    EXPECT_EQ(StandIn::PlainSend(&nobodys, IRP_MJ_CREATE), STATUS_ACCESS_DENIED) << "without a security context";
+    // A request that came through no file.
+    for (const UCHAR function : {IRP_MJ_CREATE, IRP_MJ_CLOSE, IRP_MJ_DEVICE_CONTROL}) {
+        IRP irp{};
+        IO_STACK_LOCATION stack{};
+        if (function == IRP_MJ_DEVICE_CONTROL) {
+            stack.Parameters.DeviceIoControl = {2, 0, GetVersion};
+        }
+        irp.CurrentStackLocation = &stack;
+        EXPECT_EQ(driver.Driver.MajorFunction[function](driver.Driver.DeviceObject, &irp), STATUS_INVALID_PARAMETER);
+        EXPECT_EQ(irp.Completions, 1U);
     }
     // Allowed, in 20 bytes, with all rights of a file: S-1-5-18, the system.
     const Bytes system{0, 0, 20, 0, 0xFF, 0x01, 0x1F, 0, 1, 1, 0, 0, 0, 0, 0, 5, 18, 0, 0, 0};
@@ -440,6 +621,54 @@ TEST(Driver, RootTableSearchNearAnAddress) {
             expected != 0 ? STATUS_SUCCESS : STATUS_NOT_FOUND);
         EXPECT_EQ(Number(found), expected);
     }
+}
+
+TEST(Driver, RootTableSearchEndsWithTheFirmwareAboveLowMemory) {
+    constexpr std::uint32_t top = 0x40000000;
+    constexpr std::uint32_t end = top + (64U << 20U);
+    const std::array<std::uint32_t, 3> cases[] = {
+        // where it asks, where a table is, what is found (0: nothing)
+        {top, top, top}, {end - 0x1000, end - 36, end - 36}, {end - 0x1000, end - 35, 0},
+        {end, end, 0},   {end + 0x1000, end - 36, end - 36}, {0xC0000000, 0xC0000000, 0},
+    };
+    for (const auto& [asked, place, expected] : cases) {
+        SCOPED_TRACE(testing::Message() << std::hex << asked << ' ' << place);
+        Machine machine = Managed(Ranges{{0x100000, top - 0x100000}, {FourGiB, FourGiB}});
+        Put(&machine, place, std::string("RSDT\x28\0\0\0", 8));
+        Loaded driver(machine);
+        Bytes found(4);
+        EXPECT_EQ(driver.Control(driver.Open(), LocateRsdtNear, LittleEndian(asked), &found),
+                  expected != 0 ? STATUS_SUCCESS : STATUS_NOT_FOUND);
+        EXPECT_EQ(Number(found), expected);
+    }
+}
+
+// While one searches, others search, hold the buffer and go.
+TEST(Driver, RootTableSearchLetsOthersHaveTheirTurn) {
+    Machine machine = Managed(Ranges());
+    Put(&machine, 0x1001000, std::string("RSDT\x28\0\0\0", 8));
+    Put(&machine, 0x1404000, std::string("RSDT\x28\0\0\0", 8));
+    Loaded driver(machine);
+    FILE_OBJECT* const file = driver.Open();
+    int turns = 0;
+    std::function<void()> others = [&] {
+        Bytes found(4);
+        if (++turns == 5) {
+            EXPECT_EQ(driver.Control(driver.Open(), LocateRsdtNear, LittleEndian(0x1002000), &found), STATUS_SUCCESS);
+            EXPECT_EQ(Number(found), 0x1404000U);
+            driver.BufferGet(file);
+        } else if (turns < 20) {
+            EXPECT_EQ(driver.Read(file, 0x1000000, 0x10000), STATUS_SUCCESS);
+            StandIn::KernelHere().OnMutexFree = others;
+        }
+    };
+    StandIn::KernelHere().OnMutexFree = others;
+    Bytes found(4);
+    EXPECT_EQ(driver.Control(file, LocateRsdtNear, LittleEndian(0x1000000), &found), STATUS_SUCCESS);
+    EXPECT_EQ(Number(found), 0x1404000U);
+    EXPECT_GE(turns, 5);
+    EXPECT_EQ(driver.BufferRelease(file), STATUS_SUCCESS) << "what was taken meanwhile is kept";
+    EXPECT_FALSE(BufferExists());
 }
 
 TEST(Driver, EntryThatFailsLeavesNothing) {

@@ -55,9 +55,10 @@ Machine BareMachine(bool buffer) {
     AcpiBuilder fadt("FACP", 132);
     AcpiBuilder maker(buffer ? "BATB" : "OEM0", 70);
     Machine machine;
+    machine.AcpiTables["FACP"] = fadt.Put(48, std::uint16_t{0xB2}).Table();
     machine.Memory = {{0xF0000, StandIn::AcpiRootPointer(0, 0x80000)},
                       {0x80000, StandIn::AcpiRootTable<std::uint32_t>({0x81000, 0x82000})},
-                      {0x81000, fadt.Put(48, std::uint16_t{0xB2}).Table()},
+                      {0x81000, machine.AcpiTables["FACP"]},
                       {0x82000, maker.Put(36, guid).Put(54, Buffer).Table()},
                       {Buffer, Bytes(0x1000)}};
     return machine;

@@ -115,20 +115,26 @@ TEST(Program, StartUpFailuresHaveTheirLines) {
     struct {
         const char* Lines;
         const char* Message;
+        const char* Reason = nullptr; // why the driver does not start, if it doesn't
     } const cases[] = {
         {"administrator = no", "\nFlash tool must be run with administrator privilege!\n\n"},
         {"fail = SetProcessAffinityMask\nfail = SetThreadAffinityMask", ""},
-        {"fail = StartServiceA", "\nFlash tool load driver failed!\n\n"},
-        {"fail = FindResourceA", "\nFlash tool load driver failed!\n\n"},
-        {"fail = GetTempPathA", "\nFlash tool load driver failed!\n\n"},
+        {"fail = StartServiceA", "\nFlash tool load driver failed!\n\n", "error 31: the driver ran and gave up"},
+        {"fail = OpenServiceA", "\nFlash tool load driver failed!\n\n", "error 5, \"Access is denied\": the rights"},
+        {"fail = FindResourceA", "\nFlash tool load driver failed!\n\n", "its file could not be made"},
+        {"fail = GetTempPathA", "\nFlash tool load driver failed!\n\n", "its file could not be made"},
         {"fail = RegCreateKeyExA\nfail = StartServiceA",
-         "Warning: Failed to create registry for driver.\n\nFlash tool load driver failed!\n\n"},
+         "Warning: Failed to create registry for driver.\n\nFlash tool load driver failed!\n\n", "error 31"},
     };
     for (const auto& test : cases) {
         const MachineFile machine(test.Lines);
         const Ran ran = RunProgram({"/type", "1"}, machine.Path);
         EXPECT_EQ(ran.ExitCode, 255) << test.Lines;
         EXPECT_EQ(ran.Output, test.Message + std::string(InitFailed)) << test.Lines;
+        EXPECT_EQ(std::count(ran.Errors.begin(), ran.Errors.end(), '\n'), test.Reason != nullptr ? 1 : 0);
+        EXPECT_TRUE(test.Reason == nullptr ||
+                    ran.Errors.starts_with(std::string("quarrinet: the helper driver does not start: ") + test.Reason))
+            << ran.Errors;
     }
 }
 

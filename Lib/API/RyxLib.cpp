@@ -8,6 +8,7 @@
 #include "Lib/Common/ArgumentCommand.h"
 #include "Lib/Common/CallbackFunctions.h"
 #include "Lib/Common/DescFunctions.h"
+#include "Lib/Common/DriverError.h"
 #include "Lib/Common/DriverLoad.h"
 #include "Lib/Common/FirmwareChannel.h"
 #include "Lib/Common/Instance.h"
@@ -42,6 +43,7 @@ RyxStatus PlatformPrepare() {
     }
     if (DriverRequest(DriverLoad) != RyxOk) {
         RyxPrintf("\nFlash tool load driver failed!\n\n");
+        std::fprintf(stderr, "quarrinet: %s\n", DriverErrorLine(DriverLoadError()).c_str());
         return RyxErrorDriverLoad;
     }
     return RyxOk;

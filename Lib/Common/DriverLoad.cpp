@@ -18,7 +18,8 @@ constexpr char CountValue[] = "RefCount";
 struct DriverState {
     bool Bits64;
     bool FileWritten;
-    bool Counted; // among the driver's users
+    bool Counted;        // among the driver's users
+    std::uint32_t Error; // of the last attempt to start it
     char Path[PathCapacity];
 };
 
@@ -126,8 +127,10 @@ HandleOwner DriverFileWrite(LoadMade* made) {
 
 bool InstallAttempt() {
     DriverServiceRemove();
-    DriverServiceStart(Driver.Path);
-    return DriverDeviceOpen();
+    const std::uint32_t started = DriverServiceStart(Driver.Path);
+    const bool opened = DriverDeviceOpen(&Driver.Error);
+    Driver.Error = opened || started != 0 ? started : Driver.Error;
+    return opened;
 }
 
 bool DriverInstall() {
@@ -167,6 +170,7 @@ bool DriverOpen() {
         return true;
     }
     std::memset(Driver.Path, 0, sizeof Driver.Path);
+    Driver.Error = 0;
     LoadMade made;
     const bool joined = DriverJoin(&made);
     Driver.Counted = made.Count;
@@ -213,6 +217,10 @@ RyxStatus DriverRequest(std::uint32_t operation, std::uint32_t code, const void*
     default:
         return RyxErrorUnsupported;
     }
+}
+
+std::uint32_t DriverLoadError() {
+    return Driver.Error;
 }
 
 RegistryView SharedRegistryView() {

@@ -16,6 +16,9 @@ constexpr std::uint32_t DriverControl = 2;
 RyxStatus DriverRequest(std::uint32_t operation, std::uint32_t code = 0, const void* input = nullptr,
                         std::uint32_t inputLength = 0, void* output = nullptr, std::uint32_t outputLength = 0);
 
+// Why the last load of this process failed: the system's error number, or 0 when it did not come to a start.
+std::uint32_t DriverLoadError();
+
 // Where the counts of all tools stand: in the 64-bit half of the registry when the last load found this 32-bit process
 // under a 64-bit system.
 RegistryView SharedRegistryView();

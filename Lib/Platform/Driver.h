@@ -19,14 +19,16 @@ constexpr std::uint32_t DriverRsdtLocateNear = 0x2221C2; // in: u32 address; out
 // program carries none.
 bool DriverImageFind(bool bits64, const void** image, std::uint32_t* size);
 
-// Creates the service for the driver file at `path` and starts it. What comes of it shows when the device is opened.
-void DriverServiceStart(const char* path);
+// Creates the service for the driver file at `path` and starts it. The result is the system's error number, or 0;
+// whether the driver runs shows when the device is opened.
+std::uint32_t DriverServiceStart(const char* path);
 
 // Stops the service and deletes it; a service that is missing or refuses is left alone.
 void DriverServiceRemove();
 
-// Opens the device of the driver that runs, which is then this process's until it is closed. False when none opens.
-bool DriverDeviceOpen();
+// Opens the device of the driver that runs, which is then this process's until it is closed. False when none opens;
+// `error`, where it is wanted, then gets the system's error number.
+bool DriverDeviceOpen(std::uint32_t* error = nullptr);
 bool DriverDeviceIsOpen();
 void DriverDeviceClose();
 

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 // Major and minor version of the operating system (0 and 0 when it does not tell).
 void SystemVersionGet(std::uint32_t* major, std::uint32_t* minor);
@@ -32,6 +33,9 @@ bool ExecutableFolderGet(char* folder, std::size_t capacity);
 
 // The folder for temporary files, terminated, as the system writes it. False as for ExecutableFolderGet.
 bool TemporaryFolderGet(char* folder, std::size_t capacity);
+
+// What the system says of one of its error numbers, in one line without a line break; empty when it says nothing.
+std::string SystemErrorText(std::uint32_t error);
 
 // The value of an environment variable, the system's own text; null when it is not set.
 const char* EnvironmentGet(const char* name);

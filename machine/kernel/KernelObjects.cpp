@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 namespace StandIn {
 
@@ -121,16 +122,18 @@ LONG NTAPI KeReleaseMutex(PRKMUTEX Mutex, BOOLEAN) {
         BugCheck("releases a mutex that it doesn't hold");
     }
     --KernelHere().MutexesTaken;
+    if (const auto act = std::exchange(KernelHere().OnMutexFree, nullptr)) {
+        act();
+    }
     return 0;
 }
 
-NTSTATUS NTAPI KeDelayExecutionThread(KPROCESSOR_MODE, BOOLEAN, PLARGE_INTEGER Interval) {
-    KernelHere().Slept -= Interval->QuadPart; // below 0: from now on
-    return STATUS_SUCCESS;
-}
-
 PVOID NTAPI MmMapLockedPagesSpecifyCache(PMDL MemoryDescriptorList, KPROCESSOR_MODE, MEMORY_CACHING_TYPE, PVOID, ULONG,
-                                         ULONG) {
+                                         ULONG Priority) {
+    constexpr ULONG noExecute = 0x40000000;
+    if (Priority != (NormalPagePriority | noExecute)) {
+        BugCheck("maps pages that can be executed");
+    }
     if (Fails(Named("MmMapLockedPagesSpecifyCache"))) {
         return nullptr;
     }

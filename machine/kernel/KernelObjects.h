@@ -6,6 +6,7 @@
 #include "machine/model/Machine.h"
 
 #include <cstdint>
+#include <functional>
 #include <list>
 #include <string>
 #include <utility>
@@ -28,7 +29,7 @@ struct KernelState {
     std::list<FILE_OBJECT> Files;
     std::list<KernelDevice*> ObjectHandles;
     LONG MutexesTaken = 0;
-    LONGLONG Slept = 0; // in 100 ns
+    std::function<void()> OnMutexFree; // what another thread does as soon as it can, once
 };
 
 KernelState& KernelHere();

@@ -93,6 +93,7 @@ constexpr std::string_view OperationNames[] = {
     "StartServiceA",
     "WaitForSingleObject",
     "WriteFile",
+    "ZwQuerySystemInformation",
     "ZwSetSecurityObject",
     "_getch",
 };

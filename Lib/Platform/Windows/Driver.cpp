@@ -34,7 +34,7 @@ bool DriverImageFind(bool bits64, const void** image, std::uint32_t* size) {
     return *image != nullptr && *size != 0;
 }
 
-void DriverServiceStart(const char* path) {
+std::uint32_t DriverServiceStart(const char* path) {
     if (const ServiceOwner manager{OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS)}) {
         // A failure does not count: the service may be there already, and whether its driver runs shows at the device.
         const ServiceOwner created{CreateServiceA(manager.get(), ServiceName, ServiceName, SERVICE_ALL_ACCESS,
@@ -43,11 +43,10 @@ void DriverServiceStart(const char* path) {
     }
     const ServiceOwner manager{OpenSCManagerA(nullptr, nullptr, SC_MANAGER_CONNECT)};
     if (manager == nullptr) {
-        return;
+        return GetLastError();
     }
-    if (const ServiceOwner service{OpenServiceA(manager.get(), ServiceName, SERVICE_START)}) {
-        StartServiceA(service.get(), 0, nullptr);
-    }
+    const ServiceOwner service{OpenServiceA(manager.get(), ServiceName, SERVICE_START)};
+    return service != nullptr && StartServiceA(service.get(), 0, nullptr) ? ERROR_SUCCESS : GetLastError();
 }
 
 void DriverServiceRemove() {
@@ -62,13 +61,16 @@ void DriverServiceRemove() {
     }
 }
 
-bool DriverDeviceOpen() {
+bool DriverDeviceOpen(std::uint32_t* error) {
     constexpr DWORD globalNamesSince = 5; // the major version that brought the \\.\Global\ names
     char name[32];
     std::snprintf(name, sizeof name, (GetVersion() & 0xFFU) >= globalNamesSince ? "\\\\.\\Global\\%s" : "\\\\.\\%s",
                   ServiceName);
     const HANDLE device = CreateFileA(name, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     Device = device == INVALID_HANDLE_VALUE ? nullptr : device;
+    if (Device == nullptr && error != nullptr) {
+        *error = GetLastError();
+    }
     return DriverDeviceIsOpen();
 }
 

@@ -128,6 +128,18 @@ bool TemporaryFolderGet(char* folder, std::size_t capacity) {
     return length != 0 && length < capacity;
 }
 
+std::string SystemErrorText(std::uint32_t error) {
+    char text[512];
+    // Without line breaks inside; the last one and the full stop go, too.
+    DWORD length =
+        FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK,
+                       nullptr, error, 0, text, sizeof text, nullptr);
+    while (length != 0 && std::strchr(" .\r\n", text[length - 1]) != nullptr) {
+        --length;
+    }
+    return std::string(text, length);
+}
+
 const char* EnvironmentGet(const char* name) {
     return std::getenv(name);
 }

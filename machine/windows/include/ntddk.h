@@ -17,6 +17,7 @@ typedef std::uint32_t ULONG;
 typedef long long LONGLONG;
 typedef unsigned long long ULONGLONG;
 typedef std::uintptr_t ULONG_PTR;
+typedef std::size_t SIZE_T;
 typedef wchar_t WCHAR;
 typedef void* HANDLE;
 typedef HANDLE* PHANDLE;
@@ -64,13 +65,17 @@ typedef struct _OBJECT_TYPE* POBJECT_TYPE;
 #define IRP_MJ_MAXIMUM_FUNCTION 0x1b
 #define IO_NO_INCREMENT 0
 
+#define PAGE_READONLY 0x02
+#define PAGE_READWRITE 0x04
+#define PAGE_NOCACHE 0x200
+
 #define MDL_MAPPED_TO_SYSTEM_VA 0x0001
 #define MDL_SOURCE_IS_NONPAGED_POOL 0x0004
 
 enum MODE { KernelMode };
 typedef enum _KWAIT_REASON { Executive } KWAIT_REASON;
 typedef enum _MEMORY_CACHING_TYPE { MmNonCached, MmCached } MEMORY_CACHING_TYPE;
-typedef enum _MM_PAGE_PRIORITY { NormalPagePriority = 16 } MM_PAGE_PRIORITY;
+typedef enum _MM_PAGE_PRIORITY : ULONG { NormalPagePriority = 16 } MM_PAGE_PRIORITY;
 
 typedef struct _UNICODE_STRING {
     USHORT Length; // in bytes
@@ -176,7 +181,6 @@ void NTAPI KeInitializeMutex(PRKMUTEX Mutex, ULONG Level);
 NTSTATUS NTAPI KeWaitForSingleObject(PVOID Object, KWAIT_REASON WaitReason, KPROCESSOR_MODE WaitMode, BOOLEAN Alertable,
                                      PLARGE_INTEGER Timeout);
 LONG NTAPI KeReleaseMutex(PRKMUTEX Mutex, BOOLEAN Wait);
-NTSTATUS NTAPI KeDelayExecutionThread(KPROCESSOR_MODE WaitMode, BOOLEAN Alertable, PLARGE_INTEGER Interval);
 
 PVOID NTAPI MmMapLockedPagesSpecifyCache(PMDL MemoryDescriptorList, KPROCESSOR_MODE AccessMode,
                                          MEMORY_CACHING_TYPE CacheType, PVOID RequestedAddress, ULONG BugCheckOnFailure,
@@ -186,14 +190,14 @@ NTSTATUS NTAPI ZwClose(HANDLE Handle);
 
 // The driver that ships reaches the machine by these. The stand-in's answers come in their place, in
 // KernelHardware.cpp; only a test answers these.
-PVOID NTAPI MmMapIoSpace(PHYSICAL_ADDRESS PhysicalAddress, std::size_t NumberOfBytes, MEMORY_CACHING_TYPE CacheType);
-void NTAPI MmUnmapIoSpace(PVOID BaseAddress, std::size_t NumberOfBytes);
-PVOID NTAPI MmAllocateContiguousMemorySpecifyCache(std::size_t NumberOfBytes, PHYSICAL_ADDRESS LowestAcceptableAddress,
+PVOID NTAPI MmMapIoSpace(PHYSICAL_ADDRESS PhysicalAddress, SIZE_T NumberOfBytes, MEMORY_CACHING_TYPE CacheType);
+void NTAPI MmUnmapIoSpace(PVOID BaseAddress, SIZE_T NumberOfBytes);
+PVOID NTAPI MmAllocateContiguousMemorySpecifyCache(SIZE_T NumberOfBytes, PHYSICAL_ADDRESS LowestAcceptableAddress,
                                                    PHYSICAL_ADDRESS HighestAcceptableAddress,
                                                    PHYSICAL_ADDRESS BoundaryAddressMultiple,
                                                    MEMORY_CACHING_TYPE CacheType);
-void NTAPI MmFreeContiguousMemorySpecifyCache(PVOID BaseAddress, std::size_t NumberOfBytes,
-                                              MEMORY_CACHING_TYPE CacheType);
+void NTAPI MmFreeContiguousMemory(PVOID BaseAddress);
+void NTAPI MmFreeContiguousMemorySpecifyCache(PVOID BaseAddress, SIZE_T NumberOfBytes, MEMORY_CACHING_TYPE CacheType);
 PHYSICAL_ADDRESS NTAPI MmGetPhysicalAddress(PVOID BaseAddress);
 PVOID NTAPI MmGetSystemRoutineAddress(PUNICODE_STRING SystemRoutineName);
 void NTAPI ExFreePool(PVOID P);
