@@ -39,13 +39,14 @@ template <typename Value> NTSTATUS Answer(Request* request, Value value) {
     return STATUS_SUCCESS;
 }
 
-// How many users of the communication buffer a file stands for is kept in the file itself, as a number.
+// How many users of the communication buffer an open file stands for is kept in the file itself, as a number that is
+// one more: what is not open has 0.
 ULONG HeldGet(const FILE_OBJECT* file) {
-    return static_cast<ULONG>(reinterpret_cast<ULONG_PTR>(file->FsContext));
+    return static_cast<ULONG>(reinterpret_cast<ULONG_PTR>(file->FsContext) - 1);
 }
 
 void HeldSet(FILE_OBJECT* file, ULONG held) {
-    file->FsContext = reinterpret_cast<PVOID>(static_cast<ULONG_PTR>(held));
+    file->FsContext = reinterpret_cast<PVOID>(ULONG_PTR{held} + 1);
 }
 
 // Counts users off; the last one frees the buffer.
@@ -102,7 +103,7 @@ bool BufferProvide(ULONG size) {
         Buffer.Size = size;
         Buffer.Users = 0;
     }
-    return Buffer.Bytes != nullptr && size <= Buffer.Size && Buffer.Users != ~ULONG{0};
+    return Buffer.Bytes != nullptr && size <= Buffer.Size && Buffer.Users < ~ULONG{0} - 1;
 }
 
 NTSTATUS BufferGet(Request* request) {
@@ -201,9 +202,13 @@ void ControlFileOpen(FILE_OBJECT* file) {
     HeldSet(file, 0);
 }
 
+bool ControlFileIsOpen(const FILE_OBJECT* file) {
+    return file != nullptr && file->FsContext != nullptr;
+}
+
 void ControlFileClose(FILE_OBJECT* file) {
     BufferUsersLeave(HeldGet(file));
-    HeldSet(file, 0);
+    file->FsContext = nullptr;
 }
 
 void ControlEnd() {

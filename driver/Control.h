@@ -37,8 +37,10 @@ NTSTATUS ControlLengthsCheck(const ControlCode& code, ULONG inputLength, ULONG o
 // Makes everything as at the driver's start; called before any other of these.
 void ControlStart();
 
-// A file that has been opened holds nothing; one that is closed gives back what it held.
+// A file that has been opened holds nothing; one that is closed gives back what it held. Only a file in between may
+// send requests: null is none, and one whose open was refused isn't either.
 void ControlFileOpen(FILE_OBJECT* file);
+bool ControlFileIsOpen(const FILE_OBJECT* file);
 void ControlFileClose(FILE_OBJECT* file);
 
 // Frees what is held, whoever uses it.

@@ -48,10 +48,7 @@ NTSTATUS NTAPI OnCreate(DEVICE_OBJECT*, IRP* irp) {
     constexpr ACCESS_MASK needed = FILE_READ_DATA | FILE_WRITE_DATA;
     const IO_STACK_LOCATION* const stack = IoGetCurrentIrpStackLocation(irp);
     const IO_SECURITY_CONTEXT* const context = stack->Parameters.Create.SecurityContext;
-    if (stack->FileObject == nullptr) {
-        return Complete(irp, STATUS_INVALID_PARAMETER);
-    }
-    if (context == nullptr || (context->DesiredAccess & needed) != needed) {
+    if (stack->FileObject == nullptr || context == nullptr || (context->DesiredAccess & needed) != needed) {
         return Complete(irp, STATUS_ACCESS_DENIED);
     }
     ControlFileOpen(stack->FileObject);
@@ -61,10 +58,7 @@ NTSTATUS NTAPI OnCreate(DEVICE_OBJECT*, IRP* irp) {
 // The last request of a file, when nobody can use it any more: also when its process ended without a word.
 NTSTATUS NTAPI OnClose(DEVICE_OBJECT*, IRP* irp) {
     FILE_OBJECT* const file = IoGetCurrentIrpStackLocation(irp)->FileObject;
-    if (file == nullptr) {
-        return Complete(irp, STATUS_INVALID_PARAMETER);
-    }
-    {
+    if (ControlFileIsOpen(file)) {
         const LockHeld lock;
         ControlFileClose(file);
     }
@@ -104,8 +98,8 @@ NTSTATUS NTAPI OnControl(DEVICE_OBJECT*, IRP* irp) {
     Request request{};
     request.File = stack->FileObject;
     NTSTATUS status = ControlLengthsCheck(*code, asked.InputBufferLength, asked.OutputBufferLength);
-    if (request.File == nullptr) {
-        status = STATUS_INVALID_PARAMETER;
+    if (!ControlFileIsOpen(request.File)) {
+        status = STATUS_ACCESS_DENIED;
     } else if (NT_SUCCESS(status)) {
         status = BuffersFind(irp, *code, asked.OutputBufferLength, &request);
     }

@@ -524,6 +524,10 @@ TEST(Driver, OpensOnlyForReadingAndWritingByTheRightUsers) {
     }
     FILE_OBJECT nobodys{driver.Driver.DeviceObject, nullptr};
     EXPECT_EQ(StandIn::PlainSend(&nobodys, IRP_MJ_CREATE), STATUS_ACCESS_DENIED) << "without a security context";
+    // Its open was refused, so that it has nothing to say.
+    Bytes version(2);
+    EXPECT_EQ(driver.Control(&nobodys, GetVersion, {}, &version), STATUS_ACCESS_DENIED);
+    driver.Close(&nobodys);
     // A request that came through no file.
     for (const UCHAR function : {IRP_MJ_CREATE, IRP_MJ_CLOSE, IRP_MJ_DEVICE_CONTROL}) {
         IRP irp{};
@@ -532,7 +536,8 @@ TEST(Driver, OpensOnlyForReadingAndWritingByTheRightUsers) {
             stack.Parameters.DeviceIoControl = {2, 0, GetVersion};
         }
         irp.CurrentStackLocation = &stack;
-        EXPECT_EQ(driver.Driver.MajorFunction[function](driver.Driver.DeviceObject, &irp), STATUS_INVALID_PARAMETER);
+        EXPECT_EQ(driver.Driver.MajorFunction[function](driver.Driver.DeviceObject, &irp),
+                  function == IRP_MJ_CLOSE ? STATUS_SUCCESS : STATUS_ACCESS_DENIED);
         EXPECT_EQ(irp.Completions, 1U);
     }
     // Allowed, in 20 bytes, with all rights of a file: S-1-5-18, the system.
