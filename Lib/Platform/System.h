@@ -33,5 +33,8 @@ bool ExecutableFolderGet(char* folder, std::size_t capacity);
 // The folder for temporary files, terminated, as the system writes it. False as for ExecutableFolderGet.
 bool TemporaryFolderGet(char* folder, std::size_t capacity);
 
+// Lets less than a second pass; an interrupt may end it early.
+void ThreadPause(std::uint32_t milliseconds);
+
 // The value of an environment variable, the system's own text; null when it is not set.
 const char* EnvironmentGet(const char* name);

@@ -128,6 +128,10 @@ bool TemporaryFolderGet(char* folder, std::size_t capacity) {
     return length != 0 && length < capacity;
 }
 
+void ThreadPause(std::uint32_t milliseconds) {
+    Sleep(milliseconds);
+}
+
 const char* EnvironmentGet(const char* name) {
     return std::getenv(name);
 }
