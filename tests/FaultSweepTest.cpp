@@ -162,8 +162,8 @@ Lines LeftoversAllowed(std::string_view call) {
     const char* const tools = "registry value Software\\RyxTool\\ToolsRefCount = 1";
     const char* const mutex = "handle of mutex RyxGlobalMutex";
     const char* const service = "service RYXLIB";
-    const char* const file = "file C:\\Windows\\Temp\\\\RyxLib64.sys";
-    const char* const driver = "driver RYXLIB from C:\\Windows\\Temp\\\\RyxLib64.sys";
+    const char* const file = "file C:\\Windows\\Temp\\RyxLib64.sys";
+    const char* const driver = "driver RYXLIB from C:\\Windows\\Temp\\RyxLib64.sys";
     const std::map<std::string_view, Lines> left = {
         // While the count says that there are other tools, the mutex stays open.
         {"RegOpenKeyExA", {tools, mutex, key, count}},
@@ -230,7 +230,7 @@ Lines ChangesAllowed(std::string_view call, Phase phase, unsigned others) {
     const std::string service = "service RYXLIB\n";
     const std::string name = "\\RyxLib64.sys\n";
     const std::string own = OwnFolder() + name;
-    const std::string temporary = "C:\\Windows\\Temp\\" + name;
+    const std::string temporary = "C:\\Windows\\Temp" + name;
     const std::string countLate = "-" + count + now + "+" + count + more;
     const std::string toolsLate = "-" + tools + now + "+" + tools + more;
     const std::map<std::pair<Phase, std::string_view>, Lines> changes = {

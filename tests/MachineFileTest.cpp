@@ -408,7 +408,7 @@ TEST(MachineState, AFolderThatCantBeUsedIsNamed) {
         Making Make;
         const char* Fault;
     } cases[] = {
-        {"lock", subfolder, ": Is a directory"},
+        {"lock", subfolder, ": not a regular file"},
         {"lock", fifo, ": not a regular file"},
         {"state", fifo, ": not a regular file"},
         {"state.new", fifo, ": not a regular file"},
@@ -419,7 +419,7 @@ TEST(MachineState, AFolderThatCantBeUsedIsNamed) {
         {"state", state("service a b 2 0\n"), ":2: not a line of a machine's state"},
         {"state", state("service a b 1 0 3\n"), ":2: not a line of a machine's state"},
         {"state", huge, ": File too large"},
-        {"state", loop, ": Too many levels of symbolic links"},
+        {"state", loop, ": a link, which is not followed here"},
     };
     for (const auto& test : cases) {
         std::filesystem::create_directory(kept);

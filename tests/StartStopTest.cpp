@@ -297,7 +297,7 @@ bool DriverOverwrite() {
     return overwritten;
 }
 void LinkLay() {
-    const StandIn::SharedAccess shared;
+    StandIn::SharedAccess shared;
     const std::string target = Victim;
     shared->Files[StandIn::FileKey(TemporaryDriver)] = {TemporaryDriver, FILE_ATTRIBUTE_REPARSE_POINT,
                                                         StandIn::Bytes(target.begin(), target.end())};
@@ -407,15 +407,15 @@ TEST(DriverLoading, FailingTakesBackOnlyItsOwn) {
         bool ServiceStays;
     };
     const Case cases[] = {
-        {"before anything is made", 1, {{key, 0, 1}, {resource}}, true, true},
-        {"before anything is made", 3, {{value, 0, 1}, {resource}}, true, true},
+        {"before anything is made", 1, {{key}, {resource}}, true, true},
+        {"before anything is made", 3, {{value}, {resource}}, true, true},
         {"before anything is made", 0, {{resource}}, true, true},
         {"no file", 0, {{file}}, true, true},
-        {"with a file", 1, {{key, 0, 1}, {read}}, true, true},
-        {"with a file", 3, {{value, 0, 1}, {read}}, true, true},
+        {"with a file", 1, {{key}, {read}}, true, true},
+        {"with a file", 3, {{value}, {read}}, true, true},
         {"with a file", 0, {{read}}, true, true},
         {"with a count that was stale", 3, {{file}}, false, true},
-        {"with a service", 1, {{key, 0, 1}, {start}}, true, false},
+        {"with a service", 1, {{key}, {start}}, true, false},
         {"with a service", 0, {{start}}, true, false},
     };
     for (const Case& failing : cases) {
@@ -433,6 +433,34 @@ TEST(DriverLoading, FailingTakesBackOnlyItsOwn) {
         MachineGet().Faults.clear();
         EXPECT_EQ(StandIn::Leftovers(), expected);
     }
+}
+
+TEST(DriverLoading, JoinsOnceMoreBeforeItFails) {
+    // A tool of another kind starts the driver while this one tries to, and keeps this one from it.
+    const auto otherStarts = [] {
+        StandIn::SharedAccess shared;
+        shared->Services["ryxlib"] = {"RYXLIB", TemporaryDriver, true};
+    };
+    for (const std::uint64_t pauses : {0U, 2U}) {
+        StartOver(Machine());
+        MachineGet().Faults = {{Named("FindResourceA")}};
+        MachineGet().Intrusions = {{Named("RegOpenKeyExA"), 2 + pauses, otherStarts}};
+        EXPECT_EQ(DriverRequest(DriverLoad), RyxOk) << pauses;
+        EXPECT_EQ(DriverCount(), 2U);
+        EXPECT_EQ(DriverRequest(DriverUnload), RyxOk);
+        EXPECT_EQ(DriverCount(), 1U);
+        EXPECT_TRUE(ServiceRuns());
+    }
+    // The file that it wrote then is of no use.
+    StartOver(Machine());
+    MachineGet().Faults = {{Named("ReadFile")}};
+    MachineGet().Intrusions = {{Named("ReadFile"), 1, [&] {
+                                    otherStarts();
+                                    StandIn::SharedAccess shared;
+                                    shared->Services["ryxlib"].Path = "C:\\Elsewhere\\RyxLib64.sys";
+                                }}};
+    EXPECT_EQ(DriverRequest(DriverLoad), RyxOk);
+    EXPECT_EQ(DriverFile(), "");
 }
 
 TEST(DriverLoading, ACountThatCantBeReachedStays) {

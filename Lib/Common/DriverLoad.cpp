@@ -1,11 +1,13 @@
 // The helper driver: loading, sharing and unloading it.
 #include "Lib/Common/DriverLoad.h"
 
+#include "Lib/Platform/Console.h"
 #include "Lib/Platform/Files.h"
 #include "Lib/Platform/System.h"
 
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -14,6 +16,15 @@ constexpr char SoftwareKey[] = "Software";
 constexpr char CountKeyName[] = "RyxDrv";
 constexpr char CountKey[] = "Software\\RyxDrv";
 constexpr char CountValue[] = "RefCount";
+
+// In milliseconds. A wait goes in slices, so that an interrupt cuts it short.
+constexpr std::uint32_t LockWait = 5000;
+constexpr std::uint32_t LockWaitInterrupted = 2000;
+constexpr std::uint32_t LockWaitSlice = 250;
+constexpr std::uint32_t LingerWait = 1000;
+constexpr std::uint32_t LingerPause = 50;
+constexpr int LateJoins = 4;
+constexpr std::uint32_t LateJoinPause = 250;
 
 struct DriverState {
     bool Bits64;
@@ -32,7 +43,7 @@ struct LoadMade {
 
 DriverState Driver{};
 
-// Counts this process as the first user.
+// Counts this process as the first user. Nothing stands between the key and its value that could end the process.
 void CountBegin(LoadMade* made) {
     RegistryKey key = RegistryKeyCreate(CountKey, SharedRegistryView());
     if (key == nullptr) {
@@ -69,6 +80,23 @@ bool DriverJoin(LoadMade* made) {
     return joined;
 }
 
+// A tool that takes no lock may have started the driver meanwhile, and keep this one from it: joins it, if it comes up
+// within a second.
+bool DriverJoinLate() {
+    for (int joins = 0; joins < LateJoins && !ConsoleInterrupted(); ++joins) {
+        if (joins != 0) {
+            ThreadPause(LateJoinPause);
+        }
+        const RegistryKey key = RegistryKeyOpen(CountKey, SharedRegistryView());
+        std::uint32_t users = 0;
+        if (key != nullptr && RegistryNumberRead(key, CountValue, &users) && DriverDeviceOpen()) {
+            Driver.Counted = RegistryNumberWrite(key, CountValue, users + 1);
+            return true;
+        }
+    }
+    return false;
+}
+
 // Takes this process out of the count. True when no other tool uses the driver. Where this process could not be
 // counted, the count is that of others and stays.
 bool DriverLeave() {
@@ -89,9 +117,12 @@ bool DriverLeave() {
     return !others;
 }
 
-// Appends a backslash and the file name to a folder's path; false when they don't fit.
+// Appends the file name to a folder's path, which may end with a backslash; false when it doesn't fit.
 bool FileNameAppend(char (&path)[PathCapacity], const char* name) {
-    const std::size_t length = std::strlen(path);
+    std::size_t length = std::strlen(path);
+    if (length != 0 && path[length - 1] == '\\') {
+        --length;
+    }
     const std::size_t nameSize = std::strlen(name) + 1;
     if (length + 1 + nameSize > PathCapacity) {
         return false;
@@ -102,7 +133,8 @@ bool FileNameAppend(char (&path)[PathCapacity], const char* name) {
 }
 
 // Writes the driver that the program carries to the temporary folder, or else beside the executable, and holds it:
-// between here and the start of the service nobody can put another driver in its place. Null on failure.
+// between here and the start of the service nobody can put another driver in its place, nor, by a link above it, lead
+// the start to another. Null on failure.
 HandleOwner DriverFileWrite(LoadMade* made) {
     const char* name = Driver.Bits64 ? "RyxLib64.sys" : "RyxLib.sys";
     const void* image = nullptr;
@@ -122,7 +154,8 @@ HandleOwner DriverFileWrite(LoadMade* made) {
         std::memcpy(Driver.Path, temporary, PathCapacity);
     }
     Driver.FileWritten = made->File = status == RyxOk;
-    return made->File ? FileHold(Driver.Path, image, size) : nullptr;
+    HandleOwner file = made->File ? FileHold(Driver.Path, image, size) : nullptr;
+    return file != nullptr && HeldPathGet(file, Driver.Path, PathCapacity) ? std::move(file) : nullptr;
 }
 
 bool InstallAttempt() {
@@ -169,6 +202,10 @@ bool DriverOpen() {
     if (DriverDeviceIsOpen()) {
         return true;
     }
+    const ToolsLock lock;
+    if (ConsoleInterrupted()) {
+        return false;
+    }
     std::memset(Driver.Path, 0, sizeof Driver.Path);
     Driver.Error = 0;
     LoadMade made;
@@ -183,8 +220,35 @@ bool DriverOpen() {
             return true;
         }
     }
+    if (DriverJoinLate()) {
+        if (made.File) {
+            FileRemove(Driver.Path); // unless it is the one that runs
+        }
+        return true;
+    }
     LoadUndo(made);
     return false;
+}
+
+bool DriverUnused() {
+    bool missing = false;
+    RegistryKeyOpen(CountKey, SharedRegistryView(), &missing);
+    return missing;
+}
+
+// The file of a driver that others use can't be deleted. Tools that were started together end together: this one gives
+// them a moment, and if that was enough, takes its file away.
+void DriverFileLinger() {
+    for (std::uint32_t waited = 0; waited < LingerWait && !ConsoleInterrupted(); waited += LingerPause) {
+        ThreadPause(LingerPause);
+        if (DriverUnused()) {
+            break;
+        }
+    }
+    const ToolsLock lock;
+    if (DriverUnused()) {
+        DriverFileRemove();
+    }
 }
 
 // Takes this process out of the count and, when it was the last user, takes the service and the driver file away.
@@ -192,17 +256,38 @@ void DriverRemove() {
     if (!DriverDeviceIsOpen()) {
         return;
     }
-    DriverDeviceClose();
-    if (!DriverLeave()) {
-        return;
+    {
+        const ToolsLock lock;
+        DriverDeviceClose();
+        if (DriverLeave()) {
+            DriverServiceRemove();
+            if (Driver.FileWritten) {
+                DriverFileRemove();
+            }
+        }
     }
-    DriverServiceRemove();
     if (Driver.FileWritten) {
-        DriverFileRemove();
+        DriverFileLinger();
     }
 }
 
 } // namespace
+
+ToolsLock::ToolsLock() : Mutex(MutexCreate("Global\\RyxDriverMutex", nullptr)) {
+    for (std::uint32_t waited = 0; Mutex != nullptr && !Held && waited < LockWait; waited += LockWaitSlice) {
+        if (ConsoleInterrupted() && waited >= LockWaitInterrupted) {
+            break;
+        }
+        Held = MutexAcquire(Mutex, LockWaitSlice);
+    }
+}
+
+ToolsLock::~ToolsLock() {
+    if (Held) {
+        MutexRelease(Mutex);
+    }
+    MutexClose(Mutex);
+}
 
 RyxStatus DriverRequest(std::uint32_t operation, std::uint32_t code, const void* input, std::uint32_t inputLength,
                         void* output, std::uint32_t outputLength) {

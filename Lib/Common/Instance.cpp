@@ -45,6 +45,7 @@ std::uint32_t ToolsRefCountGet() {
 }
 
 bool ToolsRefCountIncrement() {
+    const ToolsLock lock;
     const RegistryKey key = RegistryKeyCreate(CountKey, SharedRegistryView());
     if (key == nullptr) {
         return false;
@@ -57,6 +58,7 @@ bool ToolsRefCountIncrement() {
 }
 
 void ToolsRefCountDecrement() {
+    const ToolsLock lock;
     const RegistryKey key = RegistryKeyOpen(CountKey, SharedRegistryView());
     if (key == nullptr) {
         return;

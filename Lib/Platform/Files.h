@@ -4,6 +4,7 @@
 #include "Lib/Platform/Handle.h"
 #include "Lib/RyxStatus.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -15,6 +16,10 @@ RyxStatus FileMake(const char* path, const void* data, std::uint32_t size);
 // Holds a file so that nobody can write to it, replace it or delete it. Null when it can't be opened, is a link, or
 // holds anything but these `size` bytes. It is held as long as the handle has its owner.
 HandleOwner FileHold(const char* path, const void* data, std::uint32_t size);
+
+// Gives the path that a held file itself has, whatever links led to it. Where the system does not tell, or the file
+// lies on no drive, `path` stays as it is. False when it doesn't fit `capacity` characters.
+bool HeldPathGet(const HandleOwner& file, char* path, std::size_t capacity);
 
 // Reads the whole file of this process's program, whatever characters its path has and whoever else has it open, into a
 // new block of `size` bytes. RyxErrorFileOpen: it can't be opened or its path or size is not told; RyxErrorMemory;

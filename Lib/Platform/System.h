@@ -37,5 +37,8 @@ bool TemporaryFolderGet(char* folder, std::size_t capacity);
 // What the system says of one of its error numbers, in one line without a line break; empty when it says nothing.
 std::string SystemErrorText(std::uint32_t error);
 
+// Lets less than a second pass; an interrupt may end it early.
+void ThreadPause(std::uint32_t milliseconds);
+
 // The value of an environment variable, the system's own text; null when it is not set.
 const char* EnvironmentGet(const char* name);

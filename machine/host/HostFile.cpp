@@ -12,8 +12,12 @@ namespace StandIn {
 
 int HostFileRead(const std::string& path, Bytes* content, std::size_t limit) {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    return file < 0 ? errno : HostFileRead(file, content, limit);
+}
+
+int HostFileRead(int file, Bytes* content, std::size_t limit) {
     struct stat about {};
-    if (file < 0 || fstat(file, &about) != 0) {
+    if (fstat(file, &about) != 0) {
         return errno;
     }
     content->clear();

@@ -37,6 +37,9 @@ constexpr std::size_t FileSizeLimit = std::size_t{256} << 20; // also ends the r
 // the system's error. May throw std::bad_alloc.
 int HostFileRead(const std::string& path, Bytes* content, std::size_t limit = FileSizeLimit);
 
+// The same with a file that was opened not to block.
+int HostFileRead(int file, Bytes* content, std::size_t limit = FileSizeLimit);
+
 // One line that names the file and says what an error number means.
 std::string HostFault(const std::string& path, int error);
 

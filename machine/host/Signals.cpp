@@ -8,8 +8,9 @@ namespace StandIn {
 
 namespace {
 
-// A pipe without a reader ends a process as an interrupt does.
-constexpr int InterruptSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
+// Every signal that ends a process, but for those that tell of a fault in its code: it winds down for all of them.
+constexpr int InterruptSignals[] = {SIGINT,    SIGTERM, SIGHUP,  SIGPIPE, SIGQUIT, SIGALRM,
+                                    SIGVTALRM, SIGPROF, SIGUSR1, SIGUSR2, SIGXCPU, SIGPOLL};
 
 bool (*Handler)(int number) = nullptr;
 volatile std::sig_atomic_t Taken = 0;
@@ -22,7 +23,6 @@ sigset_t CaughtSignals() {
         sigaddset(&set, number);
     }
     sigaddset(&set, SIGTSTP);
-    sigaddset(&set, SIGQUIT);
     return set;
 }
 
@@ -31,6 +31,8 @@ void InterruptTake(int number) {
     const int error = errno;
     if (Taken == 0) {
         Taken = number;
+    } else if (number == SIGQUIT) {
+        SignalDefaultRaise(number); // for who does not want to wait
     }
     if (void (*const step)() = FirstStep; step != nullptr) {
         step();
@@ -63,7 +65,7 @@ void InterruptFirst(void (*step)()) {
 // A wait or a write ends when the signal comes.
 void SignalCatch(int number, void (*handler)(int), struct sigaction* before) {
     sigaction(number, nullptr, before);
-    if (before->sa_handler == SIG_IGN) {
+    if (before->sa_handler == SIG_IGN || (before->sa_handler != SIG_DFL && before->sa_handler != handler)) {
         return;
     }
     struct sigaction action {};

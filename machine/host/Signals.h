@@ -12,7 +12,7 @@ void InterruptsCatch(bool (*handler)(int number));
 // The signal that interrupted the process first, or 0.
 int InterruptTaken();
 
-// Has a handler called for a signal, unless that is ignored, and keeps what was done before.
+// Has a handler called for a signal, unless that is ignored or caught otherwise, and keeps what was done before.
 void SignalCatch(int number, void (*handler)(int), struct sigaction* before);
 
 // Has `step`, which has to be fit for handlers, called first when a signal interrupts the process.

@@ -9,7 +9,6 @@
 #include <cstddef>
 #include <cstdio>
 #include <fcntl.h>
-#include <iterator>
 #include <poll.h>
 #include <termios.h>
 #include <unistd.h>
@@ -34,12 +33,11 @@ termios ModesMeanwhile{};
 // The second code of the key that was read last, or 0.
 int SecondCode = 0;
 
-// What the terminal's own keys, which stop or quit the process, did before the wait.
-constexpr int KeySignals[] = {SIGTSTP, SIGQUIT};
-struct sigaction KeyActionsBefore[std::size(KeySignals)];
+// What the terminal's own key that stops the process did before the wait.
+struct sigaction StopActionBefore {};
 
-// The process stops or ends here, with the terminal as it was. When it goes on, so does the wait.
-void KeySignalTake(int number) {
+// The process stops here, with the terminal as it was. When it goes on, so does the wait.
+void StopSignalTake(int number) {
     const int error = errno;
     tcsetattr(Keyboard, TCSANOW, &ModesBefore);
     SignalDefaultRaise(number);
@@ -54,9 +52,7 @@ void TerminalRestore() {
         return;
     }
     tcsetattr(Keyboard, TCSANOW, &ModesBefore);
-    for (std::size_t i = 0; i < std::size(KeySignals); ++i) {
-        sigaction(KeySignals[i], &KeyActionsBefore[i], nullptr);
-    }
+    sigaction(SIGTSTP, &StopActionBefore, nullptr);
     close(Keyboard);
     Keyboard = -1;
 }
@@ -81,9 +77,7 @@ void WaitBegin() {
     ModesMeanwhile.c_cc[VTIME] = 0;
     Keyboard = terminal;
     InterruptFirst(TerminalRestore);
-    for (std::size_t i = 0; i < std::size(KeySignals); ++i) {
-        SignalCatch(KeySignals[i], KeySignalTake, &KeyActionsBefore[i]);
-    }
+    SignalCatch(SIGTSTP, StopSignalTake, &StopActionBefore);
     tcsetattr(terminal, TCSANOW, &ModesMeanwhile);
 }
 

@@ -37,6 +37,7 @@ constexpr std::string_view OperationNames[] = {
     "GetConsoleMode",
     "GetConsoleScreenBufferInfo",
     "GetFileSize",
+    "GetFinalPathNameByHandleA",
     "GetFirmwareEnvironmentVariableW",
     "GetModuleFileNameA",
     "GetModuleFileNameW",

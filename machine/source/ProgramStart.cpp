@@ -1,9 +1,13 @@
 // Chooses the program's machine before the program begins.
 #include "machine/host/HostFile.h"
+#include "machine/host/Message.h"
 #include "machine/source/MachineChoice.h"
+#include "machine/windows/Interrupts.h"
 #include "machine/windows/MachineSet.h"
 
 #include <algorithm>
+#include <csignal>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -37,12 +41,35 @@ void StandardStreamsHold() {
     }
 }
 
+// Memory that is kept back for the way out when there is no more. It is small enough to lie among the other blocks.
+class Reserve {
+public:
+    static void Keep() { Block = std::malloc(size); }
+    // Gives it back; false when that was done before.
+    static bool Release() {
+        std::free(Block);
+        return std::exchange(Block, nullptr) != nullptr;
+    }
+
+private:
+    static constexpr std::size_t size = 120 << 10;
+    static inline void* Block = nullptr;
+};
+
+// A request as large as this may fail: who makes it looks whether it did.
+constexpr std::size_t LargeRequest = 32 << 10;
+
+bool Started = false; // the machine is read
+
 struct ProgramStart {
     ProgramStart() {
         if (OnlyProbed()) {
+            Started = true;
             return;
         }
+        Reserve::Keep();
         StandardStreamsHold();
+        std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow is an error of its write
         try {
             const char* const choice = std::getenv("QUARRINET_MACHINE");
             std::string error;
@@ -50,19 +77,20 @@ struct ProgramStart {
             std::optional<StandIn::Machine> machine =
                 StandIn::MachineRead(choice != nullptr ? choice : "", &error, &notice);
             if (!machine) {
-                End(error.c_str());
+                End(error);
             }
             if (!notice.empty()) {
-                std::fprintf(stderr, "quarrinet: %s\n", notice.c_str());
+                StandIn::MessageSay(notice);
             }
             StandIn::MachineSet(std::move(*machine));
         } catch (const std::bad_alloc&) {
             End("not enough memory for the machine");
         }
+        Started = true;
     }
 
-    [[noreturn]] static void End(const char* error) {
-        std::fprintf(stderr, "quarrinet: %s\n", error);
+    [[noreturn]] static void End(std::string_view error) {
+        StandIn::MessageSay(error);
         std::exit(ExitUnusable);
     }
 };
@@ -70,6 +98,30 @@ struct ProgramStart {
 const ProgramStart Start;
 
 } // namespace
+
+// While the machine is read, running out of memory is an exception like any other; the reserve lets it be thrown,
+// before the standard library has memory of its own for that. Later it ends the run as an interrupt does, and the
+// reserve is what the way out takes.
+void* operator new(std::size_t size) {
+    for (;;) {
+        if (void* const block = std::malloc(std::max<std::size_t>(size, 1))) {
+            return block;
+        }
+        if (!Started || size >= LargeRequest || !Reserve::Release()) {
+            Reserve::Release();
+            throw std::bad_alloc();
+        }
+        StandIn::InterruptForMemory();
+    }
+}
+
+void operator delete(void* block) noexcept {
+    std::free(block);
+}
+
+void operator delete(void* block, std::size_t) noexcept {
+    std::free(block);
+}
 
 // What the standard library calls for an exception that nothing catches. Its own one names the exception, and brings
 // along a reader of mangled names for that, a tenth of the program.

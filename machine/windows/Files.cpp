@@ -53,19 +53,32 @@ bool HasDrive(const std::string& key) {
     return key.size() >= 2 && key[1] == ':';
 }
 
-// Whether a file can be made there: in the temporary folder, or in a folder of this computer.
-bool FolderExists(const std::string& key, const std::string& path) {
+bool IsLink(const StoredFile& file) {
+    return (file.Attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
+std::string LinkTarget(const StoredFile& link) {
+    return {link.Data.begin(), link.Data.end()};
+}
+
+// Whether a file can be made there: in the temporary folder, where a link leads, or in a folder of this computer.
+bool FolderExists(const SharedState& state, const std::string& key, const std::string& path) {
     if (HasDrive(key)) {
-        const std::size_t end = key.rfind('\\');
-        return end != std::string::npos && key.substr(0, end + 1) == Lower(TemporaryFolder);
+        const std::string folder = key.substr(0, key.rfind('\\') + 1);
+        return folder == Lower(TemporaryFolder) ||
+               std::any_of(state.Files.begin(), state.Files.end(), [&folder](const auto& one) {
+                   const StoredFile& link = one.second;
+                   return IsLink(link) && FileKey(LinkTarget(link)) + "\\" == folder;
+               });
     }
     const std::string host = HostPath(path);
     return HostFolderExists(host.substr(0, host.rfind('/') + 1) + ".");
 }
 
 bool DriverRunsFrom(const SharedState& state, const std::string& key) {
-    return std::any_of(state.Services.begin(), state.Services.end(),
-                       [&key](const auto& one) { return one.second.Running && FileKey(one.second.Path) == key; });
+    return std::any_of(state.Services.begin(), state.Services.end(), [&](const auto& one) {
+        return one.second.Running && FileKey(PathFollowed(state, one.second.Path)) == key;
+    });
 }
 
 HANDLE DeviceOpen(std::string_view asked, DWORD access) {
@@ -73,6 +86,7 @@ HANDLE DeviceOpen(std::string_view asked, DWORD access) {
     if (Lower(name.substr(0, GlobalPrefix.size())) == GlobalPrefix) {
         name.remove_prefix(GlobalPrefix.size());
     }
+    Handle handle{HandleKind::Device, std::string(asked), access};
     {
         const SharedAccess state;
         if (state.Error() != 0) {
@@ -81,8 +95,8 @@ HANDLE DeviceOpen(std::string_view asked, DWORD access) {
         if (!DriverDeviceExists(*state, name)) {
             return NoFile(ERROR_FILE_NOT_FOUND);
         }
+        handle.HostFile = DriverDeviceHold();
     }
-    Handle handle{HandleKind::Device, std::string(asked), access};
     const std::uint32_t error = KernelFileOpen(std::string(name), access, MachineGet().Administrator, &handle.Opened);
     return error == 0 ? HandleOpen(std::move(handle)) : NoFile(error);
 }
@@ -143,9 +157,7 @@ HANDLE FileOpen(std::string path, DWORD access, DWORD share, LPSECURITY_ATTRIBUT
     if (state.Error() != 0) {
         return NoFile(state.Error());
     }
-    if ((flags & FILE_FLAG_OPEN_REPARSE_POINT) == 0) {
-        path = PathFollowed(*state, path);
-    }
+    path = PathFollowed(*state, path, (flags & FILE_FLAG_OPEN_REPARSE_POINT) == 0);
     const std::string key = FileKey(path);
     const bool stored = state->Files.count(key) != 0;
     const bool exists = stored || (!HasDrive(key) && HostFileExists(path));
@@ -164,7 +176,7 @@ HANDLE FileOpen(std::string path, DWORD access, DWORD share, LPSECURITY_ATTRIBUT
         return NoFile(error);
     }
     if (creates) {
-        if (!FolderExists(key, path)) {
+        if (!FolderExists(*state, key, path)) {
             return NoFile(ERROR_PATH_NOT_FOUND);
         }
         state->Files[key] = StoredFile{path, flags & 0xFFFFU, {}, GuardsFile(security)};
@@ -202,16 +214,38 @@ bool StandIn::FileHeldExclusively(const std::string& key) {
     });
 }
 
-std::string StandIn::PathFollowed(const SharedState& state, std::string path) {
+std::string StandIn::PathFollowed(const SharedState& state, std::string path, bool last) {
     constexpr int linkLimit = 8;
-    for (int link = 0; link < linkLimit; ++link) {
-        const auto found = state.Files.find(FileKey(path));
-        if (found == state.Files.end() || (found->second.Attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
-            break;
+    int links = 0;
+    for (std::size_t end = 0; end != std::string::npos && links < linkLimit;) {
+        end = path.find_first_of("\\/", end + 1);
+        const auto found = state.Files.find(FileKey(path.substr(0, end)));
+        if ((end != std::string::npos || last) && found != state.Files.end() && IsLink(found->second)) {
+            path = LinkTarget(found->second) + (end != std::string::npos ? path.substr(end) : "");
+            end = 0;
+            ++links;
         }
-        path.assign(found->second.Data.begin(), found->second.Data.end());
     }
     return path;
+}
+
+DWORD WINAPI StandIn::FinalPathQuery(HANDLE file, LPSTR buffer, DWORD room, DWORD) {
+    if (FailsWith(Named("GetFinalPathNameByHandleA"), ERROR_PATH_NOT_FOUND)) {
+        return 0;
+    }
+    const SharedAccess state;
+    const Handle* const handle = HandleFind(file, HandleKind::File);
+    const auto found = handle != nullptr ? state->Files.find(handle->Name) : state->Files.end();
+    if (found == state->Files.end()) {
+        return FailFalse(ERROR_INVALID_HANDLE);
+    }
+    const std::string path = "\\\\?\\" + found->second.Path;
+    const auto length = static_cast<DWORD>(path.size());
+    if (length >= room) {
+        return length + 1;
+    }
+    std::memcpy(buffer, path.c_str(), length + 1);
+    return length;
 }
 
 HANDLE WINAPI CreateFileA(LPCSTR lpFileName, DWORD dwDesiredAccess, DWORD dwShareMode,
@@ -346,12 +380,12 @@ BOOL WINAPI DeleteFileA(LPCSTR lpFileName) {
     if (FailsWith(Named("DeleteFileA"), ERROR_ACCESS_DENIED)) {
         return FALSE;
     }
-    const std::string path = lpFileName != nullptr ? lpFileName : "";
-    const std::string key = FileKey(path);
     SharedAccess state;
     if (state.Error() != 0) {
         return FailFalse(state.Error());
     }
+    const std::string path = PathFollowed(*state, lpFileName != nullptr ? lpFileName : "", false);
+    const std::string key = FileKey(path);
     const auto found = state->Files.find(key);
     if (found == state->Files.end()) {
         return FailFalse(HostFileExists(path) ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND);
@@ -374,7 +408,7 @@ BOOL WINAPI SetFileAttributesA(LPCSTR lpFileName, DWORD dwFileAttributes) {
     if (state.Error() != 0) {
         return FailFalse(state.Error());
     }
-    const auto found = state->Files.find(FileKey(lpFileName != nullptr ? lpFileName : ""));
+    const auto found = state->Files.find(FileKey(PathFollowed(*state, lpFileName != nullptr ? lpFileName : "")));
     if (found == state->Files.end()) {
         return FailFalse(ERROR_FILE_NOT_FOUND);
     }

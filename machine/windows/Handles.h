@@ -19,7 +19,7 @@ struct Handle {
     bool View64 = false;        // a registry key opened in the 64-bit view
     bool Impersonation = false; // a token that impersonates
     std::uint64_t Position = 0; // of a file
-    Descriptor HostFile{-1};    // of a file of this computer
+    Descriptor HostFile{-1};    // of a file of this computer, or what tells others that a device is open
     void* Opened = nullptr;     // of a device: the kernel's file
 };
 

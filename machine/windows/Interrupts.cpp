@@ -1,12 +1,16 @@
-// Interrupts: the signals that end a process are what a console's control events are on Windows.
+// Interrupts: running out of memory, and the signals that end a process are what a console's control events are on
+// Windows.
+#include "machine/windows/Interrupts.h"
+
 #include "machine/host/Signals.h"
+#include "machine/model/Machine.h"
 #include "machine/windows/LastError.h"
 
 #include <windows.h>
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <unistd.h>
 
 using namespace StandIn;
@@ -15,11 +19,27 @@ namespace {
 
 PHANDLER_ROUTINE Handler = nullptr;
 
+bool MemoryOut = false;
+
 bool InterruptTell(int number) {
     return Handler(number == SIGINT ? CTRL_C_EVENT : CTRL_BREAK_EVENT);
 }
 
+[[noreturn]] void MemoryEnd() {
+    constexpr int exitUnusable = 255;
+    std::fputs("quarrinet: not enough memory\n", stderr);
+    std::exit(exitUnusable);
+}
+
 } // namespace
+
+void StandIn::InterruptForMemory() {
+    MemoryOut = true;
+    if (Handler == nullptr) {
+        MemoryEnd();
+    }
+    Handler(CTRL_BREAK_EVENT);
+}
 
 // There is one handler, the one added last. Nobody takes it away again.
 BOOL WINAPI SetConsoleCtrlHandler(PHANDLER_ROUTINE HandlerRoutine, BOOL Add) {
@@ -39,16 +59,17 @@ void WINAPI ExitProcess(UINT uExitCode) {
     if (uExitCode == STATUS_CONTROL_C_EXIT && InterruptTaken() != 0) {
         SignalDefaultRaise(InterruptTaken());
     }
+    if (MemoryOut) {
+        MemoryEnd();
+    }
     std::exit(static_cast<int>(uExitCode));
 }
 
-// A signal that was caught ends it early.
+// Less than a second, or for ever. A signal that was caught ends it early.
 void WINAPI Sleep(DWORD dwMilliseconds) {
     if (dwMilliseconds == INFINITE) {
         pause();
         return;
     }
-    const timespec time{static_cast<std::time_t>(dwMilliseconds / 1000),
-                        static_cast<long>(dwMilliseconds % 1000) * 1000000};
-    nanosleep(&time, nullptr);
+    MachineGet().Clock(dwMilliseconds);
 }

@@ -1,4 +1,5 @@
 // Modules, the operations looked up in them at run time, and the program's resources.
+#include "machine/windows/Files.h"
 #include "machine/windows/FirmwareTable.h"
 #include "machine/windows/LastError.h"
 #include "machine/windows/Services.h"
@@ -37,6 +38,7 @@ BOOL WINAPI Wow64Query(HANDLE process, PBOOL under) {
 }
 
 const Export KernelExports[] = {
+    {"GetFinalPathNameByHandleA", AddressOf(FinalPathQuery)},
     {"GetSystemFirmwareTable", AddressOf(FirmwareTableQuery)},
     {"IsWow64Process", AddressOf(Wow64Query)},
 };
@@ -66,6 +68,7 @@ HMODULE ModuleFind(LPCSTR name) {
 // An older system lacks some operations.
 bool MissingHere(const char* name) {
     return (!MachineGet().FirmwareTableService && std::strcmp(name, "GetSystemFirmwareTable") == 0) ||
+           (MachineGet().WindowsMajor < 6 && std::strcmp(name, "GetFinalPathNameByHandleA") == 0) ||
            (MachineGet().UnderWow64 == Wow64::Unknown && std::strcmp(name, "IsWow64Process") == 0);
 }
 

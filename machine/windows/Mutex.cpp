@@ -7,7 +7,6 @@
 #include <windows.h>
 
 #include <cerrno>
-#include <fcntl.h>
 #include <map>
 #include <sys/file.h>
 #include <unistd.h>
@@ -46,8 +45,8 @@ bool LockTry(int file, int kind) {
 // Opens the files of a shared mutex, with the folder locked. `existed` tells whether another process has it open.
 bool FilesOpen(Mutex* mutex, const std::string& name, bool* existed) {
     mutex->Path = MachineGet().StateFolder + "/" + std::string(MutexFile) + Escaped(name);
-    mutex->OpenFile = Descriptor(open((mutex->Path + ".open").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
-    mutex->OwnerFile = Descriptor(open((mutex->Path + ".owner").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+    mutex->OpenFile = StateFileOpen(mutex->Path + ".open");
+    mutex->OwnerFile = StateFileOpen(mutex->Path + ".owner");
     if (mutex->OpenFile < 0 || mutex->OwnerFile < 0) {
         return false;
     }

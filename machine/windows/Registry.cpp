@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <optional>
 #include <utility>
 
 using namespace StandIn;
@@ -34,9 +35,9 @@ StoredKey& KeyMake(Keys* keys, const std::string& path) {
     return keys->try_emplace(Lower(path), StoredKey{path, {}}).first->second;
 }
 
-// All keys that can be seen: those that programs made, and those that belong to the machine.
-Keys KeysSeen(const SharedState& state) {
-    Keys keys = state.Keys;
+// The keys that belong to the machine.
+Keys MachineKeys() {
+    Keys keys;
     KeyMake(&keys, Software);
     if (MachineGet().UnderWow64 == Wow64::Yes) {
         KeyMake(&keys, SoftwareOf32);
@@ -49,6 +50,21 @@ Keys KeysSeen(const SharedState& state) {
         }
     }
     return keys;
+}
+
+// A key as it is seen: with the values that programs gave it, and those that belong to the machine.
+std::optional<StoredKey> KeySeen(const SharedState& state, const std::string& path) {
+    const Keys machine = MachineKeys();
+    const auto own = machine.find(Lower(path));
+    const auto made = state.Keys.find(Lower(path));
+    if (made == state.Keys.end()) {
+        return own != machine.end() ? std::optional(own->second) : std::nullopt;
+    }
+    StoredKey key = made->second;
+    if (own != machine.end()) {
+        key.Values.insert(own->second.Values.begin(), own->second.Values.end());
+    }
+    return key;
 }
 
 // A key that an operation works on: its path, the view and the rights of the handle that leads there.
@@ -103,8 +119,7 @@ LSTATUS KeyGive(const std::string& path, bool view64, DWORD access, PHKEY result
     return ERROR_SUCCESS;
 }
 
-// What an operation on a key below an open one works with: the shared state, the keys seen in it, and the path. Status
-// is why it can't go on.
+// What an operation on a key below an open one works with: the shared state and the path. Status is why it can't go on.
 struct PathAccess {
     // `rights` are those that are asked for, which also tell the view; `sound` whether the arguments can be used.
     PathAccess(HKEY handle, LPCSTR subKey, REGSAM rights, bool sound) {
@@ -120,15 +135,13 @@ struct PathAccess {
         }
         if (Status == ERROR_SUCCESS) {
             Status = static_cast<LSTATUS>(State.Error());
-            Seen = KeysSeen(*State);
         }
     }
 
-    bool Exists() const { return Seen.count(Lower(Path)) != 0; }
+    bool Exists() const { return KeySeen(*State, Path).has_value(); }
 
     SharedAccess State;
     Place From;
-    Keys Seen;
     std::string Path;
     bool View64 = false;
     LSTATUS Status = ERROR_SUCCESS;
@@ -155,7 +168,6 @@ struct KeyAccess {
         : Status(Find(operation, handle, right, sound)) {}
 
     SharedAccess State;
-    Keys Seen;
     StoredKey Key;
     LSTATUS Status;
 
@@ -177,12 +189,11 @@ private:
         if ((place.Access & right) != right) {
             return ERROR_ACCESS_DENIED;
         }
-        Seen = KeysSeen(*State);
-        const auto found = Seen.find(Lower(place.Path));
-        if (found == Seen.end()) {
+        std::optional<StoredKey> seen = KeySeen(*std::as_const(State), place.Path);
+        if (!seen) {
             return ERROR_KEY_DELETED;
         }
-        Key = found->second;
+        Key = std::move(*seen);
         return ERROR_SUCCESS;
     }
 };
@@ -234,7 +245,7 @@ LSTATUS WINAPI RegCreateKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD Reserved, LPSTR
     if (key.Status != ERROR_SUCCESS) {
         return key.Status;
     }
-    if (!key.From.Path.empty() && key.Seen.count(Lower(key.From.Path)) == 0) {
+    if (!key.From.Path.empty() && !KeySeen(*key.State, key.From.Path)) {
         return ERROR_KEY_DELETED;
     }
     if (!key.Exists()) {
@@ -242,7 +253,7 @@ LSTATUS WINAPI RegCreateKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD Reserved, LPSTR
             return ERROR_ACCESS_DENIED;
         }
         // Keys above it that are there already aren't this program's.
-        for (std::string made = key.Path; !made.empty() && key.Seen.count(Lower(made)) == 0; made = ParentOf(made)) {
+        for (std::string made = key.Path; !made.empty() && !KeySeen(*key.State, made); made = ParentOf(made)) {
             key.State->Keys.emplace(Lower(made), StoredKey{made, {}});
         }
         if (const std::uint32_t error = key.State.Commit(); error != 0) {
@@ -327,8 +338,14 @@ LSTATUS WINAPI RegEnumKeyA(HKEY hKey, DWORD dwIndex, LPSTR lpName, DWORD cchName
         return access.Status;
     }
     const std::string parent = Lower(access.Key.Path);
+    Keys seen = MachineKeys();
+    const Keys& made = access.State->Keys;
+    for (auto one = made.lower_bound(parent + "\\"); one != made.end() && one->first.starts_with(parent + "\\");
+         ++one) {
+        seen.try_emplace(one->first, StoredKey{one->second.Path, {}});
+    }
     DWORD index = 0;
-    for (const auto& [lower, one] : access.Seen) {
+    for (const auto& [lower, one] : seen) {
         if (ParentOf(lower) != parent || index++ != dwIndex) {
             continue;
         }

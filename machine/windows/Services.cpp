@@ -108,8 +108,9 @@ std::uint32_t StartError(const SharedState& state, const Service& service) {
     if (file->second.Data != DriverImage(MachineGet().UnderWow64 == Wow64::Yes)) {
         return ERROR_BAD_EXE_FORMAT;
     }
-    // A second instance finds the name of its device taken.
-    return DriverDeviceExists(state, "ryxlib") ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS;
+    // A second instance finds the name of its device taken: by a driver that runs, or by one that was stopped and stays
+    // until its device is closed.
+    return DriverDeviceExists(state, "ryxlib") || DriverDeviceHeld() ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS;
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 // The state that processes share: in a folder with a lock, or in this process.
 #include "machine/windows/State.h"
 
+#include "machine/host/Message.h"
+
 #include <windows.h>
 
 #include <algorithm>
@@ -12,9 +14,11 @@
 #include <fcntl.h>
 #include <initializer_list>
 #include <memory>
+#include <new>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace StandIn {
 
@@ -26,25 +30,46 @@ constexpr std::string_view StateHeading = "quarrinet-machine-state 1\n";
 constexpr std::size_t StateSizeLimit = std::size_t{16} << 20;
 constexpr char HexDigits[] = "0123456789abcdef";
 
-// The lock goes with the descriptor, so it is free again when a process is killed.
-Descriptor FolderLockTake(const std::string& folder) {
-    Descriptor file(folder.empty() ? -1 : open((folder + "/lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
-    while (file >= 0 && flock(file, LOCK_EX) != 0) {
+constexpr std::uint32_t LockPause = 1;       // milliseconds, as is
+constexpr std::uint64_t LockPatience = 1000; // how long a wait says nothing
+
+// What a run writes beside the state that it found: its keys and the driver file, twice, for the new state is written
+// beside the old one; and the marks of its mutexes.
+constexpr off_t RunRoom = 40 << 10;
+
+bool LockTry(int file) {
+    while (flock(file, LOCK_EX | LOCK_NB) != 0) {
         if (errno != EINTR) {
-            return Descriptor(-1);
+            return false;
+        }
+    }
+    return true;
+}
+
+// Waits for the lock of a state folder, which is free again when its holder is killed. Whoever has it is not stopped
+// nor interrupted by signals: they are held back meanwhile.
+Descriptor FolderLockTake(const std::string& folder, std::optional<SignalsHeld>* held) {
+    const std::string path = folder + "/lock";
+    Descriptor file = StateFileOpen(path);
+    bool told = false;
+    const std::uint64_t start = SystemClock(0);
+    for (std::uint64_t now = start; file >= 0; now = SystemClock(LockPause)) {
+        held->emplace();
+        if (LockTry(file)) {
+            break;
+        }
+        const int error = errno;
+        held->reset();
+        const bool longer = now - start >= LockPatience;
+        if (error != EWOULDBLOCK || (longer && InterruptTaken() != 0)) {
+            file = Descriptor(-1);
+            errno = error;
+        } else if (longer && !told) {
+            MessageSay("waiting for " + path + ", which another program holds");
+            told = true;
         }
     }
     return file;
-}
-
-std::string Hex(const Bytes& data) {
-    std::string text;
-    text.reserve(data.size() * 2 + 1);
-    for (const std::uint8_t byte : data) {
-        text += HexDigits[byte >> 4U];
-        text += HexDigits[byte & 0xFU];
-    }
-    return text.empty() ? "-" : text;
 }
 
 bool HexByte(std::string_view text, std::uint8_t* byte) {
@@ -58,6 +83,7 @@ bool HexRead(std::string_view text, Bytes* data) {
     if (text == "-") {
         return true;
     }
+    data->reserve(text.size() / 2);
     for (std::size_t at = 0; at < text.size(); at += 2) {
         std::uint8_t byte = 0;
         if (!HexByte(text.substr(at), &byte)) {
@@ -88,31 +114,76 @@ bool Unescaped(std::string_view word, std::string* text) {
     return !word.empty();
 }
 
-void LineAdd(std::string* text, std::initializer_list<std::string_view> words) {
-    for (const std::string_view word : words) {
-        *text += word;
-        *text += ' ';
-    }
-    text->back() = '\n';
-}
+// Writes the lines of a state, piece by piece.
+class StateWriter {
+public:
+    explicit StateWriter(int file) : File(file) { Text.reserve(PieceSize); }
 
-std::string StateText(const SharedState& state) {
-    std::string text(StateHeading);
+    void Put(std::string_view text) {
+        if (Text.size() + text.size() > PieceSize) {
+            Flush();
+        }
+        Text += text;
+    }
+    // A line's words, of which the last may be bytes.
+    void Line(std::initializer_list<std::string_view> words, const Bytes* data = nullptr) {
+        const char* mark = "";
+        for (const std::string_view word : words) {
+            Put(mark);
+            Put(word);
+            mark = " ";
+        }
+        if (data != nullptr) {
+            Put(data->empty() ? " -" : " ");
+            for (const std::uint8_t byte : *data) {
+                const char digits[] = {HexDigits[byte >> 4U], HexDigits[byte & 0xFU]};
+                Put({digits, sizeof digits});
+            }
+        }
+        Put("\n");
+    }
+    void Flush() {
+        std::size_t at = 0;
+        while (Error == 0 && at < Text.size()) {
+            const ssize_t wrote = write(File, Text.data() + at, Text.size() - at);
+            at += static_cast<std::size_t>(std::max<ssize_t>(wrote, 0));
+            Error = wrote < 0 && errno != EINTR ? errno : 0;
+        }
+        Written += Text.size();
+        if (Error == 0 && Written > StateSizeLimit) {
+            Error = EFBIG;
+        }
+        Text.clear();
+    }
+
+    int Error = 0;
+
+private:
+    static constexpr std::size_t PieceSize = 16384;
+    int File;
+    std::size_t Written = 0;
+    std::string Text;
+};
+
+int StateLinesWrite(int file, const SharedState& state) {
+    StateWriter writer(file);
     const auto number = [](std::uint32_t value) { return std::to_string(value); };
+    writer.Put(StateHeading);
     for (const auto& [keyPath, key] : state.Keys) {
-        LineAdd(&text, {"key", Escaped(key.Path)});
+        writer.Line({"key", Escaped(key.Path)});
         for (const auto& [valueName, value] : key.Values) {
-            LineAdd(&text, {"value", Escaped(key.Path), Escaped(value.Name), number(value.Type), Hex(value.Data)});
+            writer.Line({"value", Escaped(key.Path), Escaped(value.Name), number(value.Type)}, &value.Data);
         }
     }
     for (const auto& [name, service] : state.Services) {
-        LineAdd(&text, {"service", Escaped(service.Name), Escaped(service.Path), number(service.Running),
-                        number(service.Marked)});
+        writer.Line(
+            {"service", Escaped(service.Name), Escaped(service.Path), number(service.Running), number(service.Marked)});
     }
-    for (const auto& [fileKey, file] : state.Files) {
-        LineAdd(&text, {"file", Escaped(fileKey), Escaped(file.Path), number(file.Attributes), Hex(file.Data)});
+    for (const auto& [fileKey, stored] : state.Files) {
+        writer.Line({"file", Escaped(fileKey), Escaped(stored.Path), number(stored.Attributes)}, &stored.Data);
     }
-    return text;
+    writer.Flush();
+    return writer.Error;
 }
 
 // Takes the text up to a mark, and the mark, off the front of another.
@@ -169,47 +240,125 @@ bool StateLineRead(std::string_view line, SharedState* state) {
     return good && words.Rest.empty();
 }
 
-// Reads the state of a folder; none is an empty one. The result is empty, or names the file and says what is wrong with
-// it. Such a state is left alone: whoever writes over it would lose what is in it.
-std::string StateRead(const std::string& folder, SharedState* state) {
+// The state of a folder as this process has read or written it last, with the file that it stands in. That is kept
+// open, so that no other file can look the same.
+struct KnownState {
+    bool Known = false;
+    SharedState State;
+    Descriptor File{-1}; // none: there was no file
+    struct stat About {};
+};
+
+// Whether the file is still as it was.
+bool Unchanged(const KnownState& known, const std::string& path) {
+    struct stat now {};
+    if (!known.Known || lstat(path.c_str(), &now) != 0) {
+        return known.Known && known.File < 0 && errno == ENOENT;
+    }
+    const struct stat& then = known.About;
+    return known.File >= 0 && now.st_dev == then.st_dev && now.st_ino == then.st_ino && now.st_size == then.st_size &&
+           now.st_mtim.tv_sec == then.st_mtim.tv_sec && now.st_mtim.tv_nsec == then.st_mtim.tv_nsec &&
+           now.st_ctim.tv_sec == then.st_ctim.tv_sec && now.st_ctim.tv_nsec == then.st_ctim.tv_nsec;
+}
+
+// Reads the state of a folder, unless it is known; none is an empty one. The result is empty, or names the file and
+// says what is wrong with it. Such a state is left alone: whoever writes over it would lose what is in it.
+std::string StateRead(const std::string& folder, KnownState* known) {
     const std::string path = folder + "/state";
+    if (Unchanged(*known, path)) {
+        return {};
+    }
+    *known = KnownState{};
+    known->File = StateFileOpen(path, O_RDONLY);
     Bytes content;
-    const int error = HostFileRead(path, &content, StateSizeLimit);
-    if (error != 0) {
-        return error == ENOENT ? std::string() : HostFault(path, error);
+    const int error = known->File < 0                          ? errno
+                      : fstat(known->File, &known->About) != 0 ? errno
+                                                               : HostFileRead(known->File, &content, StateSizeLimit);
+    if (error != 0 && error != ENOENT) {
+        return HostFault(path, error);
     }
     std::string_view rest(reinterpret_cast<const char*>(content.data()), content.size());
-    if (rest.substr(0, StateHeading.size()) != StateHeading) {
+    if (error == 0 && rest.substr(0, StateHeading.size()) != StateHeading) {
         return path + ": not the state of a machine";
     }
-    rest.remove_prefix(StateHeading.size());
+    rest.remove_prefix(std::min(StateHeading.size(), rest.size()));
     for (std::size_t line = 2; !rest.empty(); ++line) {
-        if (!StateLineRead(Cut(&rest, '\n'), state)) {
+        if (!StateLineRead(Cut(&rest, '\n'), &known->State)) {
             return path + ":" + std::to_string(line) + ": not a line of a machine's state";
         }
     }
+    known->Known = true;
     return {};
+}
+
+// Makes the file that is to replace the state. What lies in its place goes, so that nothing is written through a link.
+Descriptor FreshOpen(const std::string& path) {
+    unlink(path.c_str());
+    return StateFileOpen(path, O_WRONLY | O_CREAT | O_EXCL);
 }
 
 // The new state replaces the old one as a whole, so that a killed writer leaves one of them. The result is as StateRead
 // gives it.
-std::string StateWrite(const std::string& folder, const SharedState& state) {
-    const std::string text = StateText(state);
+std::string StateWrite(const std::string& folder, KnownState* known) {
     const std::string path = folder + "/state";
     const std::string fresh = path + ".new";
-    if (text.size() > StateSizeLimit) {
-        return HostFault(path, EFBIG);
+    known->Known = false;
+    Descriptor file = FreshOpen(fresh);
+    int error = file < 0 ? errno : StateLinesWrite(file, known->State);
+    if (error == 0 && std::rename(fresh.c_str(), path.c_str()) != 0) {
+        error = errno;
     }
-    const int file = open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666);
-    std::size_t at = 0;
-    bool good = file >= 0;
-    while (good && at < text.size()) {
-        const ssize_t wrote = write(file, text.data() + at, text.size() - at);
-        good = wrote >= 0;
-        at += good ? static_cast<std::size_t>(wrote) : 0;
+    if (error != 0) {
+        if (file >= 0) {
+            unlink(fresh.c_str());
+        }
+        return HostFault(fresh, error);
     }
-    good = (file < 0 || close(file) == 0) && good;
-    return good && std::rename(fresh.c_str(), path.c_str()) == 0 ? std::string() : HostFault(fresh, errno);
+    known->Known = fstat(file, &known->About) == 0;
+    known->File = std::move(file);
+    return {};
+}
+
+// Whether a folder has room for what a run writes beside this state.
+std::string RoomFault(const std::string& folder, const KnownState& known) {
+    const std::string fresh = folder + "/state.new";
+    const Descriptor file = FreshOpen(fresh);
+    if (file < 0) {
+        return HostFault(fresh, errno);
+    }
+    const int error = posix_fallocate(file, 0, known.About.st_size + RunRoom);
+    unlink(fresh.c_str());
+    // Not every kind of folder can tell.
+    return error == 0 || error == EINVAL ? std::string() : HostFault(folder + ": no room for what a run keeps", error);
+}
+
+// Says, once, why the state can't be kept.
+void Complain(const std::string& fault) {
+    static bool told = false;
+    if (!told) {
+        MessageSay(fault);
+        told = true;
+    }
+}
+
+KnownState& Known() {
+    static KnownState state;
+    return state;
+}
+
+// Does something with the known state, and says what is wrong with it. The result is whether nothing is.
+template <typename Action> bool Works(Action action) {
+    std::string fault;
+    try {
+        fault = action(MachineGet().StateFolder, &Known());
+    } catch (const std::bad_alloc&) {
+        fault = HostFault(MachineGet().StateFolder, ENOMEM);
+    }
+    if (!fault.empty()) {
+        Known() = KnownState{};
+        Complain(fault);
+    }
+    return fault.empty();
 }
 
 SharedState& OwnState() {
@@ -224,58 +373,99 @@ bool DriverDeviceExists(const SharedState& state, std::string_view name) {
                                                   [](const auto& one) { return one.second.Running; });
 }
 
+Descriptor DriverDeviceHold() {
+    const std::string& folder = MachineGet().StateFolder;
+    Descriptor file(folder.empty() ? Descriptor(-1) : StateFileOpen(folder + "/device"));
+    if (file >= 0) {
+        flock(file, LOCK_SH);
+    }
+    return file;
+}
+
+bool DriverDeviceHeld() {
+    const std::string& folder = MachineGet().StateFolder;
+    const Descriptor file(folder.empty() ? Descriptor(-1) : StateFileOpen(folder + "/device"));
+    return file >= 0 && flock(file, LOCK_EX | LOCK_NB) != 0;
+}
+
+Descriptor StateFileOpen(const std::string& path, int flags) {
+    Descriptor file(open(path.c_str(), flags | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
+    struct stat about {};
+    const bool written = (flags & O_ACCMODE) != O_RDONLY;
+    if (file >= 0 && (fstat(file, &about) != 0 || !S_ISREG(about.st_mode) || (written && about.st_nlink > 1))) {
+        file = Descriptor(-1);
+        errno = ELOOP;
+    }
+    return file;
+}
+
 void OwnStateForget() {
     OwnState() = SharedState{};
+    Known() = KnownState{};
 }
 
 SharedAccess::SharedAccess() : State(&OwnState()) {
     if (MachineGet().StateFolder.empty()) {
         return;
     }
-    State = &Loaded;
+    State = &Known().State;
     if (!Lock.Locked()) {
         ErrorNumber = ERROR_ACCESS_DENIED;
-    } else if (!StateRead(MachineGet().StateFolder, &Loaded).empty()) {
+        Known() = KnownState{};
+        Complain(HostFault(MachineGet().StateFolder + "/lock", errno));
+    } else if (!Works(StateRead)) {
         ErrorNumber = ErrorRegistryCorrupt;
     }
 }
 
-std::uint32_t SharedAccess::Commit() {
-    if (ErrorNumber != ERROR_SUCCESS || State != &Loaded) {
-        return ErrorNumber;
+SharedAccess::~SharedAccess() {
+    if (Touched && State == &Known().State) {
+        Known() = KnownState{};
     }
-    return StateWrite(MachineGet().StateFolder, Loaded).empty() ? ERROR_SUCCESS : ErrorWriteFault;
 }
 
-FolderLock::FolderLock() : LockFile(FolderLockTake(MachineGet().StateFolder)) {}
+std::uint32_t SharedAccess::Commit() {
+    Touched = ErrorNumber != ERROR_SUCCESS;
+    if (ErrorNumber != ERROR_SUCCESS || State != &Known().State) {
+        return ErrorNumber;
+    }
+    return Works(StateWrite) ? ERROR_SUCCESS : ErrorWriteFault;
+}
+
+FolderLock::FolderLock()
+    : LockFile(MachineGet().StateFolder.empty() ? Descriptor(-1) : FolderLockTake(MachineGet().StateFolder, &Held)) {}
 
 std::string StateFolderFault(const std::string& folder) {
     const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(folder.c_str()), &closedir);
     if (!entries) {
         return HostFault(folder, errno);
     }
-    const Descriptor lock = FolderLockTake(folder);
-    if (lock < 0) {
-        return HostFault(folder + "/lock", errno);
-    }
     while (const dirent* const entry = readdir(entries.get())) {
         const std::string_view name = entry->d_name;
         const bool mutex = name.substr(0, MutexFile.size()) == MutexFile;
         const std::string path = folder + "/" + entry->d_name;
         struct stat about {};
-        if (!mutex && name != "lock" && name != "state" && name != "state.new") {
+        if (!mutex && name != "lock" && name != "device" && name != "state" && name != "state.new") {
             continue;
         }
-        if (stat(path.c_str(), &about) == 0 && !S_ISREG(about.st_mode)) {
-            return path + ": not a regular file";
+        if (lstat(path.c_str(), &about) == 0 && !S_ISREG(about.st_mode)) {
+            return path + (S_ISLNK(about.st_mode) ? ": a link, which is not followed here" : ": not a regular file");
         }
-        if (mutex && Descriptor(open(path.c_str(), O_RDWR | O_CLOEXEC)) < 0) {
+        if ((mutex || name == "device") && StateFileOpen(path, O_RDWR) < 0 && errno != ENOENT) {
             return HostFault(path, errno);
         }
     }
-    SharedState state;
-    std::string fault = StateRead(folder, &state);
-    return fault.empty() ? StateWrite(folder, state) : fault;
+    std::optional<SignalsHeld> held;
+    const Descriptor lock = FolderLockTake(folder, &held);
+    if (lock < 0) {
+        return HostFault(folder + "/lock", errno);
+    }
+    KnownState known;
+    std::string fault = StateRead(folder, &known);
+    if (fault.empty()) {
+        fault = RoomFault(folder, known);
+    }
+    return fault.empty() ? StateWrite(folder, &known) : fault;
 }
 
 ProcessState& Process() {

@@ -2,11 +2,14 @@
 #pragma once
 
 #include "machine/host/HostFile.h"
+#include "machine/host/Signals.h"
 #include "machine/model/Lower.h"
 #include "machine/model/Machine.h"
 
 #include <cstdint>
+#include <fcntl.h>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -51,6 +54,11 @@ struct SharedState {
 // Whether a started driver's device stands behind that name (without its prefix).
 bool DriverDeviceExists(const SharedState& state, std::string_view name);
 
+// With a state folder, tells other processes that this one has the device open, as long as the result lives. And
+// whether any process has. Both with exclusive access to the state.
+Descriptor DriverDeviceHold();
+bool DriverDeviceHeld();
+
 // Exclusive access to the state folder; without a folder it does nothing. Not to be nested.
 class FolderLock {
 public:
@@ -59,8 +67,13 @@ public:
     bool Locked() const { return LockFile >= 0; }
 
 private:
+    std::optional<SignalsHeld> Held;
     Descriptor LockFile;
 };
+
+// Opens a file of a state folder. A link is not followed, and what has several names is not written to: that could be
+// any file. Without one the descriptor is negative, and errno tells why.
+Descriptor StateFileOpen(const std::string& path, int flags = O_RDWR | O_CREAT);
 
 // What the names of the files of a shared mutex begin with in the state folder.
 constexpr std::string_view MutexFile = "mutex-";
@@ -73,12 +86,23 @@ std::string StateFolderFault(const std::string& folder);
 class SharedAccess {
 public:
     SharedAccess();
+    ~SharedAccess();
+    SharedAccess(const SharedAccess&) = delete;
+    SharedAccess& operator=(const SharedAccess&) = delete;
 
     // Why the state can't be used, as an error number; 0 when it can.
     std::uint32_t Error() const { return ErrorNumber; }
 
-    SharedState* operator->() const { return State; }
-    SharedState& operator*() const { return *State; }
+    const SharedState* operator->() const { return State; }
+    const SharedState& operator*() const { return *State; }
+    SharedState* operator->() {
+        Touched = true;
+        return State;
+    }
+    SharedState& operator*() {
+        Touched = true;
+        return *State;
+    }
 
     // Keeps what was changed. Without it, or when it fails, a state folder stays as it was. The result is an error
     // number.
@@ -87,7 +111,7 @@ public:
 private:
     FolderLock Lock;
     SharedState* State;
-    SharedState Loaded;
+    bool Touched = false; // and not kept
     std::uint32_t ErrorNumber = 0;
 };
 

@@ -74,15 +74,44 @@ HandleOwner FileHold(const char* path, const void* data, std::uint32_t size) {
                                                                                               : nullptr;
 }
 
+bool HeldPathGet(const HandleOwner& file, char* path, std::size_t capacity) {
+    using PathQuery = DWORD(WINAPI*)(HANDLE file, LPSTR path, DWORD capacity, DWORD flags);
+    constexpr DWORD normalizedOnDrive = 0;
+    constexpr char prefix[] = "\\\\?\\"; // which drivers' paths don't have
+    constexpr DWORD prefixLength = sizeof prefix - 1;
+    const HMODULE module = GetModuleHandleA("kernel32");
+    const PathQuery query =
+        module == nullptr
+            ? nullptr
+            : reinterpret_cast<PathQuery>(reinterpret_cast<void*>(GetProcAddress(module, "GetFinalPathNameByHandleA")));
+    char own[0x1000];
+    const DWORD length = query != nullptr ? query(file.get(), own, sizeof own, normalizedOnDrive) : 0;
+    if (length >= sizeof own) {
+        return false;
+    }
+    if (length < prefixLength + 2 || std::memcmp(own, prefix, prefixLength) != 0 || own[prefixLength + 1] != ':') {
+        return true;
+    }
+    if (length - prefixLength >= capacity) {
+        return false;
+    }
+    std::memcpy(path, own + prefixLength, length - prefixLength);
+    path[length - prefixLength] = '\0';
+    return true;
+}
+
 RyxStatus ExecutableRead(std::unique_ptr<std::uint8_t[]>* data, std::uint32_t* size) {
-    WCHAR path[0x8000]; // longer than any path
-    constexpr DWORD capacity = sizeof path / sizeof path[0];
-    const DWORD pathLength = GetModuleFileNameW(nullptr, path, capacity);
+    constexpr DWORD capacity = 0x8000; // longer than any path
+    const std::unique_ptr<WCHAR[]> path(new (std::nothrow) WCHAR[capacity]);
+    if (path == nullptr) {
+        return RyxErrorMemory;
+    }
+    const DWORD pathLength = GetModuleFileNameW(nullptr, path.get(), capacity);
     if (pathLength == 0 || pathLength >= capacity) {
         return RyxErrorFileOpen;
     }
     const HandleOwner file =
-        Owned(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+        Owned(CreateFileW(path.get(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     const DWORD length = file != nullptr ? GetFileSize(file.get(), nullptr) : INVALID_FILE_SIZE;
     if (length == INVALID_FILE_SIZE) {

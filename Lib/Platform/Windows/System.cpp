@@ -140,6 +140,10 @@ std::string SystemErrorText(std::uint32_t error) {
     return std::string(text, length);
 }
 
+void ThreadPause(std::uint32_t milliseconds) {
+    Sleep(milliseconds);
+}
+
 const char* EnvironmentGet(const char* name) {
     return std::getenv(name);
 }
