@@ -57,12 +57,12 @@ std::size_t CountOf(const std::string& text, const std::string& part) {
 TEST(Program, ShowsTheWholeTableWhenAsked) {
     StandIn::SmbiosBuilder table;
     std::uint16_t handle = 0x100;
-    for (const auto& [type, count] : {std::pair{4, 2}, {38, 2}, {17, 130}, {8, 100}, {20, 65}, {127, 1}}) {
+    for (const auto& [type, count] : {std::pair{4, 2}, {38, 2}, {17, 260}, {8, 100}, {20, 65}, {127, 1}}) {
         for (int i = 0; i < count; ++i) {
             table.Begin(static_cast<std::uint8_t>(type), handle++).Byte(0);
         }
     }
-    ASSERT_EQ(table.Count(), 300);
+    ASSERT_EQ(table.Count(), 430);
     const TemporaryFolder folder;
     folder.Write("rsmb", *StandIn::MachineWithTable(table, 2, 8, false).SmbiosTable);
     const std::string machine = folder.Write("machine", "firmware-table RSMB = rsmb\n");
@@ -77,8 +77,8 @@ TEST(Program, ShowsTheWholeTableWhenAsked) {
     setenv("QUARRINET_WHOLE", "1", 1);
     const Ran all = run({"/type"});
     EXPECT_EQ(all.ExitCode, 0);
-    EXPECT_EQ(CountOf(all.Output, "\nType : "), 2U + 2 + 127 + 100 + 65 + 1) << "of each type 127 at most";
-    EXPECT_NE(all.Output.find("Handle : 0x022A (554)"), std::string::npos);
+    EXPECT_EQ(CountOf(all.Output, "\nType : "), 2U + 2 + 254 + 100 + 65 + 1) << "of each type 254 at most";
+    EXPECT_NE(all.Output.find("Handle : 0x02AC (684)"), std::string::npos);
     EXPECT_EQ(run({"/type", "4", "0", "3"}).Output, "\nHandle : 0x0100 (256)\n");
     EXPECT_EQ(CountOf(run({"/type", "4"}).Output, "Processor (Type 04)"), 2U);
     for (const char* type : {"4", "38"}) {
@@ -86,8 +86,8 @@ TEST(Program, ShowsTheWholeTableWhenAsked) {
         EXPECT_EQ(run({"/type", type, "2", "3"}).Output, "\nHandle : " + second + "\n");
         EXPECT_EQ(run({"/type", type, "3"}).ExitCode, 153);
     }
-    EXPECT_EQ(run({"/type", "17", "128", "3"}).Output, "\nHandle : 0x0183 (387)\n");
-    EXPECT_EQ(run({"/type", "17", "129"}).ExitCode, 153);
+    EXPECT_EQ(run({"/type", "17", "254", "3"}).Output, "\nHandle : 0x0201 (513)\n");
+    EXPECT_EQ(run({"/type", "17", "255"}).ExitCode, 153);
     unsetenv("QUARRINET_WHOLE");
     EXPECT_TRUE(run({"/type", "4", "2"}).Output.starts_with("\nError: Type 4, handle ID [2] is not supported.\n"));
 }
