@@ -148,6 +148,30 @@ TEST(Program, UnusableMachinesEndItBeforeItStarts) {
     EXPECT_NE(RunProgram({}, folder.Path + "/key").Errors.find('2'), std::string::npos) << "the line's number";
 }
 
+// The sample's five: the second ones of types 2, 3, 4 and 126, and one with a handle above 00FFh.
+const std::string SampleHidden = "quarrinet: 5 of 94 structures are not shown; QUARRINET_WHOLE=1 shows them\n";
+
+// Who reads standard error at a terminal learns of structures that are not shown, and nobody else does.
+TEST(Program, TellsATerminalOfHiddenStructures) {
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"/nologo", "/type", "0", "1", "4"},
+                                                      {"/nologo", "/type", "200"},
+                                                      {"/nologo", "/eps"}}) {
+        const Ran ran = RunProgram(arguments);
+        EXPECT_EQ(ran.Errors, "");
+        const std::string last = arguments[1] == "/type" ? SampleHidden : "";
+        EXPECT_EQ(Terminal(arguments, "sample", 25).ShownUntil(""), ran.Output + last);
+        setenv("QUARRINET_WHOLE", "1", 1);
+        EXPECT_EQ(Terminal(arguments, "sample", 25).ShownUntil(""), RunProgram(arguments).Output);
+        unsetenv("QUARRINET_WHOLE");
+    }
+    const TemporaryFolder folder;
+    folder.Write("rsmb", *StandIn::MachineWithTable(StandIn::SmbiosBuilder().Begin(127), 2, 8, false).SmbiosTable);
+    const std::string machine = folder.Write("machine", "firmware-table RSMB = rsmb\n");
+    EXPECT_EQ(Terminal({"/nologo", "/type"}, machine, 25).ShownUntil(""),
+              RunProgram({"/nologo", "/type"}, machine).Output)
+        << "nothing is hidden";
+}
+
 TEST(Paging, PausesAtATerminalAndNowhereElse) {
     const std::string pause = "Press any key to continue...\n";
     const std::string redirected = RunProgram({"/b", "/type", "0"}).Output;
@@ -168,7 +192,7 @@ TEST(Paging, PausesAtATerminalAndNowhereElse) {
         shown.erase(0, cleared.size());
     }
     EXPECT_GE(pauses, 2);
-    EXPECT_EQ(whole + shown, redirected);
+    EXPECT_EQ(whole + shown, redirected + SampleHidden);
     EXPECT_EQ(terminal.ExitCode(), 0);
 }
 
@@ -193,7 +217,7 @@ TEST(Paging, OnePressIsOneKeyWhateverItSends) {
 
 TEST(Paging, WithoutAKeyboardThereIsNone) {
     Terminal terminal({"/b", "/type", "0"}, "sample", 25, false);
-    EXPECT_EQ(terminal.ShownUntil(""), RunProgram({"/b", "/type", "0"}).Output);
+    EXPECT_EQ(terminal.ShownUntil(""), RunProgram({"/b", "/type", "0"}).Output + SampleHidden);
     EXPECT_EQ(terminal.ExitCode(), 0);
 }
 

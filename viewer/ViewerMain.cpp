@@ -9,6 +9,7 @@
 #include "viewer/StructRead.h"
 #include "viewer/ViewerState.h"
 
+#include <cstdio>
 #include <cstring>
 
 namespace {
@@ -40,6 +41,7 @@ std::int64_t TypeLimit() {
 struct ViewerOutcome {
     std::uint32_t Error = 0;
     RyxStatus Status = RyxOk;
+    bool Listed = false; // structures were asked for
 };
 
 // What `type` selects. The selected field is kept in the viewer state, where the decoders read it.
@@ -177,7 +179,23 @@ ViewerOutcome ViewerRun() {
     }
     TypeSelection selection{};
     const ViewerOutcome fetched = SelectionGet(type, &selection);
-    return fetched.Error != 0 ? fetched : StructuresShow(selection);
+    if (fetched.Error != 0) {
+        return fetched;
+    }
+    ViewerOutcome shown = StructuresShow(selection);
+    shown.Listed = true;
+    return shown;
+}
+
+// Tells those who look at a terminal that there is more than they see.
+void HiddenTell() {
+    if (RyxSmbiosWholeGet() || RyxInterrupted() || !RyxConsoleIsErrors()) {
+        return;
+    }
+    if (const StructCounts counts = StructuresCount(); counts.Hidden != 0) {
+        std::fprintf(stderr, "quarrinet: %u of %u structures are not shown; QUARRINET_WHOLE=1 shows them\n",
+                     counts.Hidden, counts.All);
+    }
 }
 
 } // namespace
@@ -189,6 +207,9 @@ std::uint32_t ViewerMain() {
     ViewerBinsRelease();
     if (outcome.Error != 0) {
         ViewerErrorReport(outcome.Error, outcome.Status);
+    }
+    if (outcome.Listed) {
+        HiddenTell();
     }
     return outcome.Error;
 }
