@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 
 // Width codes. The variable kinds take their length, and some their position, from a rule of their row; without one a
 // VariableOne field has one byte and the others none.
@@ -38,6 +39,20 @@ enum class DmiRule : std::uint8_t {
     LastDeviceLoad,      // the byte of the last of the devices that byte 6 counts
     LastDeviceHandle,    // the word behind that byte
     HostInterfaceData,   // by the interface type in byte 4
+    // Of newer rows:
+    AreaRest,         // to the end of the formatted area
+    BehindElements,   // behind the contained elements: byte 19 x byte 20 past the row's offset
+    PeerGroups,       // groups of 5 bytes, as many as byte 18 says
+    BehindPeerGroups, // behind these: their size past the row's offset
+    PairsToEnd,       // to the end of the formatted area, in pairs of bytes
+    TriplesToEnd,     // the same in threes
+    MiddleDevices,    // the second to the last but one of the devices that byte 6 counts
+    HostDataLength,   // of a host interface with protocol records: the length of its data,
+    HostData,         // these,
+    HostRecordCount,  // the number of its records
+    HostRecords,      // and these
+    ProcessorBlock,   // as many bytes as byte 6 says, at most to the end of the formatted area
+    ComponentHandles, // words, as many as byte 23 says
 };
 
 struct DmiFieldDescriptor {
@@ -514,10 +529,99 @@ inline constexpr std::array<DmiFieldDescriptor, DmiFieldCount> DmiFieldTable = {
     {127, 2, 22, "Handle", Byte2, Plain},
 }};
 
+// The rows that only the whole table has, behind those of their type above. A type without any there begins with the
+// three of the header. Their versions are 0 where the structure's length alone tells whether a field is there. The
+// last type's rows are those of every type that has no others.
+inline constexpr DmiFieldDescriptor DmiNewerFieldTable[] = {
+    {0, 24, 0, "Extended BIOS ROM Size", Byte2, Plain},
+    {3, 22, 39, "Rack Type", Byte1, Enumerated, BehindElements},
+    {3, 23, 39, "Rack Height", Byte1, Plain, BehindElements},
+    {4, 42, 0, "Core Count2", Byte2, Plain},
+    {4, 44, 0, "Core Enabled2", Byte2, Plain},
+    {4, 46, 0, "Thread Count2", Byte2, Plain},
+    {4, 48, 0, "Thread Enabled", Byte2, Plain},
+    {4, 50, 0, "Socket Type", Byte1, String},
+    {7, 19, 0, "Maximum Cache Size2", Byte4, Plain},
+    {7, 23, 0, "Installed Cache Size2", Byte4, Plain},
+    {9, 17, 0, "Data Bus Width (Base)", Byte1, Enumerated},
+    {9, 18, 0, "Peer Grouping Count", Byte1, Plain},
+    {9, 19, 0, "Peer Groups", Variable, Plain, PeerGroups},
+    {9, 19, 0, "Slot Information", Byte1, Plain, BehindPeerGroups},
+    {9, 20, 0, "Slot Physical Width", Byte1, Enumerated, BehindPeerGroups},
+    {9, 21, 0, "Slot Pitch", Byte2, Plain, BehindPeerGroups},
+    {9, 23, 0, "Slot Height", Byte1, Enumerated, BehindPeerGroups},
+    {10, 6, 0, "Further Devices", Variable, Plain, PairsToEnd},
+    {11, 4, 0, "Strings", Byte1, Plain},
+    {12, 4, 0, "Strings", Byte1, Plain},
+    {13, 4, 0, "Languages", Byte1, Plain},
+    {14, 8, 0, "Further Items", Variable, Plain, TriplesToEnd},
+    {17, 40, 0, "Memory Technology", Byte1, Enumerated},
+    {17, 41, 0, "Memory Operating Mode Capability", Byte2, BitField},
+    {17, 43, 0, "Firmware Version", Byte1, String},
+    {17, 44, 0, "Module Manufacturer ID", Byte2, Plain},
+    {17, 46, 0, "Module Product ID", Byte2, Plain},
+    {17, 48, 0, "Memory Subsystem Controller Manufacturer ID", Byte2, Plain},
+    {17, 50, 0, "Memory Subsystem Controller Product ID", Byte2, Plain},
+    {17, 52, 0, "Non-volatile Size", Byte8, Plain},
+    {17, 60, 0, "Volatile Size", Byte8, Plain},
+    {17, 68, 0, "Cache Size", Byte8, Plain},
+    {17, 76, 0, "Logical Size", Byte8, Plain},
+    {17, 84, 0, "Extended Speed", Byte4, Plain},
+    {17, 88, 0, "Extended Configured Memory Speed", Byte4, Plain},
+    {17, 92, 0, "PMIC0 Manufacturer ID", Byte2, Plain},
+    {17, 94, 0, "PMIC0 Revision Number", Byte2, Plain},
+    {17, 96, 0, "RCD Manufacturer ID", Byte2, Plain},
+    {17, 98, 0, "RCD Revision Number", Byte2, Plain},
+    {37, 10, 0, "Devices Between", Variable, Plain, MiddleDevices},
+    {39, 5, 0, "Location", Byte1, String},
+    {42, 5, 0, "Interface Type Specific Data Length", Byte1, Plain, HostDataLength},
+    {42, 6, 0, "Interface Type Specific Data", Variable, Plain, HostData},
+    {42, 6, 0, "Number of Protocol Records", Byte1, Plain, HostRecordCount},
+    {42, 7, 0, "Protocol Records", Variable, Plain, HostRecords},
+    {43, 4, 0, "Vendor ID", Byte4, Plain},
+    {43, 8, 0, "Major Spec Version", Byte1, Plain},
+    {43, 9, 0, "Minor Spec Version", Byte1, Plain},
+    {43, 10, 0, "Firmware Version 1", Byte4, Plain},
+    {43, 14, 0, "Firmware Version 2", Byte4, Plain},
+    {43, 18, 0, "Description", Byte1, String},
+    {43, 19, 0, "Characteristics", Byte8, BitField},
+    {43, 27, 0, "OEM-defined", Byte4, Plain},
+    {44, 4, 0, "Referenced Handle", Byte2, Plain},
+    {44, 6, 0, "Processor-specific Block Length", Byte1, Plain},
+    {44, 7, 0, "Processor Type", Byte1, Enumerated},
+    {44, 8, 0, "Processor-specific Data", Variable, Plain, ProcessorBlock},
+    {45, 4, 0, "Firmware Component Name", Byte1, String},
+    {45, 5, 0, "Firmware Version", Byte1, String},
+    {45, 6, 0, "Firmware Version Format", Byte1, Enumerated},
+    {45, 7, 0, "Firmware ID", Byte1, String},
+    {45, 8, 0, "Firmware ID Format", Byte1, Enumerated},
+    {45, 9, 0, "Release Date", Byte1, String},
+    {45, 10, 0, "Manufacturer", Byte1, String},
+    {45, 11, 0, "Lowest Supported Firmware Version", Byte1, String},
+    {45, 12, 0, "Image Size", Byte8, Plain},
+    {45, 20, 0, "Characteristics", Byte2, BitField},
+    {45, 22, 0, "State", Byte1, Enumerated},
+    {45, 23, 0, "Number of Associated Components", Byte1, Plain},
+    {45, 24, 0, "Associated Component Handles", Variable, Plain, ComponentHandles},
+    {46, 4, 0, "String Property ID", Byte2, Enumerated},
+    {46, 6, 0, "String Property Value", Byte1, String},
+    {46, 7, 0, "Parent Handle", Byte2, Plain},
+    {47, 4, 0, "Data", Variable, Plain, AreaRest},
+    {47, 4, 0, "Strings", Variable, Plain},
+};
+
 } // namespace DmiColumns
 
 // Each type's rows are contiguous and in the order of its fields.
 using DmiColumns::DmiFieldTable;
+using DmiColumns::DmiNewerFieldTable;
+
+constexpr std::size_t DmiAllFieldCount = DmiFieldCount + std::size(DmiNewerFieldTable);
+
+// A row by its place: those of DmiFieldTable, and the newer ones behind them.
+constexpr const DmiFieldDescriptor& DmiRowAt(std::size_t place) {
+    return place < DmiFieldCount ? DmiFieldTable[place] : DmiNewerFieldTable[place - DmiFieldCount];
+}
 
 // The first row of every type; DmiFieldCount for a type without rows.
 inline constexpr std::array<std::uint16_t, 256> DmiFirstRows = [] {
@@ -529,8 +633,50 @@ inline constexpr std::array<std::uint16_t, 256> DmiFirstRows = [] {
     return first;
 }();
 
-// A row among those of its type, counted from 0; null when the type has none of that number.
-constexpr const DmiFieldDescriptor* DmiRowFind(std::uint8_t type, std::uint32_t row) {
+// The rows of a type that are not newer.
+struct DmiOlderRows {
+    std::uint16_t First;
+    std::uint16_t Count;
+};
+
+// A type that has no rows of its own begins with the last ones of the table, which are a header's.
+constexpr DmiOlderRows DmiOlderRowsOf(std::uint8_t type) {
+    constexpr std::uint16_t headerRows = 3;
+    const std::uint16_t first = DmiFirstRows[type];
+    if (first == DmiFieldCount) {
+        return {DmiFieldCount - headerRows, headerRows};
+    }
+    std::uint16_t count = 0;
+    while (first + count < DmiFieldCount && DmiFieldTable[first + count].Type == type) {
+        ++count;
+    }
+    return {first, count};
+}
+
+// The place of a type's row in the whole table; DmiAllFieldCount when the type has none of that number.
+constexpr std::size_t DmiWholeRowPlace(std::uint8_t type, std::uint32_t row) {
+    const DmiOlderRows older = DmiOlderRowsOf(type);
+    if (row < older.Count) {
+        return older.First + row;
+    }
+    constexpr std::uint8_t anyOther = std::end(DmiNewerFieldTable)[-1].Type;
+    const std::uint8_t listed = DmiFirstRows[type] == DmiFieldCount && type > anyOther ? anyOther : type;
+    for (std::size_t place = DmiFieldCount; place < DmiAllFieldCount; ++place) {
+        if (DmiRowAt(place).Type == listed) {
+            place += row - older.Count;
+            return place < DmiAllFieldCount && DmiRowAt(place).Type == listed ? place : DmiAllFieldCount;
+        }
+    }
+    return DmiAllFieldCount;
+}
+
+// A row among those of its type, counted from 0; null when the type has none of that number, or only the whole table
+// does and is not asked for.
+constexpr const DmiFieldDescriptor* DmiRowFind(std::uint8_t type, std::uint32_t row, bool whole = false) {
+    if (whole) {
+        const std::size_t place = DmiWholeRowPlace(type, row);
+        return place < DmiAllFieldCount ? &DmiRowAt(place) : nullptr;
+    }
     const std::size_t index = DmiFirstRows[type] + std::size_t{row};
     return index < DmiFieldCount && DmiFieldTable[index].Type == type ? &DmiFieldTable[index] : nullptr;
 }

@@ -105,11 +105,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         SelectionCheck(field, instances % MostInstances, ways);
     }
     for (std::size_t type = 0; type < StructDecoderTable.size(); ++type) {
-        const StructDecoder* const decoder = StructDecoderTable[type];
+        const StructDecoder* const decoder = StructDecoderFind(type);
         if ((!types[type] && !every) || decoder == nullptr) {
             continue;
         }
-        if ((*decoder)() != RyxOk || !started) {
+        if ((*decoder)(static_cast<std::uint8_t>(type)) != RyxOk || !started) {
             Fault("a decoder failed");
         }
         if (rows) {

@@ -1,6 +1,6 @@
 // Decoders of string lists, languages, groups, additional information, extended onboard device information, and the
 // marks of inactive structures and of the table's end (types 11 to 14, 40, 41, 126 and 127). Of the lists of types 11
-// to 14 they show what the field rows name: the count or the first item.
+// to 14 they show what the field rows name: the count or the first item; the rest of them is shown of the whole table.
 #include "Lib/API/RyxPrint.h"
 #include "Lib/LittleEndian.h"
 #include "viewer/Decoders.h"
@@ -10,6 +10,8 @@ namespace {
 // Types 11 and 12, OEM Strings and System Configuration Options, which have the same layout.
 
 constexpr DecoderField StringCountFields[] = {NumberField(3, "Count : 0x%02X (%02d)\n")};
+
+constexpr DecoderField StringListWhole[] = {StringsField(4, "String %d : %s\n")};
 
 // Type 13, BIOS Language Information.
 
@@ -22,6 +24,8 @@ constexpr DecoderField Type13Fields[] = {
     StringField(6, "Current Languages : %s\n"),
 };
 
+constexpr DecoderField Type13Whole[] = {StringsField(7, "Language %d : %s\n")};
+
 // Type 14, Group Associations.
 
 constexpr DecoderField Type14Fields[] = {
@@ -29,6 +33,10 @@ constexpr DecoderField Type14Fields[] = {
     NumberField(4, "Item Type : 0x%02X (%02d)\n"),
     NumberField(5, "Item Handle : 0x%04X (%02d)\n"),
 };
+
+constexpr RecordLayout FurtherItems = {.Size = 3, .Fields = Type14Fields + 1, .FieldCount = 2};
+
+constexpr DecoderField Type14Whole[] = {RecordsField(6, &FurtherItems)};
 
 // Type 40, Additional Information.
 
@@ -106,10 +114,12 @@ constexpr DecoderField Type41Fields[] = {
 
 } // namespace
 
-constinit const StructDecoder StructDecodeType11(11, "OEM Strings", DecoderForm::Single, StringCountFields);
-constinit const StructDecoder StructDecodeType12(12, "System Config", DecoderForm::Single, StringCountFields);
-constinit const StructDecoder StructDecodeType13(13, "BIOS Language", DecoderForm::Loop, Type13Fields);
-constinit const StructDecoder StructDecodeType14(14, "Group Association", DecoderForm::Loop, Type14Fields);
+constinit const StructDecoder StructDecodeType11(11, "OEM Strings", DecoderForm::Single, StringCountFields,
+                                                 StringListWhole);
+constinit const StructDecoder StructDecodeType12(12, "System Config", DecoderForm::Single, StringCountFields,
+                                                 StringListWhole);
+constinit const StructDecoder StructDecodeType13(13, "BIOS Language", DecoderForm::Loop, Type13Fields, Type13Whole);
+constinit const StructDecoder StructDecodeType14(14, "Group Association", DecoderForm::Loop, Type14Fields, Type14Whole);
 constinit const StructDecoder StructDecodeType40(40, "Additional Info", DecoderForm::Loop, Type40Fields);
 constinit const StructDecoder StructDecodeType41(41, "Onboard Devices Extended Info", DecoderForm::Loop, Type41Fields);
 // Type 126, Inactive, and type 127, End-of-Table, have no fields of their own.

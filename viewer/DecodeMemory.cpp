@@ -61,6 +61,16 @@ constexpr DecoderField Type16Fields[] = {
     NumberField(9, "Extended Maximum Capacity : 0x%llx (%lld)\n"),
 };
 
+constexpr NumberCase ArrayCapacityCases[] = {
+    {0x80000000, "Maximum Capacity : 0x%08X - See Extended Maximum Capacity\n", nullptr, 9, 0x17},
+    {0x80000000, "Maximum Capacity : 0x%08X - Unknown\n"},
+};
+
+constexpr DecoderField Type16Whole[] = {
+    OwnField(6, ArrayCapacityPrint, "Maximum Capacity : 0x%08X - %dKB, %dMB, %dGB\n", "nddd").With(ArrayCapacityCases),
+    SizeField(9, "Extended Maximum Capacity : 0x%llX - %lluKB, %lluMB, %lluGB\n", KilobytesOfBytes),
+};
+
 // Type 17, Memory Device.
 
 constexpr const char* MemoryFormFactorLow[] = {
@@ -142,6 +152,126 @@ constexpr DecoderField Type17Fields[] = {
     NumberField(24, "Configured Voltage : %d millivolts\n"),
 };
 
+// A size in MB, or in KB with the top bit set.
+void MemorySizeWholePrint(const DecoderField& field, const FieldValue& value) {
+    const auto size = static_cast<std::uint32_t>(value.Number);
+    CapacityPrint(field, value, (size & 0x8000) != 0 ? size & 0x7FFF : size << 10);
+}
+
+void ExtendedSizePrint(const DecoderField& field, const FieldValue& value) {
+    const auto megabytes = static_cast<std::uint32_t>(value.Number & 0x7FFFFFFF);
+    RyxPrintf(field.Format, static_cast<std::uint32_t>(value.Number), megabytes, megabytes >> 10);
+}
+
+void ExtendedSpeedPrint(const DecoderField& field, const FieldValue& value) {
+    RyxPrintf(field.Format, static_cast<std::uint32_t>(value.Number),
+              static_cast<std::uint32_t>(value.Number & 0x7FFFFFFF));
+}
+
+// A maker's number: its bank, whose top bit is parity, and its code there.
+void MakerPrint(const DecoderField& field, const FieldValue& value) {
+    const auto number = static_cast<std::uint32_t>(value.Number);
+    RyxPrintf(field.Format, number, (number & 0x7F) + 1, number >> 8);
+}
+
+constexpr auto MemoryTypeDetailWholeNames = [] {
+    auto names = std::to_array(MemoryTypeDetailNames);
+    names[15] = "LRDIMM";
+    return names;
+}();
+
+constexpr const char* MemoryTechnologyTexts[] = {
+    "",       "Other", "Unknown", "DRAM", "NVDIMM-N", "NVDIMM-F", "NVDIMM-P", "Intel(R) Optane(TM) persistent memory",
+    "MRDIMM",
+};
+
+constexpr const char* MemoryOperatingModeNames[] = {
+    "Reserved, set to 0",
+    "Other",
+    "Unknown",
+    "Volatile memory",
+    "Byte-accessible persistent memory",
+    "Block-accessible persistent memory",
+    nullptr,
+};
+
+constexpr std::uint8_t ExtendedSizeRow = 20;
+constexpr std::uint8_t ExtendedSpeedRow = 36;
+constexpr std::uint8_t ExtendedConfiguredSpeedRow = 37;
+constexpr std::uint64_t UnknownRevision = 0xFF00;
+constexpr std::uint64_t UnknownSize = 0xFFFFFFFFFFFFFFFF;
+
+constexpr NumberCase TotalWidthCases[] = {{0xFFFF, "Total Width : 0x%04X - Unknown\n"}};
+constexpr NumberCase DataWidthCases[] = {{0xFFFF, "Data Width : 0x%04X - Unknown\n"}};
+constexpr NumberCase MemorySizeCases[] = {
+    {0, "Size : 0x%04X - No Module Installed\n"},
+    {0xFFFF, "Size : 0x%04X - Unknown\n"},
+    {0x7FFF, "Size : 0x%04X - See Extended Size\n", nullptr, ExtendedSizeRow, 0x20},
+};
+constexpr NumberCase SpeedCases[] = {
+    {0xFFFF, "Speed : 0x%04X - See Extended Speed\n", nullptr, ExtendedSpeedRow, 0x58},
+};
+constexpr NumberCase ExtendedSizeCases[] = {{0, "Extended Size : 0x%08X\n"}};
+constexpr NumberCase ConfiguredSpeedCases[] = {
+    {0xFFFF, "Configured Memory Clock Speed : 0x%04X - See Extended Configured Memory Speed\n", nullptr,
+     ExtendedConfiguredSpeedRow, 0x5C},
+};
+constexpr NumberCase ModuleMakerCases[] = {{0, "Module Manufacturer ID : 0x%04X - %s\n", "Unknown"}};
+constexpr NumberCase ControllerMakerCases[] = {
+    {0, "Memory Subsystem Controller Manufacturer ID : 0x%04X - %s\n", "Unknown"},
+};
+constexpr NumberCase NonVolatileSizeCases[] = {
+    {0, "Non-volatile Size : 0x%llX - %s\n", "None"},
+    {UnknownSize, "Non-volatile Size : 0x%llX - %s\n", "Unknown"},
+};
+constexpr NumberCase VolatileSizeCases[] = {
+    {0, "Volatile Size : 0x%llX - %s\n", "None"},
+    {UnknownSize, "Volatile Size : 0x%llX - %s\n", "Unknown"},
+};
+constexpr NumberCase CacheSizeCases[] = {
+    {0, "Cache Size : 0x%llX - %s\n", "None"},
+    {UnknownSize, "Cache Size : 0x%llX - %s\n", "Unknown"},
+};
+constexpr NumberCase LogicalSizeCases[] = {
+    {0, "Logical Size : 0x%llX - %s\n", "None"},
+    {UnknownSize, "Logical Size : 0x%llX - %s\n", "Unknown"},
+};
+constexpr NumberCase ExtendedSpeedCases[] = {{0, "Extended Speed : 0x%08X\n"}};
+constexpr NumberCase ExtendedConfiguredSpeedCases[] = {{0, "Extended Configured Memory Speed : 0x%08X\n"}};
+constexpr NumberCase PmicMakerCases[] = {{0, "PMIC0 Manufacturer ID : 0x%04X - %s\n", "Unknown"}};
+constexpr NumberCase RcdMakerCases[] = {{0, "RCD Manufacturer ID : 0x%04X - %s\n", "Unknown"}};
+
+constexpr DecoderField Type17Whole[] = {
+    NumberField(5, "Total Width : 0x%04X (%02d)bits\n").With(TotalWidthCases),
+    NumberField(6, "Data Width : 0x%04X (%02d)bits\n").With(DataWidthCases),
+    OwnField(7, MemorySizeWholePrint, "Size : 0x%04X - %dKB, %dMB, %dGB\n", "nddd").With(MemorySizeCases),
+    BitsField(13, "Type Detail : 0x%04X\n", MemoryTypeDetailWholeNames.data()),
+    NumberField(14, "Speed : 0x%04X (%02d)MT/s\n").With(SpeedCases),
+    OwnField(ExtendedSizeRow, ExtendedSizePrint, "Extended Size : 0x%08X - %dMB, %dGB\n", "ndd")
+        .With(ExtendedSizeCases),
+    NumberField(21, "Configured Memory Clock Speed : 0x%04X (%d)MT/s\n").With(ConfiguredSpeedCases),
+    TextField(25, "Memory Technology : 0x%02X - %s\n", MemoryTechnologyTexts),
+    BitsField(26, "Memory Operating Mode Capability : 0x%04X\n", MemoryOperatingModeNames),
+    StringField(27, "Firmware Version : %s\n"),
+    OwnField(28, MakerPrint, "Module Manufacturer ID : 0x%04X (Bank %d, Code 0x%02X)\n", "ndd").With(ModuleMakerCases),
+    MarkField(29, "Module Product ID : 0x%04X ", 0),
+    OwnField(30, MakerPrint, "Memory Subsystem Controller Manufacturer ID : 0x%04X (Bank %d, Code 0x%02X)\n", "ndd")
+        .With(ControllerMakerCases),
+    MarkField(31, "Memory Subsystem Controller Product ID : 0x%04X ", 0),
+    SizeField(32, "Non-volatile Size : 0x%llX - %lluKB, %lluMB, %lluGB\n", KilobytesOfBytes).With(NonVolatileSizeCases),
+    SizeField(33, "Volatile Size : 0x%llX - %lluKB, %lluMB, %lluGB\n", KilobytesOfBytes).With(VolatileSizeCases),
+    SizeField(34, "Cache Size : 0x%llX - %lluKB, %lluMB, %lluGB\n", KilobytesOfBytes).With(CacheSizeCases),
+    SizeField(35, "Logical Size : 0x%llX - %lluKB, %lluMB, %lluGB\n", KilobytesOfBytes).With(LogicalSizeCases),
+    OwnField(ExtendedSpeedRow, ExtendedSpeedPrint, "Extended Speed : 0x%08X (%d)MT/s\n", "nd").With(ExtendedSpeedCases),
+    OwnField(ExtendedConfiguredSpeedRow, ExtendedSpeedPrint, "Extended Configured Memory Speed : 0x%08X (%d)MT/s\n",
+             "nd")
+        .With(ExtendedConfiguredSpeedCases),
+    OwnField(38, MakerPrint, "PMIC0 Manufacturer ID : 0x%04X (Bank %d, Code 0x%02X)\n", "ndd").With(PmicMakerCases),
+    MarkField(39, "PMIC0 Revision Number : 0x%04X ", UnknownRevision),
+    OwnField(40, MakerPrint, "RCD Manufacturer ID : 0x%04X (Bank %d, Code 0x%02X)\n", "ndd").With(RcdMakerCases),
+    MarkField(41, "RCD Revision Number : 0x%04X ", UnknownRevision),
+};
+
 // Type 18, 32-Bit Memory Error Information.
 
 constexpr const char* MemoryErrorTypeTexts[] = {
@@ -217,6 +347,25 @@ constexpr DecoderField Type20Fields[] = {
     NumberField(11, "Extended Ending Address : 0x%llX\n"),
 };
 
+constexpr std::uint64_t ExtendedAddressUsed = 0xFFFFFFFF;
+constexpr const char* SeeExtendedStart = "Starting Address : 0x%08X - See Extended Starting Address\n";
+constexpr const char* SeeExtendedEnd = "Ending Address : 0x%08X - See Extended Ending Address\n";
+
+constexpr NumberCase ArrayStartCases[] = {{ExtendedAddressUsed, SeeExtendedStart, nullptr, 7, 0x1F}};
+constexpr NumberCase ArrayEndCases[] = {{ExtendedAddressUsed, SeeExtendedEnd, nullptr, 8, 0x1F}};
+constexpr NumberCase DeviceStartCases[] = {{ExtendedAddressUsed, SeeExtendedStart, nullptr, 10, 0x23}};
+constexpr NumberCase DeviceEndCases[] = {{ExtendedAddressUsed, SeeExtendedEnd, nullptr, 11, 0x23}};
+
+constexpr DecoderField Type19Whole[] = {
+    OwnField(3, MappedAddressPrint, "Starting Address : 0x%08X ").With(ArrayStartCases),
+    OwnField(4, MappedAddressPrint, "Ending Address : 0x%08X ").With(ArrayEndCases),
+};
+
+constexpr DecoderField Type20Whole[] = {
+    OwnField(3, MappedAddressPrint, "Starting Address : 0x%08X ").With(DeviceStartCases),
+    OwnField(4, MappedAddressPrint, "Ending Address : 0x%08X ").With(DeviceEndCases),
+};
+
 // Type 33, 64-Bit Memory Error Information.
 
 constexpr std::uint64_t UnknownAddress64 = 0x8000000000000000;
@@ -245,12 +394,20 @@ constexpr DecoderField Type37Fields[] = {
     NumberField(9, "Memory Device Handle : 0x%04X (%02d)\n"),
 };
 
+constexpr RecordLine MemoryChannelLines[] = {
+    {0, 1, "Memory%d Device Load : 0x%02X (%d)\n", "dnn"},
+    {1, 2, "Memory Device%d Handle : 0x%04X (%d)\n", "dnn"},
+};
+constexpr RecordLayout MemoryChannelDevices = {.Size = 3, .First = 2, .Lines = MemoryChannelLines};
+
+constexpr DecoderField Type37Whole[] = {RecordsField(10, &MemoryChannelDevices)};
+
 } // namespace
 
-constinit const StructDecoder StructDecodeType16(16, "Physical Memory", DecoderForm::Loop, Type16Fields);
-constinit const StructDecoder StructDecodeType17(17, "Memory Device", DecoderForm::Loop, Type17Fields);
+constinit const StructDecoder StructDecodeType16(16, "Physical Memory", DecoderForm::Loop, Type16Fields, Type16Whole);
+constinit const StructDecoder StructDecodeType17(17, "Memory Device", DecoderForm::Loop, Type17Fields, Type17Whole);
 constinit const StructDecoder StructDecodeType18(18, "32-bit Memory Error", DecoderForm::Loop, Type18Fields);
-constinit const StructDecoder StructDecodeType19(19, "Memory Array Adr", DecoderForm::Loop, Type19Fields);
-constinit const StructDecoder StructDecodeType20(20, "Memory Device Adr", DecoderForm::Loop, Type20Fields);
+constinit const StructDecoder StructDecodeType19(19, "Memory Array Adr", DecoderForm::Loop, Type19Fields, Type19Whole);
+constinit const StructDecoder StructDecodeType20(20, "Memory Device Adr", DecoderForm::Loop, Type20Fields, Type20Whole);
 constinit const StructDecoder StructDecodeType33(33, "64-bit Memory Error Info", DecoderForm::Loop, Type33Fields);
-constinit const StructDecoder StructDecodeType37(37, "Memory Channel", DecoderForm::Loop, Type37Fields);
+constinit const StructDecoder StructDecodeType37(37, "Memory Channel", DecoderForm::Loop, Type37Fields, Type37Whole);

@@ -133,27 +133,30 @@ constexpr BitGroup CacheConfigurationGroups[] = {
     {" Cache Level : 0x%02X\n", 0, 0x07, {}},
 };
 
-// Bit 15 chooses the granularity. The size is shown as it is stored, in units of that granularity.
-void CacheSizePrint(const FieldValue& value, const char* granularityFormat, const char* sizeFormat) {
-    RyxPrintf(granularityFormat, (value.Number & 0x8000) != 0 ? 64 : 1);
-    RyxPrintf(sizeFormat, static_cast<int>(value.Number & 0x7FFF));
+// Bit 15 chooses the granularity. The size is shown as it is stored, in units of that granularity; of the whole table,
+// in KB.
+void CacheSizePrint(const FieldValue& value, const char* granularityFormat, const char* sizeFormat,
+                    bool scaled = false) {
+    const int granularity = (value.Number & 0x8000) != 0 ? 64 : 1;
+    RyxPrintf(granularityFormat, granularity);
+    RyxPrintf(sizeFormat, static_cast<int>(value.Number & 0x7FFF) * (scaled ? granularity : 1));
 }
 
-void MaximumCacheSizePrint(const DecoderField& field, const FieldValue& value) {
+template <bool Scaled> void MaximumCacheSizePrint(const DecoderField& field, const FieldValue& value) {
     NumberPrint(field, value);
-    CacheSizePrint(value, " Maximum Granularity : %02d KB\n", " Maximum Size : %04d KB\n");
+    CacheSizePrint(value, " Maximum Granularity : %02d KB\n", " Maximum Size : %04d KB\n", Scaled);
 }
 
-void InstalledCacheSizePrint(const DecoderField& field, const FieldValue& value) {
+template <bool Scaled> void InstalledCacheSizePrint(const DecoderField& field, const FieldValue& value) {
     NumberPrint(field, value);
-    CacheSizePrint(value, " Installed Granularity : %02d KB\n", " Installed Size : %0d KB\n");
+    CacheSizePrint(value, " Installed Granularity : %02d KB\n", " Installed Size : %0d KB\n", Scaled);
 }
 
 constexpr DecoderField Type7Fields[] = {
     StringField(3, "Socket Designation : %s\n"),
     GroupsField(4, "Cache Configuration : 0x%04X\n", CacheConfigurationGroups),
-    OwnField(5, MaximumCacheSizePrint, "Maximum Cache Size : 0x%04X\n"),
-    OwnField(6, InstalledCacheSizePrint, "Installed Size : 0x%04X\n"),
+    OwnField(5, MaximumCacheSizePrint<false>, "Maximum Cache Size : 0x%04X\n"),
+    OwnField(6, InstalledCacheSizePrint<false>, "Installed Size : 0x%04X\n"),
     BitsField(7, "Supported SRAM Type : 0x%04X\n", SramTypeNames),
     BitsField(8, "Current SRAM Type : 0x%04X\n", SramTypeNames),
     NumberField(9, "Cache Speed : 0x%02X ns\n"),
@@ -162,8 +165,34 @@ constexpr DecoderField Type7Fields[] = {
     TextField(12, "Associativity : 0x%02X - %s\n", CacheAssociativityTexts),
 };
 
+// Bit 31 chooses the granularity.
+constexpr std::uint64_t KilobytesOfCacheSize(std::uint64_t size) {
+    return (size & 0x7FFFFFFF) << ((size & 0x80000000) != 0 ? 6 : 0);
+}
+
+constexpr std::uint8_t MaximumCacheSize2Row = 13;
+constexpr std::uint8_t InstalledCacheSize2Row = 14;
+
+constexpr NumberCase MaximumCacheSizeCases[] = {
+    {0xFFFF, "Maximum Cache Size : 0x%04X - See Maximum Cache Size2\n", nullptr, MaximumCacheSize2Row, 0x17},
+};
+constexpr NumberCase InstalledCacheSizeCases[] = {
+    {0xFFFF, "Installed Size : 0x%04X - See Installed Cache Size2\n", nullptr, InstalledCacheSize2Row, 0x1B},
+};
+constexpr NumberCase MaximumCacheSize2Cases[] = {{0, "Maximum Cache Size2 : 0x%08X - %s\n", "Unknown"}};
+constexpr NumberCase InstalledCacheSize2Cases[] = {{0, "Installed Cache Size2 : 0x%08X - %s\n", "Unknown"}};
+
+constexpr DecoderField Type7Whole[] = {
+    OwnField(5, MaximumCacheSizePrint<true>, "Maximum Cache Size : 0x%04X\n").With(MaximumCacheSizeCases),
+    OwnField(6, InstalledCacheSizePrint<true>, "Installed Size : 0x%04X\n").With(InstalledCacheSizeCases),
+    SizeField(MaximumCacheSize2Row, "Maximum Cache Size2 : 0x%08X - %lluKB, %lluMB, %lluGB\n", KilobytesOfCacheSize)
+        .With(MaximumCacheSize2Cases),
+    SizeField(InstalledCacheSize2Row, "Installed Cache Size2 : 0x%08X - %lluKB, %lluMB, %lluGB\n", KilobytesOfCacheSize)
+        .With(InstalledCacheSize2Cases),
+};
+
 } // namespace
 
 constinit const StructDecoder StructDecodeType5(5, "Memory Controller", DecoderForm::Loop, Type5Fields);
 constinit const StructDecoder StructDecodeType6(6, "Memory Module", DecoderForm::Loop, Type6Fields);
-constinit const StructDecoder StructDecodeType7(7, "Cache", DecoderForm::Loop, Type7Fields);
+constinit const StructDecoder StructDecodeType7(7, "Cache", DecoderForm::Loop, Type7Fields, Type7Whole);

@@ -260,6 +260,41 @@ constexpr DecoderField Type9Fields[] = {
     BitsField(13, "Device/Function Number : 0x%02X\n", DeviceFunctionNames),
 };
 
+constexpr const char* SlotCharacteristic2NewerNames[] = {
+    "PCIe slot supports bifurcation", "Slot supports async/surprise removal", "Flexbus slot, CXL 1.0 capable",
+    "Flexbus slot, CXL 2.0 capable",  "Flexbus slot, CXL 3.0 capable",        nullptr,
+};
+
+constexpr auto SlotCharacteristic2WholeNames = NamesLonger(SlotCharacteristic2Names, SlotCharacteristic2NewerNames);
+
+constexpr const char* SlotHeightTexts[] = {"Not applicable", "Other", "Unknown", "Full height", "Low-profile"};
+
+constexpr RecordLine PeerGroupLines[] = {
+    {0, 2, "%02d.  Segment Group Number : 0x%04X\n", "dn"},
+    {2, 1, "     Bus Number : 0x%02X\n"},
+    {3, 1, "     Device/Function Number : 0x%02X\n"},
+    {4, 1, "     Data Bus Width : 0x%02X - %s\n", "ns", SlotBusWidthTexts},
+};
+constexpr RecordLayout PeerGroups = {.Size = 5, .Lines = PeerGroupLines};
+
+void SlotPitchPrint(const DecoderField& field, const FieldValue& value) {
+    const auto hundredths = static_cast<unsigned>(value.Number);
+    RyxPrintf(field.Format, hundredths, hundredths / 100, hundredths % 100);
+}
+
+constexpr NumberCase SlotPitchCases[] = {{0, "Slot Pitch : 0x%04X - %s\n", "Unknown"}};
+
+constexpr DecoderField Type9Whole[] = {
+    BitsField(10, "Slot Characteristics2 : 0x%02X\n", SlotCharacteristic2WholeNames.data()),
+    TextField(14, "Data Bus Width (Base) : 0x%02X - %s\n", SlotBusWidthTexts),
+    NumberField(15, "Peer Grouping Count : 0x%02X (%d)\n"),
+    RecordsField(16, &PeerGroups, "Peer Groups :\n"),
+    NumberField(17, "Slot Information : 0x%02X (%d)\n"),
+    TextField(18, "Slot Physical Width : 0x%02X - %s\n", SlotBusWidthTexts),
+    OwnField(19, SlotPitchPrint, "Slot Pitch : 0x%04X (%d.%02d mm)\n", "ndd").With(SlotPitchCases),
+    TextField(20, "Slot Height : 0x%02X - %s\n", SlotHeightTexts),
+};
+
 // Type 10, On Board Devices Information.
 
 constexpr const char* OnboardDeviceTypeTexts[] = {
@@ -277,6 +312,10 @@ constexpr DecoderField Type10Fields[] = {
     GroupsField(3, "Device Type : 0x%02X\n", OnboardDeviceGroups),
     StringField(4, "Description String : %s\n"),
 };
+
+constexpr RecordLayout FurtherDevices = {.Size = 2, .Fields = Type10Fields, .FieldCount = 2};
+
+constexpr DecoderField Type10Whole[] = {RecordsField(5, &FurtherDevices)};
 
 // Type 21, Built-in Pointing Device.
 
@@ -305,6 +344,6 @@ constexpr DecoderField Type21Fields[] = {
 } // namespace
 
 constinit const StructDecoder StructDecodeType8(8, "Port Connector", DecoderForm::Loop, Type8Fields);
-constinit const StructDecoder StructDecodeType9(9, "System Slots", DecoderForm::Loop, Type9Fields);
-constinit const StructDecoder StructDecodeType10(10, "On Board Devices", DecoderForm::Loop, Type10Fields);
+constinit const StructDecoder StructDecodeType9(9, "System Slots", DecoderForm::Loop, Type9Fields, Type9Whole);
+constinit const StructDecoder StructDecodeType10(10, "On Board Devices", DecoderForm::Loop, Type10Fields, Type10Whole);
 constinit const StructDecoder StructDecodeType21(21, "Built-in Pointing", DecoderForm::Loop, Type21Fields);

@@ -38,7 +38,7 @@ constexpr DecoderField Type25Fields[] = {
     NumberField(7, "Next Scheduled Power-on Second : 0x%02X (%02d)\n"),
 };
 
-// Type 39, System Power Supply. The location string (row 4) has no line.
+// Type 39, System Power Supply. The location string (row 4) has no line but of the whole table.
 
 constexpr const char* PowerSupplyTypeTexts[] = {
     "", "Other", "Unknown", "Linear", "Switching", "Battery", "UPS", "Converter", "Regulator",
@@ -88,8 +88,10 @@ constexpr DecoderField Type39Fields[] = {
     MarkField(15, "Input Current Probe Handle : 0x%04X ", 0xFFFF, "- No provided\n"),
 };
 
+constexpr DecoderField Type39Whole[] = {StringField(16, "Location : %s\n")};
+
 } // namespace
 
 constinit const StructDecoder StructDecodeType22(22, "Portable Battery", DecoderForm::Loop, Type22Fields);
 constinit const StructDecoder StructDecodeType25(25, "SYS Power Control", DecoderForm::Loop, Type25Fields);
-constinit const StructDecoder StructDecodeType39(39, "SYS Power Supply", DecoderForm::Loop, Type39Fields);
+constinit const StructDecoder StructDecodeType39(39, "SYS Power Supply", DecoderForm::Loop, Type39Fields, Type39Whole);

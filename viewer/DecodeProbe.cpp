@@ -99,5 +99,5 @@ constexpr DecoderField Type27Fields[] = {
 constinit const StructDecoder StructDecodeType26(26, "Voltage Probe", DecoderForm::Loop, Type26Fields);
 constinit const StructDecoder StructDecodeType27(27, "Cooling Device", DecoderForm::Loop, Type27Fields);
 constinit const StructDecoder StructDecodeType28(28, "Temperature Probe", DecoderForm::Loop, Type28Fields);
-constinit const StructDecoder StructDecodeType29(29, "Electric Current Probe", DecoderForm::Loop, Type29Fields,
+constinit const StructDecoder StructDecodeType29(29, "Electric Current Probe", DecoderForm::Loop, Type29Fields, {},
                                                  "(Type ");

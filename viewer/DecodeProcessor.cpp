@@ -251,6 +251,20 @@ constexpr TextRange ProcessorFamilyNewer[] = {
     {0x307, "Intel(R) Core(TM) Ultra 9"},
 };
 
+// Codes below that end that have been named since.
+constexpr TextCode ProcessorFamilyNamed[] = {
+    {0x2C, "Intel(R) Core(TM) M processor"},
+    {0x2D, "Intel(R) Core(TM) m3 processor"},
+    {0x2E, "Intel(R) Core(TM) m5 processor"},
+    {0x2F, "Intel(R) Core(TM) m7 processor"},
+    {0x66, "AMD Athlon(TM) X4 Quad-Core Processor Family"},
+    {0x67, "AMD Opteron(TM) X1000 Series Processor"},
+    {0x68, "AMD Opteron(TM) X2000 Series APU"},
+    {0x69, "AMD Opteron(TM) A-Series Processor"},
+    {0x6A, "AMD Opteron(TM) X3000 Series APU"},
+    {0x6B, "AMD Zen Processor Family"},
+};
+
 constexpr std::uint64_t FamilyEnd = 0x200;
 
 static_assert(std::ranges::adjacent_find(ProcessorFamilyTexts, std::ranges::greater_equal(), &TextCode::Code) ==
@@ -272,6 +286,14 @@ void FamilyPrint(const DecoderField& field, const FieldValue& value) {
         text = TextFind(ProcessorFamilyNewer, code);
     }
     RyxPrintf(field.Format, code, text != nullptr ? text : UnrecognizedText);
+}
+
+void FamilyWholePrint(const DecoderField& field, const FieldValue& value) {
+    if (const char* const text = TextFind(ProcessorFamilyNamed, value.Number); text != nullptr) {
+        RyxPrintf(field.Format, static_cast<unsigned int>(value.Number), text);
+    } else {
+        FamilyPrint(field, value);
+    }
 }
 
 // The voltage in tenths of a volt.
@@ -402,6 +424,57 @@ constexpr DecoderField Type4Fields[] = {
     OwnField(25, FamilyPrint, "Processor Family2 : 0x%04X - %s\n", "ns"),
 };
 
+constexpr const char* ProcessorSocketTexts[] = {"Unpopulated", "Populated"};
+
+void StatusWholePrint(const DecoderField& field, const FieldValue& value) {
+    RyxPrintf(field.Format, static_cast<unsigned int>(value.Number),
+              TextFind(ProcessorStatusTexts, value.Number & 0x07));
+    RyxPrintf(" Socket : %s\n", ProcessorSocketTexts[value.Number >> 6 & 1]);
+}
+
+constexpr const char* ProcessorCharacteristicNewerNames[] = {"128-bit Capable", "Arm64 SoC ID", nullptr};
+
+constexpr auto ProcessorCharacteristicWholeNames =
+    NamesLonger(ProcessorCharacteristicNames, ProcessorCharacteristicNewerNames);
+
+constexpr std::uint8_t CoreCount2Row = 26;
+constexpr std::uint8_t CoreEnabled2Row = 27;
+constexpr std::uint8_t ThreadCount2Row = 28;
+constexpr std::uint8_t SocketTypeRow = 30;
+
+constexpr NumberCase UpgradeCases[] = {
+    {0xFF, "Processor Upgrade : 0x%02X - See Socket Type\n", nullptr, SocketTypeRow, 0x33},
+};
+constexpr NumberCase CoreCountCases[] = {
+    {0xFF, "Core Count : 0x%02X - See Core Count2\n", nullptr, CoreCount2Row, 0x2C},
+};
+constexpr NumberCase CoreEnabledCases[] = {
+    {0xFF, "Core Enabled : 0x%02X - See Core Enabled2\n", nullptr, CoreEnabled2Row, 0x2E},
+};
+constexpr NumberCase ThreadCountCases[] = {
+    {0xFF, "Thread Count : 0x%02X - See Thread Count2\n", nullptr, ThreadCount2Row, 0x30},
+};
+constexpr NumberCase CoreCount2Cases[] = {{0, "Core Count2 : 0x%04X - %s\n", "Unknown"}};
+constexpr NumberCase CoreEnabled2Cases[] = {{0, "Core Enabled2 : 0x%04X - %s\n", "Unknown"}};
+constexpr NumberCase ThreadCount2Cases[] = {{0, "Thread Count2 : 0x%04X - %s\n", "Unknown"}};
+constexpr NumberCase ThreadEnabledCases[] = {{0, "Thread Enabled : 0x%04X - %s\n", "Unknown"}};
+
+constexpr DecoderField Type4Whole[] = {
+    OwnField(5, FamilyWholePrint, "Processor Family : 0x%02X - %s\n", "ns"),
+    OwnField(13, StatusWholePrint, "Status : 0x%02X - %s\n", "ns"),
+    TextField(14, "Processor Upgrade : 0x%02X - %s\n", ProcessorUpgradeTexts).With(UpgradeCases),
+    NumberField(21, "Core Count : 0x%02X (%d)\n").With(CoreCountCases),
+    NumberField(22, "Core Enabled : 0x%02X (%d)\n").With(CoreEnabledCases),
+    NumberField(23, "Thread Count : 0x%02X (%d)\n").With(ThreadCountCases),
+    BitsField(24, "Processor Characteristics : 0x%04X\n", ProcessorCharacteristicWholeNames.data()),
+    OwnField(25, FamilyWholePrint, "Processor Family2 : 0x%04X - %s\n", "ns"),
+    NumberField(CoreCount2Row, "Core Count2 : 0x%04X (%d)\n").With(CoreCount2Cases),
+    NumberField(CoreEnabled2Row, "Core Enabled2 : 0x%04X (%d)\n").With(CoreEnabled2Cases),
+    NumberField(ThreadCount2Row, "Thread Count2 : 0x%04X (%d)\n").With(ThreadCount2Cases),
+    NumberField(29, "Thread Enabled : 0x%04X (%d)\n").With(ThreadEnabledCases),
+    StringField(SocketTypeRow, "Socket Type : %s\n"),
+};
+
 } // namespace
 
-constinit const StructDecoder StructDecodeType4(4, "Processor", DecoderForm::Single, Type4Fields);
+constinit const StructDecoder StructDecodeType4(4, "Processor", DecoderForm::Single, Type4Fields, Type4Whole);

@@ -52,18 +52,44 @@ constexpr const char* BiosCharacteristicExt2Names[] = {
     "BIOS Boot Specification Supported", "Function Key Initiated NSB Supported", "Enable Targeted Content Distribution",
     "UEFI Specification is supported",   "Describes a virtual machine",          nullptr};
 
+constexpr const char* BiosCharacteristicExt2NewerNames[] = {"Manufacturing mode is supported",
+                                                            "Manufacturing mode is enabled", nullptr};
+
+constexpr auto BiosCharacteristicExt2WholeNames =
+    NamesLonger(BiosCharacteristicExt2Names, BiosCharacteristicExt2NewerNames);
+
 void RomSizePrint(const DecoderField& field, const FieldValue& value) {
     const auto units = static_cast<unsigned int>(value.Number);
     RyxPrintf(field.Format, units, (units + 1) * 64);
 }
 
-void ExtensionPrint(const DecoderField&, const FieldValue& value) {
+void ExtensionBytesPrint(const FieldValue& value, const char* const* secondNames) {
     const std::uint64_t first = value.Number & 0xFF;
     const std::uint64_t second = value.Number >> 8;
     RyxPrintf("BIOS Characteristics Extension1 : 0x%02X\n", static_cast<unsigned int>(first));
     BitListPrint(first, BiosCharacteristicExt1Names);
     RyxPrintf("BIOS Characteristics Extension2 : 0x%02X\n", static_cast<unsigned int>(second));
-    BitListPrint(second, BiosCharacteristicExt2Names);
+    BitListPrint(second, secondNames);
+}
+
+void ExtensionPrint(const DecoderField&, const FieldValue& value) {
+    ExtensionBytesPrint(value, BiosCharacteristicExt2Names);
+}
+
+void ExtensionWholePrint(const DecoderField&, const FieldValue& value) {
+    ExtensionBytesPrint(value, BiosCharacteristicExt2WholeNames.data());
+}
+
+// The upper two bits choose the unit, of which two are reserved.
+void ExtendedRomSizePrint(const DecoderField&, const FieldValue& value) {
+    constexpr const char* formats[] = {"Extended BIOS ROM Size : 0x%04X (%d MB)\n",
+                                       "Extended BIOS ROM Size : 0x%04X (%d GB)\n"};
+    const auto number = static_cast<unsigned>(value.Number);
+    if (const unsigned unit = number >> 14; unit < std::size(formats)) {
+        RyxPrintf(formats[unit], number, number & 0x3FFF);
+    } else {
+        RyxPrintf("Extended BIOS ROM Size : 0x%04X - %s\n", number, UnrecognizedText);
+    }
 }
 
 constexpr DecoderField Type0Fields[] = {
@@ -78,6 +104,17 @@ constexpr DecoderField Type0Fields[] = {
     NumberField(11, "System BIOS Minor Release : %02X\n"),
     NumberField(12, "EC Major Release : %02X\n"),
     NumberField(13, "EC Minor Release : %02X\n"),
+};
+
+constexpr NumberCase RomSizeCases[] = {
+    {0xFF, "BIOS ROM Size : 0x%02X - See Extended BIOS ROM Size\n", nullptr, 14, 0x1A}};
+
+constexpr NumberCase ExtendedRomSizeCases[] = {{0, "Extended BIOS ROM Size : 0x%04X - %s\n", "Unknown"}};
+
+constexpr DecoderField Type0Whole[] = {
+    OwnField(7, RomSizePrint, "BIOS ROM Size : 0x%02X (%d KB)\n", "nd").With(RomSizeCases),
+    OwnField(9, ExtensionWholePrint, "", ""),
+    OwnField(14, ExtendedRomSizePrint, "", "").With(ExtendedRomSizeCases),
 };
 
 // Type 1, System Information. The UUID is shown as it is stored, whatever byte order its fields have.
@@ -223,9 +260,19 @@ constexpr DecoderField Type3Fields[] = {
     StringField(18, "SKU Number : %s\n"),
 };
 
+constexpr const char* RackTypeTexts[] = {"Unspecified", "OU"};
+
+constexpr NumberCase ChassisHeightCases[] = {{0xFF, "Height : 0x%02X - See Rack Height\n", nullptr, 20}};
+
+constexpr DecoderField Type3Whole[] = {
+    NumberField(13, "Height : 0x%02X (%d)\n").With(ChassisHeightCases),
+    TextField(19, "Rack Type : 0x%02X - %s\n", RackTypeTexts),
+    NumberField(20, "Rack Height : 0x%02X (%d)\n"),
+};
+
 } // namespace
 
-constinit const StructDecoder StructDecodeType0(0, "BIOS", DecoderForm::Single, Type0Fields);
+constinit const StructDecoder StructDecodeType0(0, "BIOS", DecoderForm::Single, Type0Fields, Type0Whole);
 constinit const StructDecoder StructDecodeType1(1, "System", DecoderForm::Single, Type1Fields);
 constinit const StructDecoder StructDecodeType2(2, "Base Board", DecoderForm::Single, Type2Fields);
-constinit const StructDecoder StructDecodeType3(3, "Enclosure/Chassis", DecoderForm::Single, Type3Fields);
+constinit const StructDecoder StructDecodeType3(3, "Enclosure/Chassis", DecoderForm::Single, Type3Fields, Type3Whole);

@@ -3,8 +3,11 @@
 
 #include "Lib/API/RyxPrint.h"
 #include "Lib/API/RyxSmbios.h"
+#include "Lib/DmiFieldTable.h"
+#include "Lib/LittleEndian.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <string_view>
 
 namespace {
@@ -21,18 +24,22 @@ FieldOutcome StringShow(const DecoderField& field, const StructPlace& place) {
     if (StructStringRead(FieldOf(place, field.Row), place.Instance, &text) != RyxOk) {
         return FieldOutcome::Unreadable;
     }
-    const std::string_view format = field.Format;
-    if (format.size() - 2 + text.size() <= PrintLimit) {
-        RyxPrintf(field.Format, text.data());
-        return FieldOutcome::Printed;
+    TextPrint(field.Format, text);
+    return FieldOutcome::Printed;
+}
+
+FieldOutcome StringsShow(const DecoderField& field, const StructPlace& place) {
+    FieldValue count;
+    FieldValue strings;
+    if (!FieldRead(place, field.Row, &count) || StructStringsRead(place.Type, place.Instance, &strings) != RyxOk) {
+        return FieldOutcome::Unreadable;
     }
-    // Too long for one print: the label, the text in pieces, and what follows it.
-    const std::size_t at = format.find("%s");
-    RyxPrintf("%.*s", static_cast<int>(at), field.Format);
-    for (; !text.empty(); text.remove_prefix(std::min(text.size(), PrintLimit))) {
-        RyxPrintf("%.*s", static_cast<int>(std::min(text.size(), PrintLimit)), text.data());
+    unsigned number = 0;
+    for (std::size_t at = 0; at < strings.Bytes.size() && (count.Bytes.empty() || number < count.Number);) {
+        const std::string_view text = TextOf(strings.Bytes.subspan(at));
+        TextPrint(field.Format, text, ++number);
+        at += text.size() + 1;
     }
-    FixedPrint(field.Format + at + 2);
     return FieldOutcome::Printed;
 }
 
@@ -55,8 +62,166 @@ void BytesPrint(const char* label, std::span<const std::uint8_t> bytes) {
     RyxPrintf("\n");
 }
 
-void ValuePrint(const DecoderField& field, const FieldValue& value) {
+void SizePrint(const DecoderField& field, const FieldValue& value) {
+    const std::uint64_t kilobytes = field.Kilobytes(value.Number);
+    const auto print = [&field, kilobytes](auto number) {
+        RyxPrintf(field.Format, number, static_cast<unsigned long long>(kilobytes),
+                  static_cast<unsigned long long>(kilobytes >> 10), static_cast<unsigned long long>(kilobytes >> 20));
+    };
+    if (value.Bytes.size() > sizeof(std::uint32_t)) {
+        print(static_cast<unsigned long long>(value.Number));
+    } else {
+        print(static_cast<unsigned int>(value.Number));
+    }
+}
+
+// Prints the lines of fields for a record that repeats them.
+void FieldsAgainPrint(const RecordLayout& layout, const StructPlace& place, std::span<const std::uint8_t> record,
+                      const FieldValue& strings) {
+    const std::uint8_t base = DmiRowFind(place.Type, layout.Fields->Row)->Offset;
+    for (const DecoderField& field : std::span(layout.Fields, layout.FieldCount)) {
+        const DmiFieldDescriptor& row = *DmiRowFind(place.Type, field.Row);
+        const std::span<const std::uint8_t> bytes = record.subspan(row.Offset - base, DmiRowWidth(row));
+        const FieldValue value{bytes, LittleEndianRead(bytes.data(), bytes.size())};
+        if (field.Shape == FieldShape::String) {
+            TextPrint(field.Format, StringOf(strings, static_cast<std::uint32_t>(value.Number)));
+        } else {
+            ValuePrint(field, place, value);
+        }
+    }
+}
+
+void RecordsPrint(const DecoderField& field, const StructPlace& place, const FieldValue& value) {
+    const RecordLayout& layout = *field.Records;
+    FieldValue strings;
+    if (value.Bytes.empty() ||
+        (layout.Fields != nullptr && StructStringsRead(place.Type, place.Instance, &strings) != RyxOk)) {
+        return;
+    }
+    if (*field.Format != '\0') {
+        FixedPrint(field.Format);
+    }
+    unsigned number = layout.First;
+    for (std::size_t at = 0; at + layout.Size <= value.Bytes.size(); at += layout.Size, ++number) {
+        const std::span<const std::uint8_t> record = value.Bytes.subspan(at, layout.Size);
+        if (layout.Fields != nullptr) {
+            FieldsAgainPrint(layout, place, record, strings);
+        } else {
+            RecordPrint(layout.Lines, record, number);
+        }
+    }
+}
+
+// Tells whether a line that refers to another field may be shown.
+bool CaseApplies(const NumberCase& each, const StructPlace& place) {
+    if (each.Row == 0) {
+        return true;
+    }
+    const DmiFieldDescriptor& row = *DmiRowFind(place.Type, each.Row, true);
+    FieldValue other;
+    if (row.Rule != DmiRule::None) {
+        return FieldRead(place, each.Row, &other) && other.Number != 0;
+    }
+    return StructAreaRead(place.Type, place.Instance, row.Offset, &other) == RyxOk &&
+           row.Offset + other.Bytes.size() >= each.Length &&
+           LittleEndianRead(other.Bytes.data(), DmiRowWidth(row)) != 0;
+}
+
+// Prints the line that the value has of its own. False when it has none.
+bool CasePrint(const DecoderField& field, const StructPlace& place, const FieldValue& value) {
+    for (const NumberCase& each : field.Cases) {
+        if (value.Number == each.Value && CaseApplies(each, place)) {
+            if (value.Bytes.size() > sizeof(std::uint32_t)) {
+                RyxPrintf(each.Format, static_cast<unsigned long long>(value.Number), each.Text);
+            } else {
+                RyxPrintf(each.Format, static_cast<unsigned int>(value.Number), each.Text);
+            }
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+void TextPrint(const char* format, std::string_view text, unsigned number) {
+    const std::string_view whole = format;
+    const std::size_t at = whole.find("%s");
+    const bool numbered = whole.find('%') != at;
+    char digits[12] = "";
+    const int digitCount = numbered ? std::snprintf(digits, sizeof digits, "%u", number) : 0;
+    if (whole.size() - (numbered ? 4 : 2) + static_cast<std::size_t>(digitCount) + text.size() <= PrintLimit) {
+        if (numbered) {
+            RyxPrintf(format, number, text.data());
+        } else {
+            RyxPrintf(format, text.data());
+        }
+        return;
+    }
+    // Too long for one print: the label, the text in pieces, and what follows it.
+    const std::size_t labelEnd = numbered ? whole.find('%') : at;
+    RyxPrintf("%.*s", static_cast<int>(labelEnd), format);
+    if (numbered) {
+        RyxPrintf("%u%.*s", number, static_cast<int>(at - labelEnd - 2), format + labelEnd + 2);
+    }
+    for (; !text.empty(); text.remove_prefix(std::min(text.size(), PrintLimit))) {
+        RyxPrintf("%.*s", static_cast<int>(std::min(text.size(), PrintLimit)), text.data());
+    }
+    FixedPrint(format + at + 2);
+}
+
+void RowsPrint(std::span<const std::uint8_t> bytes, const char* row) {
+    constexpr std::size_t rowSize = 16;
+    for (; !bytes.empty(); bytes = bytes.subspan(std::min(bytes.size(), rowSize))) {
+        char text[3 * rowSize];
+        std::size_t at = 0;
+        for (const std::uint8_t byte : bytes.first(std::min(bytes.size(), rowSize))) {
+            std::snprintf(text + at, 3, "%02X", byte);
+            text[at + 2] = ' ';
+            at += 3;
+        }
+        text[at - 1] = '\0';
+        RyxPrintf(row, text);
+    }
+}
+
+void RecordPrint(std::span<const RecordLine> lines, std::span<const std::uint8_t> record, unsigned number) {
+    for (const RecordLine& line : lines) {
+        if (line.Offset + std::size_t{line.Width} > record.size()) {
+            continue;
+        }
+        const auto value = static_cast<unsigned>(LittleEndianRead(&record[line.Offset], line.Width));
+        const bool coded = !line.Texts.Low.empty();
+        const char* const text = coded ? TextFind(line.Texts, value) : nullptr;
+        if (line.Numbered && coded) {
+            RyxPrintf(line.Format, number, value, text);
+        } else if (line.Numbered) {
+            RyxPrintf(line.Format, number, value, value);
+        } else if (coded) {
+            RyxPrintf(line.Format, value, text);
+        } else {
+            RyxPrintf(line.Format, value, value);
+        }
+    }
+}
+
+void ValuePrint(const DecoderField& field, const StructPlace& place, const FieldValue& value) {
+    if (CasePrint(field, place, value)) {
+        return;
+    }
     switch (field.Shape) {
+    case FieldShape::Size:
+        SizePrint(field, value);
+        return;
+    case FieldShape::Records:
+        RecordsPrint(field, place, value);
+        return;
+    case FieldShape::Rows:
+        if (!value.Bytes.empty()) {
+            FixedPrint(field.Format);
+            RowsPrint(value.Bytes);
+        }
+        return;
     case FieldShape::Own:
         field.Print(field, value);
         return;
@@ -88,8 +253,6 @@ void ValuePrint(const DecoderField& field, const FieldValue& value) {
     }
 }
 
-} // namespace
-
 bool FieldRead(const StructPlace& place, std::uint8_t row, FieldValue* value) {
     return StructFieldRead(FieldOf(place, row), place.Instance, value) == RyxOk;
 }
@@ -101,6 +264,9 @@ FieldOutcome FieldShow(const DecoderField& field, const StructPlace& place) {
     if (field.Shape == FieldShape::String) {
         return StringShow(field, place);
     }
+    if (field.Shape == FieldShape::Strings) {
+        return StringsShow(field, place);
+    }
     if (field.Show != nullptr) {
         return field.Show(field, place);
     }
@@ -108,7 +274,7 @@ FieldOutcome FieldShow(const DecoderField& field, const StructPlace& place) {
     if (!FieldRead(place, field.Row, &value)) {
         return FieldOutcome::Unreadable;
     }
-    ValuePrint(field, value);
+    ValuePrint(field, place, value);
     return FieldOutcome::Printed;
 }
 

@@ -6,6 +6,7 @@
 #include "viewer/TextTable.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <iterator>
 #include <span>
@@ -31,7 +32,22 @@ struct BitGroup {
 };
 
 // What a field shows of its row: made by the function of that name below.
-enum class FieldShape : std::uint8_t { Counted, String, Number, Text, TextLine, Bits, Groups, Mark, Bytes, Own };
+enum class FieldShape : std::uint8_t {
+    Counted,
+    String,
+    Number,
+    Text,
+    TextLine,
+    Bits,
+    Groups,
+    Mark,
+    Bytes,
+    Own,
+    Size,
+    Rows,
+    Strings,
+    Records,
+};
 
 // The conversions that formats have, and the widths, of 1, 2, 4 and 8 bytes and added up, of the numbers that they
 // take.
@@ -41,14 +57,14 @@ struct FormatConversion {
 };
 
 inline constexpr FormatConversion FormatConversions[] = {
-    {"s", 0},   {"d", 7},   {"02d", 7}, {"X", 7},   {"02X", 1}, {"04X", 2},
-    {"04x", 2}, {"08X", 4}, {"llX", 8}, {"llx", 8}, {"lld", 8},
+    {"s", 0},   {"d", 7},   {"02d", 7}, {"X", 7},   {"02X", 1}, {"04X", 2}, {"04x", 2},
+    {"08X", 4}, {"llX", 8}, {"llx", 8}, {"lld", 8}, {"llu", 8}, {"u", 4},
 };
 
 inline constexpr std::uint8_t AnyWidth = 0xFF;
 
 // The widths of the value that a format takes. `given` names what its print gives it, in this order: n the row's value,
-// d another number of 32 bits, s a text. A format that takes anything else does not compile.
+// d another number of 32 bits, q one of 64, s a text. A format that takes anything else does not compile.
 consteval std::uint8_t FormatWidths(std::string_view format, std::string_view given) {
     std::uint8_t widths = AnyWidth;
     for (std::size_t at = format.find('%'); at != format.npos; at = format.find('%')) {
@@ -56,7 +72,10 @@ consteval std::uint8_t FormatWidths(std::string_view format, std::string_view gi
         const FormatConversion* const conversion = std::ranges::find_if(
             FormatConversions, [format](const FormatConversion& each) { return format.starts_with(each.Text); });
         if (conversion == std::end(FormatConversions) || given.empty() ||
-            (given[0] == 's' ? conversion->Widths != 0 : (conversion->Widths & (given[0] == 'd' ? 7 : widths)) == 0)) {
+            (given[0] == 's'   ? conversion->Widths != 0
+             : given[0] == 'd' ? (conversion->Widths & 7) == 0
+             : given[0] == 'q' ? conversion->Widths != 8
+                               : (conversion->Widths & widths) == 0)) {
             throw "a format takes what its print gives it";
         }
         widths &= given[0] == 'n' ? conversion->Widths : AnyWidth;
@@ -64,6 +83,46 @@ consteval std::uint8_t FormatWidths(std::string_view format, std::string_view gi
     }
     return given.empty() ? widths : throw "a format takes all that its print gives it";
 }
+
+// A value that has a line of its own: Format takes the number, and Text if there is one. With a row, the line refers to
+// that field, and is shown only where the field is there and not 0, and the structure has that Length at least.
+struct NumberCase {
+    std::uint64_t Value;
+    const char* Format;
+    const char* Text = nullptr;
+    std::uint8_t Row = 0;
+    std::uint8_t Length = 0;
+};
+
+// A line about a record of a list or about a block of data: Format takes the number at Offset, once or twice or with
+// its text, behind the record's number when `given` begins with d (see FormatWidths).
+struct RecordLine {
+    const char* Format;
+    std::uint8_t Offset;
+    std::uint8_t Width;
+    bool Numbered;
+    TextTable Texts;
+
+    consteval RecordLine(std::uint8_t offset, std::uint8_t width, const char* format, std::string_view given = "n",
+                         TextTable texts = {})
+        : Format(format), Offset(offset), Width(width), Numbered(given[0] == 'd'), Texts(texts) {
+        if ((FormatWidths(format, given) & width) == 0) {
+            throw "a line takes its bytes' width";
+        }
+    }
+};
+
+struct DecoderField;
+
+// What a list's records are made of: bytes, lines of their own, or the lines of fields that stand in the structure for
+// the first of them; and the number of the first record of the list.
+struct RecordLayout {
+    std::uint8_t Size;
+    std::uint8_t First = 1;
+    std::span<const RecordLine> Lines = {};
+    const DecoderField* Fields = nullptr;
+    std::uint8_t FieldCount = 0;
+};
 
 // One field. Row is its row among the rows of its type. A field of its own has Print, which prints the row's value, or
 // Show, which also reads by itself. The rest serves the other shapes.
@@ -80,9 +139,22 @@ struct DecoderField {
     const char* Mark = nullptr;
     void (*Print)(const DecoderField& field, const FieldValue& value) = nullptr;
     FieldOutcome (*Show)(const DecoderField& field, const StructPlace& place) = nullptr;
+    std::span<const NumberCase> Cases;
+    std::uint64_t (*Kilobytes)(std::uint64_t number) = nullptr;
+    const RecordLayout* Records = nullptr;
 
     consteval DecoderField(std::uint8_t row, FieldShape shape, const char* format = "", std::string_view given = "")
         : Row(row), Shape(shape), Widths(FormatWidths(format, given)), Format(format) {}
+
+    // The field with lines of their own for some values.
+    consteval DecoderField With(std::span<const NumberCase> cases) const {
+        DecoderField field = *this;
+        field.Cases = cases;
+        for (const NumberCase& each : cases) {
+            field.Widths &= FormatWidths(each.Format, each.Text == nullptr ? "n" : "ns");
+        }
+        return field;
+    }
 };
 
 // Reads a row of a structure. False when it can't be read.
@@ -90,6 +162,18 @@ bool FieldRead(const StructPlace& place, std::uint8_t row, FieldValue* value);
 
 // Reads and prints a field.
 FieldOutcome FieldShow(const DecoderField& field, const StructPlace& place);
+
+// Prints what was read of a field that is neither a string nor a list of strings.
+void ValuePrint(const DecoderField& field, const StructPlace& place, const FieldValue& value);
+
+// Prints a text whole, whatever its length, with Format, which takes it behind `number` if it takes that.
+void TextPrint(const char* format, std::string_view text, unsigned number = 0);
+
+// Prints bytes in rows of up to 16; `row` takes the text of one.
+void RowsPrint(std::span<const std::uint8_t> bytes, const char* row = "  %s\n");
+
+// Prints a record's lines, as far as its bytes go.
+void RecordPrint(std::span<const RecordLine> lines, std::span<const std::uint8_t> record, unsigned number = 0);
 
 // Prints Format with the row's value.
 void NumberPrint(const DecoderField& field, const FieldValue& value);
@@ -177,4 +261,42 @@ consteval DecoderField OwnField(std::uint8_t row, FieldOutcome (*show)(const Dec
     DecoderField field(row, FieldShape::Own);
     field.Show = show;
     return field;
+}
+
+// A size: Format takes the number, and the KB, MB and GB that it stands for.
+consteval DecoderField SizeField(std::uint8_t row, const char* format, std::uint64_t (*kilobytes)(std::uint64_t)) {
+    DecoderField field(row, FieldShape::Size, format, "nqqq");
+    field.Kilobytes = kilobytes;
+    return field;
+}
+
+constexpr std::uint64_t KilobytesOfBytes(std::uint64_t bytes) {
+    return bytes >> 10;
+}
+
+// Bytes in rows below the label; nothing when there are none.
+consteval DecoderField RowsField(std::uint8_t row, const char* label) {
+    return {row, FieldShape::Rows, label};
+}
+
+// The strings of the structure's set, as many of them as the row's value says, or all where the row has no bytes:
+// Format takes the number and the text of each.
+consteval DecoderField StringsField(std::uint8_t row, const char* format) {
+    return {row, FieldShape::Strings, format, "ds"};
+}
+
+// The records of a list below the label; nothing when there are none.
+consteval DecoderField RecordsField(std::uint8_t row, const RecordLayout* layout, const char* label = "") {
+    DecoderField field(row, FieldShape::Records, label);
+    field.Records = layout;
+    return field;
+}
+
+// Names of bits and those that follow them.
+template <std::size_t N, std::size_t M>
+consteval std::array<const char*, N + M> NamesLonger(const char* const (&names)[N], // NOLINT: plain arrays of names
+                                                     const char* const (&more)[M]) {
+    std::array<const char*, N + M> all{};
+    std::copy(std::begin(more), std::end(more), std::copy_n(names, N - 1, all.begin()));
+    return all;
 }

@@ -3,6 +3,8 @@
 #include "viewer/StructDispatch.h"
 #include "viewer/ViewerState.h"
 
+#include <cstdio>
+
 namespace {
 
 constexpr std::uint8_t TypeRow = 0;
@@ -15,8 +17,58 @@ constexpr DecoderField HeaderFields[] = {
 
 static_assert(FieldsFit(0, HeaderFields, TypeRow));
 
+constexpr DecoderField OtherFields[] = {
+    RowsField(3, "Data :\n"),
+    StringsField(4, "String %d : %s\n"),
+};
+
+void TypePrint(const StructDecoder& decoder, std::uint64_t type) {
+    if (decoder.Form != DecoderForm::Other) {
+        RyxPrintf("Type : %s\n", StructTypeNameTable[type]);
+        return;
+    }
+    char name[sizeof decoder.Name + sizeof " (Type 255)"];
+    std::snprintf(name, sizeof name, "%s (Type %u)", StructTypeNameTable[type], static_cast<unsigned>(type));
+    RyxPrintf("Type : %s\n", name);
+}
+
+// What comes after a field.
+enum class FrameStep : std::uint8_t { NextField, NextStruct, End };
+
+// Counts a field and shows it if it is selected.
+FrameStep FieldStep(const DecoderField& field, const StructPlace& place) {
+    ++ViewerFieldCounter;
+    if (ViewerFieldSelected != 0 && ViewerFieldSelected != ViewerFieldCounter) {
+        return FrameStep::NextField;
+    }
+    const FieldOutcome outcome = FieldShow(field, place);
+    if (outcome == FieldOutcome::Unreadable) {
+        return FrameStep::NextStruct;
+    }
+    return outcome == FieldOutcome::Printed && ViewerFieldSelected != 0 ? FrameStep::End : FrameStep::NextField;
+}
+
+// Goes through the fields of a structure. Of the whole table, some speak differently and others follow.
+FrameStep FieldsShow(const StructDecoder& decoder, const StructPlace& place) {
+    std::span<const DecoderField> whole = RyxSmbiosWholeGet() ? decoder.Whole : std::span<const DecoderField>();
+    FrameStep step = FrameStep::NextField;
+    for (const std::span<const DecoderField> part : {std::span<const DecoderField>(HeaderFields), decoder.Fields}) {
+        for (const DecoderField& field : part) {
+            const bool other = !whole.empty() && whole.front().Row == field.Row;
+            if (step = FieldStep(other ? whole.front() : field, place); step != FrameStep::NextField) {
+                return step;
+            }
+            whole = whole.subspan(other ? 1 : 0);
+        }
+    }
+    for (; !whole.empty() && step == FrameStep::NextField; whole = whole.subspan(1)) {
+        step = FieldStep(whole.front(), place);
+    }
+    return step;
+}
+
 // Shows one structure. True when the whole decoder ends with it.
-bool StructShow(const StructPlace& place, std::span<const DecoderField> fields) {
+bool StructShow(const StructDecoder& decoder, const StructPlace& place) {
     if (RyxInterrupted()) {
         return true;
     }
@@ -28,38 +80,26 @@ bool StructShow(const StructPlace& place, std::span<const DecoderField> fields) 
     ViewerFieldCounter = 1;
     RyxPrintf("\n");
     if (ViewerFieldSelected == 0 || ViewerFieldSelected == 1) {
-        RyxPrintf("Type : %s\n", StructTypeNameTable[type.Number]);
+        TypePrint(decoder, type.Number);
         if (ViewerFieldSelected == 1) {
             return true;
         }
     }
-    for (const std::span<const DecoderField> part : {std::span<const DecoderField>(HeaderFields), fields}) {
-        for (const DecoderField& field : part) {
-            ++ViewerFieldCounter;
-            if (ViewerFieldSelected != 0 && ViewerFieldSelected != ViewerFieldCounter) {
-                continue;
-            }
-            const FieldOutcome outcome = FieldShow(field, place);
-            if (outcome == FieldOutcome::Unreadable) {
-                return false;
-            }
-            if (outcome == FieldOutcome::Printed && ViewerFieldSelected != 0) {
-                return true;
-            }
-        }
-    }
-    return false;
+    return FieldsShow(decoder, place) == FrameStep::End;
 }
 
 } // namespace
 
-RyxStatus StructDecoder::operator()() const {
+RyxStatus StructDecoder::operator()(std::uint8_t type) const {
     const bool first = FirstOnly();
     const std::uint8_t end = first ? 2 : ViewerInstanceEnd;
     for (std::uint8_t instance = first ? 1 : ViewerInstanceFirst; instance < end; ++instance) {
-        if (StructShow({Type, instance}, Fields)) {
+        if (StructShow(*this, {type, instance})) {
             break;
         }
     }
     return RyxOk;
 }
+
+constinit const StructDecoder StructDecodeUnknown(47, "Unknown", DecoderForm::Other, {}, OtherFields);
+constinit const StructDecoder StructDecodeOem(128, "OEM-specific", DecoderForm::Other, {}, OtherFields);

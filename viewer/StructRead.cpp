@@ -14,13 +14,15 @@ namespace {
 constexpr std::uint8_t ControlEnd = 0x20; // what is below controls terminals
 constexpr std::uint8_t ControlDelete = 0x7F;
 
-// Keeps a text of the machine from driving the terminal that shows it. The text is at the start of the latest value.
-void ControlsHide(std::size_t length) {
+// Keeps a text of the machine from driving the terminal that shows it. The text is in the latest value.
+void ControlsHide(std::string_view text) {
     std::uint8_t* data = nullptr;
     std::uint64_t size = 0;
     if (ViewerToConsole() && RyxBinInfoGet(ViewerFieldBin, &data, &size) == RyxOk) {
+        data += text.data() - reinterpret_cast<const char*>(data);
         std::replace_if(
-            data, data + length, [](std::uint8_t byte) { return byte < ControlEnd || byte == ControlDelete; }, '.');
+            data, data + text.size(), [](std::uint8_t byte) { return byte < ControlEnd || byte == ControlDelete; },
+            '.');
     }
 }
 
@@ -64,18 +66,39 @@ RyxStatus StructAreaRead(std::uint8_t type, std::uint32_t instance, std::uint8_t
     return ValueTake(status, bin, value);
 }
 
+RyxStatus StructStringsRead(std::uint8_t type, std::uint32_t instance, FieldValue* value) {
+    ViewerBinClear();
+    RyxBin* bin = nullptr;
+    const RyxStatus status = RyxSmbiosStringsGet(type, instance, &bin);
+    return ValueTake(status, bin, value);
+}
+
 RyxStatus StructStringRead(std::uint32_t field, std::uint32_t instance, std::string_view* text) {
     FieldValue value;
     if (const RyxStatus status = StructFieldRead(field, instance, &value); status != RyxOk) {
         return status;
     }
-    *text = std::string_view(reinterpret_cast<const char*>(value.Bytes.data()), value.Bytes.size());
-    *text = text->substr(0, text->find('\0'));
-    ControlsHide(text->size());
-    if (text->empty()) {
-        *text = "NULL";
-    }
+    *text = TextOf(value.Bytes);
     return RyxOk;
+}
+
+std::string_view TextOf(std::span<const std::uint8_t> bytes) {
+    const std::string_view all(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    const std::string_view text = all.substr(0, all.find('\0'));
+    if (text.empty()) {
+        return "NULL";
+    }
+    ControlsHide(text);
+    return text;
+}
+
+std::string_view StringOf(const FieldValue& strings, std::uint32_t number) {
+    std::span<const std::uint8_t> rest = strings.Bytes;
+    for (; number > 1 && !rest.empty(); --number) {
+        const auto end = std::ranges::find(rest, std::uint8_t{0});
+        rest = rest.subspan(std::min(rest.size(), static_cast<std::size_t>(end - rest.begin()) + 1));
+    }
+    return TextOf(number == 0 ? rest.first(0) : rest);
 }
 
 RyxStatus SmbiosVersionGet(std::uint8_t* major, std::uint8_t* minor) {

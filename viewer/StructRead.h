@@ -21,6 +21,16 @@ RyxStatus StructFieldRead(std::uint32_t field, std::uint32_t instance, FieldValu
 // The bytes of a structure from an offset to the end of its formatted area.
 RyxStatus StructAreaRead(std::uint8_t type, std::uint32_t instance, std::uint8_t offset, FieldValue* value);
 
+// The strings of a structure's set, each with its NUL.
+RyxStatus StructStringsRead(std::uint8_t type, std::uint32_t instance, FieldValue* value);
+
+// A text in the latest value: bytes of it up to a NUL or their end. Where standard output is a console, a dot stands
+// for every control character. "NULL" when there is no text.
+std::string_view TextOf(std::span<const std::uint8_t> bytes);
+
+// A string of those that StructStringsRead gave last, by its number; "NULL" for one that the set does not hold.
+std::string_view StringOf(const FieldValue& strings, std::uint32_t number);
+
 // The text of a string field, whole and terminated, "NULL" for an empty or absent string. It stays valid as bytes do.
 // Where standard output is a console, a dot stands for every control character.
 RyxStatus StructStringRead(std::uint32_t field, std::uint32_t instance, std::string_view* text);

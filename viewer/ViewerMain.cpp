@@ -9,6 +9,7 @@
 #include "viewer/StructRead.h"
 #include "viewer/ViewerState.h"
 
+#include <cstdio>
 #include <cstring>
 
 namespace {
@@ -31,13 +32,16 @@ constexpr ViewerCommand ViewerCommands[] = {
 // By platform code, from 1 on.
 constexpr const char* PlatformNameTable[] = {"DOS", "Shell", "Windows", "Linux"};
 
-constexpr std::uint64_t InstanceEndAll = 128;
-constexpr std::int64_t TypeLimit = 128; // types from here on have no decoder
+// Types from here on can't be shown.
+std::int64_t TypeLimit() {
+    return RyxSmbiosWholeGet() ? 256 : 128;
+}
 
 // How a run, or a step of it, ended: an error number and the status to show with it, both 0 for success.
 struct ViewerOutcome {
     std::uint32_t Error = 0;
     RyxStatus Status = RyxOk;
+    bool Listed = false; // structures were asked for
 };
 
 // What `type` selects. The selected field is kept in the viewer state, where the decoders read it.
@@ -88,7 +92,7 @@ void InstanceRangeSet(const TypeSelection& selection) {
     const bool every = selection.All || selection.Instance == 0;
     const std::uint64_t first = every ? 1 : static_cast<std::uint64_t>(selection.Instance);
     ViewerInstanceFirst = static_cast<std::uint8_t>(first);
-    ViewerInstanceEnd = static_cast<std::uint8_t>(every ? InstanceEndAll : first + 1);
+    ViewerInstanceEnd = static_cast<std::uint8_t>(every ? InstanceEndAll() : first + 1);
 }
 
 ViewerOutcome UnsupportedReport(const TypeSelection& selection) {
@@ -106,16 +110,16 @@ ViewerOutcome UnsupportedReport(const TypeSelection& selection) {
 // Calls the decoder of the selection's type, where there is one and the selection is acceptable.
 RyxStatus TypeShow(const TypeSelection& selection) {
     ViewerDecoderRan = 0;
-    if (selection.Type < 0 || selection.Type >= TypeLimit) {
+    if (selection.Type < 0 || selection.Type >= TypeLimit()) {
         return RyxOk;
     }
-    const StructDecoder* const decoder = StructDecoderTable[static_cast<std::size_t>(selection.Type)];
+    const StructDecoder* const decoder = StructDecoderFind(static_cast<std::uint64_t>(selection.Type));
     if (decoder == nullptr ||
         SelectionCheck(static_cast<std::uint64_t>(selection.Type), static_cast<std::uint64_t>(selection.Instance),
                        static_cast<std::uint64_t>(ViewerFieldSelected)) != RyxOk) {
         return RyxOk;
     }
-    return (*decoder)();
+    return (*decoder)(static_cast<std::uint8_t>(selection.Type));
 }
 
 ViewerOutcome StructuresShow(TypeSelection selection) {
@@ -128,7 +132,7 @@ ViewerOutcome StructuresShow(TypeSelection selection) {
             const bool shown = ViewerDecoderRan != 0 && ViewerFieldSelected <= ViewerFieldCounter;
             return shown ? ViewerOutcome{} : UnsupportedReport(selection);
         }
-        if (selection.Type >= TypeLimit) {
+        if (selection.Type >= TypeLimit()) {
             return {};
         }
     }
@@ -175,7 +179,23 @@ ViewerOutcome ViewerRun() {
     }
     TypeSelection selection{};
     const ViewerOutcome fetched = SelectionGet(type, &selection);
-    return fetched.Error != 0 ? fetched : StructuresShow(selection);
+    if (fetched.Error != 0) {
+        return fetched;
+    }
+    ViewerOutcome shown = StructuresShow(selection);
+    shown.Listed = true;
+    return shown;
+}
+
+// Tells those who look at a terminal that there is more than they see.
+void HiddenTell() {
+    if (RyxSmbiosWholeGet() || RyxInterrupted() || !RyxConsoleIsErrors()) {
+        return;
+    }
+    if (const StructCounts counts = StructuresCount(); counts.Hidden != 0) {
+        std::fprintf(stderr, "quarrinet: %u of %u structures are not shown; QUARRINET_WHOLE=1 shows them\n",
+                     counts.Hidden, counts.All);
+    }
 }
 
 } // namespace
@@ -187,6 +207,9 @@ std::uint32_t ViewerMain() {
     ViewerBinsRelease();
     if (outcome.Error != 0) {
         ViewerErrorReport(outcome.Error, outcome.Status);
+    }
+    if (outcome.Listed) {
+        HiddenTell();
     }
     return outcome.Error;
 }

@@ -7,6 +7,10 @@ bool RyxConsoleIsOutput() {
     return ConsoleIsOutput();
 }
 
+bool RyxConsoleIsErrors() {
+    return ConsoleIsErrors();
+}
+
 RyxStatus RyxConsoleSizeGet(std::uint32_t* width, std::uint32_t* height) {
     return width == nullptr || height == nullptr ? RyxErrorArgument : ConsoleSizeGet(width, height);
 }

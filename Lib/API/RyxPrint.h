@@ -8,6 +8,9 @@
 // Whether standard output is a console.
 bool RyxConsoleIsOutput();
 
+// Whether standard error is a console.
+bool RyxConsoleIsErrors();
+
 // The console's screen buffer in character cells. RyxErrorUnsupported (both 0) when standard output is no console, or
 // there is none to read a key from; RyxErrorArgument for a missing out-parameter.
 RyxStatus RyxConsoleSizeGet(std::uint32_t* width, std::uint32_t* height);

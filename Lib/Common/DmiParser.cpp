@@ -18,6 +18,7 @@ namespace {
 constexpr std::uint32_t ExaminedLimit = 128;
 constexpr std::uint16_t HandleLimit = 0xFF;
 constexpr std::uint16_t TypeEndOfTable = 127;
+constexpr std::uint8_t HeaderLength = 4;
 
 // Where a value lies in its structure, in bytes.
 struct Extent {
@@ -111,21 +112,150 @@ bool HostInterfaceData(const DmiStruct& structure, Extent* extent) {
     return true;
 }
 
+// The bytes of the formatted area from an offset on; cut at the table's end. False when the area does not reach there.
+bool AreaRest(const DmiStruct& structure, Extent* extent) {
+    if (extent->Offset > structure.FormattedLength()) {
+        return false;
+    }
+    extent->Length = static_cast<std::uint32_t>(
+        std::min<std::size_t>(structure.FormattedLength() - extent->Offset, structure.From(extent->Offset).size()));
+    return true;
+}
+
+bool BehindElements(const DmiStruct& structure, Extent* extent) {
+    std::uint32_t elements = 0;
+    const bool found = ProductGet(structure, 19, &elements);
+    extent->Offset += elements;
+    return found;
+}
+
+// As many records as a count byte says.
+bool RecordsGet(const DmiStruct& structure, std::uint32_t countOffset, std::uint32_t recordSize,
+                std::uint32_t* length) {
+    std::uint8_t count = 0;
+    const bool found = structure.ByteGet(countOffset, &count);
+    *length = count * recordSize;
+    return found;
+}
+
+bool PeerGroups(const DmiStruct& structure, Extent* extent) {
+    return RecordsGet(structure, 18, 5, &extent->Length);
+}
+
+bool BehindPeerGroups(const DmiStruct& structure, Extent* extent) {
+    Extent groups{};
+    const bool found = PeerGroups(structure, &groups);
+    extent->Offset += groups.Length;
+    return found;
+}
+
+bool PairsToEnd(const DmiStruct& structure, Extent* extent) {
+    const bool found = AreaRest(structure, extent);
+    extent->Length -= extent->Length % 2;
+    return found;
+}
+
+bool TriplesToEnd(const DmiStruct& structure, Extent* extent) {
+    const bool found = AreaRest(structure, extent);
+    extent->Length -= extent->Length % 3;
+    return found;
+}
+
+bool MiddleDevices(const DmiStruct& structure, Extent* extent) {
+    std::uint8_t count = 0;
+    const bool found = structure.ByteGet(6, &count);
+    extent->Length = count > 2 ? 3U * (count - 2U) : 0;
+    return found;
+}
+
+// A host interface's data and its records. False when the structure does not have that layout: older ones have no
+// length in front of the data, and there are some in tables of versions that should know it.
+bool HostLayoutGet(const DmiStruct& structure, Extent* data, Extent* records) {
+    constexpr std::uint8_t firstVersion = 32;
+    constexpr std::uint32_t dataOffset = 6;
+    std::uint8_t length = 0;
+    std::uint8_t count = 0;
+    if (structure.SmbiosVersion() < firstVersion || !structure.ByteGet(dataOffset - 1, &length) ||
+        dataOffset + length >= structure.FormattedLength() || !structure.ByteGet(dataOffset + length, &count)) {
+        return false;
+    }
+    *data = {dataOffset, length};
+    *records = {dataOffset + length + 1, 0};
+    for (; count != 0; --count) {
+        std::uint8_t recordLength = 0;
+        if (!structure.ByteGet(records->Offset + records->Length + 1, &recordLength)) {
+            return false;
+        }
+        records->Length += 2U + recordLength;
+    }
+    std::span<const std::uint8_t> bytes;
+    return records->Offset + records->Length <= structure.FormattedLength() &&
+           structure.BytesGet(records->Offset, records->Length, &bytes);
+}
+
+bool HostDataLength(const DmiStruct& structure, Extent*) {
+    Extent data{};
+    Extent records{};
+    return HostLayoutGet(structure, &data, &records);
+}
+
+bool HostData(const DmiStruct& structure, Extent* extent) {
+    Extent records{};
+    return HostLayoutGet(structure, extent, &records);
+}
+
+bool HostRecordCount(const DmiStruct& structure, Extent* extent) {
+    Extent data{};
+    Extent records{};
+    const bool found = HostLayoutGet(structure, &data, &records);
+    extent->Offset += data.Length;
+    return found;
+}
+
+bool HostRecords(const DmiStruct& structure, Extent* extent) {
+    Extent data{};
+    return HostLayoutGet(structure, &data, extent);
+}
+
+bool ProcessorBlock(const DmiStruct& structure, Extent* extent) {
+    std::uint8_t length = 0;
+    const bool found = structure.ByteGet(6, &length) && AreaRest(structure, extent);
+    extent->Length = std::min<std::uint32_t>(extent->Length, length);
+    return found;
+}
+
+bool ComponentHandles(const DmiStruct& structure, Extent* extent) {
+    return RecordsGet(structure, 23, 2, &extent->Length);
+}
+
 // By DmiRule; null for those that are nothing but a width.
 constexpr ExtentRule ExtentRules[] = {
     nullptr,          nullptr,           nullptr,          HandleList,
     BehindHandleList, ContainedElements, ChassisSku,       EventLogDescriptors,
     BootStatus,       LastDeviceLoad,    LastDeviceHandle, HostInterfaceData,
+    AreaRest,         BehindElements,    PeerGroups,       BehindPeerGroups,
+    PairsToEnd,       TriplesToEnd,      MiddleDevices,    HostDataLength,
+    HostData,         HostRecordCount,   HostRecords,      ProcessorBlock,
+    ComponentHandles,
 };
 
-static_assert(std::ranges::all_of(DmiFieldTable, [](const DmiFieldDescriptor& row) {
-    return static_cast<std::size_t>(row.Rule) < std::size(ExtentRules);
-}));
+static_assert(std::size(ExtentRules) == static_cast<std::size_t>(DmiRule::ComponentHandles) + 1);
 
 // From a structure's string set on to the table's end.
 std::string_view SetOf(const DmiStruct& structure) {
     const std::span<const std::uint8_t> set = structure.From(structure.FormattedLength());
     return {reinterpret_cast<const char*>(set.data()), set.size()};
+}
+
+// Gives a text as a value with one byte more, for its NUL, which the table's end may have cut off.
+RyxStatus TextBinMake(std::string_view text, RyxBin** bin) {
+    RyxBin* made = nullptr;
+    const RyxStatus status = RyxBinMake(nullptr, static_cast<std::uint32_t>(text.size() + 1), &made);
+    if (status == RyxOk) {
+        text.copy(reinterpret_cast<char*>(made->Data), text.size());
+        *bin = made;
+    }
+    return status;
 }
 
 constexpr std::uint32_t None = std::numeric_limits<std::uint32_t>::max();
@@ -143,6 +273,7 @@ struct WalkedTable {
     std::unique_ptr<std::uint8_t[]> Bytes;
     std::size_t Size;
     std::unique_ptr<Spot[]> Spots; // nothing: no table is remembered
+    std::uint32_t WholeEnd;        // the structures before the first one whose length is no header's
     std::array<std::uint32_t, 256> First;
 };
 
@@ -167,11 +298,15 @@ bool WalkRemember(std::span<const std::uint8_t> bytes) {
     }
     std::copy(bytes.begin(), bytes.end(), copy.get());
     DmiStruct structure = first;
+    std::uint32_t wholeEnd = count;
     for (std::uint32_t number = 0; number < count; ++number, DmiNextStructGet(&structure)) {
+        if (structure.FormattedLength() < HeaderLength) {
+            wholeEnd = std::min(wholeEnd, number);
+        }
         const auto place = static_cast<std::uint32_t>(bytes.size() - structure.From(0).size());
         spots[number] = {place, None, structure.Handle(), structure.Type()};
     }
-    Walked = {std::move(copy), bytes.size(), std::move(spots), {}};
+    Walked = {std::move(copy), bytes.size(), std::move(spots), wholeEnd, {}};
     Walked.First.fill(None);
     for (std::uint32_t number = count; number-- != 0;) {
         Walked.Spots[number].Next = std::exchange(Walked.First[Walked.Spots[number].Type], number);
@@ -201,8 +336,15 @@ std::span<const std::uint8_t> DmiStruct::From(std::uint32_t offset) const {
     return Rest.subspan(std::min<std::size_t>(offset, Rest.size()));
 }
 
-void DmiFieldNumberResolve(std::uint32_t field, std::uint16_t* type, std::uint16_t* descriptor) {
+void DmiFieldNumberResolve(std::uint32_t field, std::uint16_t* type, std::uint16_t* descriptor, bool whole) {
     const std::uint32_t number = field / RyxFieldsPerType;
+    if (whole) {
+        *type = static_cast<std::uint16_t>(number);
+        *descriptor = static_cast<std::uint16_t>(
+            number < DmiFirstRows.size() ? DmiWholeRowPlace(static_cast<std::uint8_t>(number), field % RyxFieldsPerType)
+                                         : DmiAllFieldCount);
+        return;
+    }
     const std::uint16_t first = number < DmiFirstRows.size() ? DmiFirstRows[number] : DmiFieldCount;
     *type = static_cast<std::uint16_t>(number);
     *descriptor = static_cast<std::uint16_t>(first + field % RyxFieldsPerType);
@@ -243,38 +385,46 @@ bool DmiStringFind(const DmiStruct& structure, std::uint32_t offset, std::string
     return true;
 }
 
-RyxStatus DmiStructFieldGet(const DmiStruct& structure, std::uint16_t descriptor, RyxBin** bin) {
-    if (descriptor >= DmiFieldCount || bin == nullptr) {
+RyxStatus DmiStructFieldGet(const DmiStruct& structure, std::uint16_t descriptor, RyxBin** bin, bool whole) {
+    const bool newer = descriptor >= DmiFieldCount;
+    if (descriptor >= (whole ? DmiAllFieldCount : DmiFieldCount) || bin == nullptr) {
         return RyxErrorArgument;
     }
-    const DmiFieldDescriptor& row = DmiFieldTable[descriptor];
-    if (row.MinVersion > structure.SmbiosVersion() || structure.FormattedLength() <= row.Offset) {
+    const DmiFieldDescriptor& row = DmiRowAt(descriptor);
+    // Behind the contained elements of a chassis older firmware has left stray bytes.
+    const bool versionCounts = !whole || newer || row.Rule == DmiRule::ChassisSku;
+    if ((versionCounts && row.MinVersion > structure.SmbiosVersion()) ||
+        (!newer && structure.FormattedLength() <= row.Offset)) {
         return RyxErrorUnsupported;
     }
     Extent extent{row.Offset, DmiRowWidth(row)};
     const ExtentRule rule = ExtentRules[static_cast<std::size_t>(row.Rule)];
-    if (rule != nullptr && !rule(structure, &extent)) {
+    if ((rule != nullptr && !rule(structure, &extent)) ||
+        (newer && extent.Offset + extent.Length > structure.FormattedLength())) {
         return RyxErrorUnsupported;
     }
     if (row.ValueClass == DmiClass::String) {
         std::string_view text;
-        if (!DmiStringFind(structure, extent.Offset, &text)) {
-            return RyxErrorUnsupported;
-        }
-        // One byte more than the text for its NUL, which the table's end may have cut off.
-        RyxBin* made = nullptr;
-        const RyxStatus status = RyxBinMake(nullptr, static_cast<std::uint32_t>(text.size() + 1), &made);
-        if (status == RyxOk) {
-            text.copy(reinterpret_cast<char*>(made->Data), text.size());
-            *bin = made;
-        }
-        return status;
+        return DmiStringFind(structure, extent.Offset, &text) ? TextBinMake(text, bin) : RyxErrorUnsupported;
     }
     std::span<const std::uint8_t> bytes;
     if (!structure.BytesGet(extent.Offset, extent.Length, &bytes)) {
         return RyxErrorUnsupported;
     }
     return RyxBinMake(bytes.data(), extent.Length, bin);
+}
+
+RyxStatus DmiStructStringsGet(const DmiStruct& structure, RyxBin** bin) {
+    if (bin == nullptr) {
+        return RyxErrorArgument;
+    }
+    const std::string_view set = SetOf(structure);
+    const std::size_t end = set.substr(0, 1) == std::string_view("", 1) ? 0 : set.find(std::string_view("\0", 2));
+    std::string_view texts = set.substr(0, end);
+    if (texts.ends_with('\0')) {
+        texts.remove_suffix(1); // the table ends with a string's NUL
+    }
+    return texts.empty() ? RyxBinMake(nullptr, 0, bin) : TextBinMake(texts, bin);
 }
 
 RyxStatus DmiStructAreaGet(const DmiStruct& structure, std::uint8_t offset, RyxBin** bin) {
@@ -297,9 +447,9 @@ RyxStatus DmiStructAreaGet(const DmiStruct& structure, std::uint8_t offset, RyxB
 bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_t instance, DmiStruct* found,
                      bool whole) {
     const std::uint16_t highest = whole || type == TypeEndOfTable ? 0xFFFF : HandleLimit;
-    const std::uint32_t limit = whole ? None : ExaminedLimit;
     const std::span<const std::uint8_t> bytes(table.Bytes.get(), table.Size);
     if (type < Walked.First.size() && WalkRemember(bytes)) {
+        const std::uint32_t limit = whole ? Walked.WholeEnd : ExaminedLimit;
         for (std::uint32_t number = Walked.First[type]; number < limit; number = Walked.Spots[number].Next) {
             const Spot& spot = Walked.Spots[number];
             if (spot.Handle <= highest && instance-- == 1) {
@@ -311,13 +461,30 @@ bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_
     }
     DmiStruct structure(bytes, table.Version);
     bool more = structure.Exists();
-    for (std::uint32_t number = 0; more && number < limit; ++number, more = DmiNextStructGet(&structure)) {
+    for (std::uint32_t number = 0;
+         more && (whole ? structure.FormattedLength() >= HeaderLength : number < ExaminedLimit);
+         ++number, more = DmiNextStructGet(&structure)) {
         if (structure.Type() == type && structure.Handle() <= highest && instance-- == 1) {
             *found = structure;
             return true;
         }
     }
     return false;
+}
+
+std::array<DmiTypeCount, 256> DmiStructuresCount(const DmiTableCopy& table) {
+    std::array<DmiTypeCount, 256> counts{};
+    DmiStruct structure({table.Bytes.get(), table.Size}, table.Version);
+    bool more = structure.Exists();
+    for (std::uint32_t number = 0; more && structure.FormattedLength() >= HeaderLength;
+         ++number, more = DmiNextStructGet(&structure)) {
+        DmiTypeCount& count = counts[structure.Type()];
+        ++count.Whole;
+        if (number < ExaminedLimit && (structure.Handle() <= HandleLimit || structure.Type() == TypeEndOfTable)) {
+            ++count.Limited;
+        }
+    }
+    return counts;
 }
 
 void DmiWalkReset() {

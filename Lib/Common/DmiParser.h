@@ -5,6 +5,7 @@
 #include "Lib/LittleEndian.h"
 #include "Lib/RyxStatus.h"
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -41,8 +42,9 @@ private:
 };
 
 // Splits a library field number: the type, and the index of its descriptor in DmiFieldTable, which lies at or past
-// DmiFieldCount for a type without rows.
-void DmiFieldNumberResolve(std::uint32_t field, std::uint16_t* type, std::uint16_t* descriptor);
+// DmiFieldCount for a type without rows. Of the whole table the index counts on through the newer rows, and lies at
+// DmiAllFieldCount where the type has none of that number.
+void DmiFieldNumberResolve(std::uint32_t field, std::uint16_t* type, std::uint16_t* descriptor, bool whole = false);
 
 // Moves to the next structure of the table, behind the two zero bytes that end this one's string set; false, and
 // unmoved, when there is none, or no structure to move from.
@@ -54,17 +56,33 @@ bool DmiStringFind(const DmiStruct& structure, std::uint32_t offset, std::string
 
 // Gives one field of a structure as a new value that the caller owns. RyxErrorArgument: no such descriptor, or no
 // `bin`; RyxErrorUnsupported: the structure, the SMBIOS version or the table does not hold the field; RyxErrorMemory.
-RyxStatus DmiStructFieldGet(const DmiStruct& structure, std::uint16_t descriptor, RyxBin** bin);
+// Of the whole table the version counts only where a row of other structures' bytes would be taken for the field, and
+// newer rows are there: each when all of it lies inside the formatted area.
+RyxStatus DmiStructFieldGet(const DmiStruct& structure, std::uint16_t descriptor, RyxBin** bin, bool whole = false);
+
+// Gives the strings of the structure's set, each with its NUL, as a new value that the caller owns. The set ends at its
+// first empty string or at the table's end. RyxErrorArgument: no `bin`; RyxErrorMemory.
+RyxStatus DmiStructStringsGet(const DmiStruct& structure, RyxBin** bin);
 
 // Gives the bytes from an offset to the end of the formatted area. RyxErrorUnsupported: the area ends at or before the
 // offset, or the table before it; RyxErrorArgument: no `bin`; RyxErrorMemory.
 RyxStatus DmiStructAreaGet(const DmiStruct& structure, std::uint8_t offset, RyxBin** bin);
 
 // Finds the instance (from 1) of a type among the first 128 structures of a table, of which those with a handle above
-// 00FFh count for type 127 only; or among all structures of the whole table. False when there is none. A copy with the
-// bytes of the one before is not walked again: where its structures lie is remembered, if there is memory for that.
+// 00FFh count for type 127 only; or among all structures of the whole table, up to the first one whose length is no
+// header's. False when there is none. A copy with the bytes of the one before is not walked again: where its structures
+// lie is remembered, if there is memory for that.
 bool DmiInstanceFind(const DmiTableCopy& table, std::uint16_t type, std::uint32_t instance, DmiStruct* found,
                      bool whole = false);
+
+// The structures of a type: all of the whole table, and those of them that count otherwise.
+struct DmiTypeCount {
+    std::uint32_t Whole;
+    std::uint32_t Limited;
+};
+
+// Counts the structures of every type.
+std::array<DmiTypeCount, 256> DmiStructuresCount(const DmiTableCopy& table);
 
 // The state at process start: no table walked yet.
 void DmiWalkReset();

@@ -8,6 +8,9 @@
 // Whether standard output is a console.
 bool ConsoleIsOutput();
 
+// Whether standard error is a console.
+bool ConsoleIsErrors();
+
 // Width and height of the screen buffer in cells. RyxErrorUnsupported (both 0) when standard output is no console, or
 // when there is no console to read a key from.
 RyxStatus ConsoleSizeGet(std::uint32_t* width, std::uint32_t* height);

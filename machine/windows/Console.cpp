@@ -13,8 +13,9 @@ using namespace StandIn;
 
 namespace {
 
-constexpr std::intptr_t OutputHandle = 7; // a value that no other handle has, for its lowest bits are set
-constexpr WORD DefaultColour = 7;         // light grey on black
+constexpr std::intptr_t OutputHandle = 7; // values that no other handle has, for their lowest bits are set
+constexpr std::intptr_t ErrorHandle = 15;
+constexpr WORD DefaultColour = 7; // light grey on black
 constexpr int EndOfInput = -1;
 constexpr int EnterKey = '\r';
 
@@ -64,21 +65,24 @@ HANDLE WINAPI GetStdHandle(DWORD nStdHandle) {
     if (FailsWith(Named("GetStdHandle"), ERROR_INVALID_HANDLE)) {
         return INVALID_HANDLE_VALUE;
     }
-    if (nStdHandle != STD_OUTPUT_HANDLE) {
+    if (nStdHandle != STD_OUTPUT_HANDLE && nStdHandle != STD_ERROR_HANDLE) {
         SetLastError(ERROR_INVALID_HANDLE);
         return INVALID_HANDLE_VALUE;
     }
-    return reinterpret_cast<HANDLE>(OutputHandle);
+    return reinterpret_cast<HANDLE>(nStdHandle == STD_OUTPUT_HANDLE ? OutputHandle : ErrorHandle);
 }
 
-// Callers only look whether it succeeds, so the modes are always 0.
+// Callers only look whether it succeeds, so the modes are always 0. A machine's console is that of standard output;
+// standard error is this computer's.
 BOOL WINAPI GetConsoleMode(HANDLE hConsoleHandle, LPDWORD lpMode) {
     if (FailsWith(Named("GetConsoleMode"), ERROR_INVALID_HANDLE)) {
         return FALSE;
     }
+    const auto handle = reinterpret_cast<std::intptr_t>(hConsoleHandle);
     const ConsoleKind kind = MachineGet().Console;
-    if (reinterpret_cast<std::intptr_t>(hConsoleHandle) != OutputHandle || kind == ConsoleKind::None ||
-        (kind == ConsoleKind::Terminal && isatty(STDOUT_FILENO) == 0)) {
+    const bool output = handle == OutputHandle && kind != ConsoleKind::None &&
+                        (kind != ConsoleKind::Terminal || isatty(STDOUT_FILENO) != 0);
+    if (!output && (handle != ErrorHandle || isatty(STDERR_FILENO) == 0)) {
         return FailFalse(ERROR_INVALID_HANDLE);
     }
     *lpMode = 0;

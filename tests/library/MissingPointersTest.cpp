@@ -65,6 +65,7 @@ TEST(MissingPointers, AreRefused) {
     std::uint8_t* data = nullptr;
     std::unique_ptr<char[]> block;
     DmiTableCopy copy{};
+    std::array<DmiTypeCount, 256> counts{};
     QelSha1Digest digest{};
     EACH_MISSING(RyxArgCommandRegister, text, text, text, text);
     EACH_MISSING(RyxArgParamGet, &command, 0, text, sizeof text);
@@ -78,13 +79,16 @@ TEST(MissingPointers, AreRefused) {
     EACH_MISSING(RyxBinFree, &object);
     EACH_MISSING(RyxSmbiosDataGet, RyxFieldsPerType, 1, &bin);
     EACH_MISSING(RyxSmbiosAreaGet, 1, 1, 4, &bin);
+    EACH_MISSING(RyxSmbiosStringsGet, 1, 1, &bin);
+    EACH_MISSING(RyxSmbiosCountsGet, &counts);
     EACH_MISSING(RyxSmbiosEpsDataGet, 0, &bin);
     EACH_MISSING(ArgumentCommandQuery, text);
     EACH_MISSING(ArgumentResponseFileRead, text);
     EACH_MISSING(ArgumentTokensAdd, text, 1);
     EACH_MISSING(ArgumentStringAdd, text, 1);
-    EACH_MISSING(DmiStructFieldGet, structure, 14, &bin);
+    EACH_MISSING(DmiStructFieldGet, structure, 14, &bin, false);
     EACH_MISSING(DmiStructAreaGet, structure, 0, &bin);
+    EACH_MISSING(DmiStructStringsGet, structure, &bin);
     EACH_MISSING(DmiFirmwareTableRead, &copy);
     EACH_MISSING(DmiTableCopyGet, &copy);
     EACH_MISSING(PhysicalMemoryRead, 0, 1, text);

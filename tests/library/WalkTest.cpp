@@ -120,6 +120,42 @@ TEST(Walk, EveryCopyIsLookedUpByItsOwnBytes) {
     EXPECT_FALSE(DmiInstanceFind(CopyOf(Table), 256 + 11, 1, std::make_unique<DmiStruct>(Table).get()));
 }
 
+// A length below that of a header is no structure's: the whole table ends there.
+TEST(Walk, TheWholeTableEndsAtALengthBelowTheHeaders) {
+    for (std::uint8_t length = 0; length <= 4; ++length) {
+        Bytes broken(Table);
+        broken.insert(broken.end() - 8, {200, length, 0x40, 0, 0, 0}); // in front of type 127
+        const DmiTableCopy copy = CopyOf(broken);
+        DmiStruct found{{}};
+        for (const std::uint16_t type : {200, 127}) {
+            EXPECT_EQ(DmiInstanceFind(copy, type, 1, &found, true), length == 4);
+        }
+        EXPECT_TRUE(DmiInstanceFind(copy, 200, 1, &found)) << "it counts where not the whole table is wanted";
+        const std::array<DmiTypeCount, 256> counts = DmiStructuresCount(copy);
+        EXPECT_EQ(counts[11].Whole, 3U);
+        EXPECT_EQ(counts[11].Limited, 2U);
+        EXPECT_EQ(counts[127].Whole + counts[200].Whole, length == 4 ? 2U : 0U);
+        EXPECT_EQ(counts[127].Limited, length == 4 ? 1U : 0U) << "whatever its handle";
+    }
+}
+
+TEST(Walk, TheStringsOfASet) {
+    const auto strings = [](std::initializer_list<std::uint8_t> set) {
+        Bytes structure{200, 4, 0, 0};
+        structure.insert(structure.end(), set);
+        RyxBin* bin = nullptr;
+        EXPECT_EQ(DmiStructStringsGet(DmiStruct{structure}, &bin), RyxOk);
+        const RyxBinOwner owner(bin);
+        return bin == nullptr ? "none" : std::string(bin->Data, bin->Data + bin->Size);
+    };
+    EXPECT_EQ(strings({'a', 0, 'b', 'c', 0, 0, 'd', 0, 0}), std::string("a\0bc\0", 5));
+    EXPECT_EQ(strings({'a', 0, 'b', 'c', 0}), std::string("a\0bc\0", 5)) << "the table's end";
+    EXPECT_EQ(strings({'a', 0, 'b', 'c'}), std::string("a\0bc\0", 5));
+    EXPECT_EQ(strings({0, 'a', 0, 0}), "");
+    EXPECT_EQ(strings({0, 0}), "");
+    EXPECT_EQ(strings({}), "");
+}
+
 TEST(Walk, FieldsAreBoundedByStructureVersionAndTable) {
     DmiStruct system{{}};
     const DmiTableCopy copy = CopyOf(Table);
@@ -169,6 +205,38 @@ TEST(FieldTable, IsWellFormed) {
     EXPECT_EQ(DmiFieldTable[58].Type, 4);
     EXPECT_EQ(DmiFieldTable[193].Type, 17);
     EXPECT_EQ(DmiFieldTable[449].Type, 127);
+}
+
+// Newer rows follow those of their type, whose number stays below the next type's, and types without rows have some.
+TEST(Walk, NewerRowsFollowTheirTypes) {
+    std::uint16_t type = 0;
+    std::uint16_t row = 0;
+    std::uint32_t number = 0;
+    std::uint8_t before = 0;
+    for (std::size_t i = 0; i < std::size(DmiNewerFieldTable); ++i) {
+        const DmiFieldDescriptor& field = DmiNewerFieldTable[i];
+        const bool first = i == 0 || before != field.Type;
+        EXPECT_GE(field.Type, before) << i;
+        before = field.Type;
+        number = first ? DmiOlderRowsOf(field.Type).Count : number + 1;
+        EXPECT_LT(number, RyxFieldsPerType) << i;
+        DmiFieldNumberResolve(field.Type * RyxFieldsPerType + number, &type, &row, true);
+        EXPECT_EQ(row, DmiFieldCount + i);
+        DmiFieldNumberResolve(field.Type * RyxFieldsPerType + number, &type, &row);
+        EXPECT_TRUE(row >= DmiFieldCount || DmiFieldTable[row].Type != field.Type) << i;
+    }
+    for (const std::uint32_t other : {47U, 125U, 128U, 255U}) {
+        DmiFieldNumberResolve(other * RyxFieldsPerType + 2, &type, &row, true);
+        EXPECT_EQ(row, DmiFieldCount - 1U) << other;
+        DmiFieldNumberResolve(other * RyxFieldsPerType + 4, &type, &row, true);
+        EXPECT_EQ(row, DmiAllFieldCount - 1) << other;
+        DmiFieldNumberResolve(other * RyxFieldsPerType + 5, &type, &row, true);
+        EXPECT_EQ(row, DmiAllFieldCount) << other;
+    }
+    for (const std::uint32_t none : {1 * RyxFieldsPerType + 11, 127 * RyxFieldsPerType + 3, 256 * RyxFieldsPerType}) {
+        DmiFieldNumberResolve(none, &type, &row, true);
+        EXPECT_EQ(row, DmiAllFieldCount) << none;
+    }
 }
 
 TEST(Values, AreMadeReadAndReleased) {

@@ -35,6 +35,11 @@ bool ConsoleIsOutput() {
     return GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) != 0;
 }
 
+bool ConsoleIsErrors() {
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
+}
+
 RyxStatus ConsoleSizeGet(std::uint32_t* width, std::uint32_t* height) {
     *width = 0;
     *height = 0;
