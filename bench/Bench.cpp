@@ -33,16 +33,21 @@ constexpr std::uint32_t MemoryRead = 0x222182;
 
 enum class Road { Legacy, Firmware };
 
+[[noreturn]] void Fail(const std::string& what) {
+    std::fprintf(stderr, "bench: %s\n", what.c_str());
+    std::exit(1);
+}
+
 // A machine to measure on: its tables, and a field of one of its last structures.
 struct Subject {
     std::string Name;
-    StandIn::Machine (*Make)(Road road, int structures);
+    StandIn::Machine (*Make)(Road road, int structures, bool whole);
     int Structures;
-    std::uint32_t Field;
     std::uint32_t Instance;
+    bool Whole = false;
 };
 
-StandIn::Machine SampleMake(Road road, int) {
+StandIn::Machine SampleMake(Road road, int, bool) {
     StandIn::Machine machine = StandIn::SampleMachine();
     if (road == Road::Firmware) {
         machine.Memory.clear();
@@ -56,82 +61,65 @@ std::string MachineName() {
     return dump != nullptr && *dump != '\0' ? dump : "sample";
 }
 
-StandIn::Machine NamedMake(Road, int) {
+StandIn::Machine NamedMake(Road, int, bool) {
     std::string error;
     std::string notice;
     std::optional<StandIn::Machine> machine = StandIn::MachineRead(MachineName(), &error, &notice);
     if (!machine) {
-        std::fprintf(stderr, "bench: %s\n", error.c_str());
-        std::exit(1);
+        Fail(error);
     }
     return std::move(*machine);
 }
 
-// Fills in a memory device just begun.
-void MemoryDeviceAdd(StandIn::SmbiosBuilder& table, int number) {
-    const std::string slot = std::to_string(number);
-    table.Word(0x27).Word(0xFFFE).Word(72).Word(64).Word(0x2000).Byte(9).Byte(0);
-    table.String("CPU1 DIMM " + slot).String("NODE 0 CHANNEL " + slot).Byte(0x18).Word(0x2080).Word(1866);
-    table.String("Example Memory").String("0000" + slot).String("Tag " + slot).String("EM-8G-1866-R");
-    table.Byte(2).Dword(0).Word(1600).Word(1350).Word(1500).Word(1500);
-}
-
-// A server with a processor and memory devices only, each as firmware fills them in.
-StandIn::Machine ServerMake(Road road, int structures) {
+// A server with a processor and memory devices only, each as firmware fills them in; or one of today, all of which is
+// wanted: memory devices, where they are mapped to, and ports, with high handles.
+StandIn::Machine ServerMake(Road road, int structures, bool whole) {
     StandIn::SmbiosBuilder table;
     for (int i = 0; i + 1 < structures; ++i) {
-        MemoryDeviceAdd(table.Begin(17), i);
-    }
-    table.Begin(127);
-    return StandIn::MachineWithTable(table, 2, 8, road == Road::Legacy);
-}
-
-// A server of today, all of which is wanted: memory devices, where they are mapped to, and ports, with high handles.
-StandIn::Machine WholeMake(Road road, int structures) {
-    StandIn::SmbiosBuilder table;
-    for (int i = 0; i + 1 < structures; ++i) {
-        const auto handle = static_cast<std::uint16_t>(0x100 + i);
-        if (i % 3 == 0) {
-            MemoryDeviceAdd(table.Begin(17, handle), i);
+        const auto handle = static_cast<std::uint16_t>((whole ? 0x100 : 0) + i);
+        const std::string slot = std::to_string(i);
+        if (!whole || i % 3 == 0) {
+            table.Begin(17, handle).Word(0x27).Word(0xFFFE).Word(72).Word(64).Word(0x2000).Byte(9).Byte(0);
+            table.String("CPU1 DIMM " + slot).String("NODE 0 CHANNEL " + slot).Byte(0x18).Word(0x2080).Word(1866);
+            table.String("Example Memory").String("0000" + slot).String("Tag " + slot).String("EM-8G-1866-R");
+            table.Byte(2).Dword(0).Word(1600).Word(1350).Word(1500).Word(1500);
         } else if (i % 3 == 1) {
             table.Begin(20, handle).Dword(0).Dword(0x7FFFFF).Word(0x100).Word(0x101).Byte(0xFF).Byte(1).Byte(1);
         } else {
-            table.Begin(8, handle).String("J" + std::to_string(i)).Byte(0).String("USB").Byte(0x12).Byte(0x10);
+            table.Begin(8, handle).String("J" + slot).Byte(0).String("USB").Byte(0x12).Byte(0x10);
         }
     }
-    table.Begin(127, 0xFEFF);
+    table.Begin(127, whole ? 0xFEFF : 0xFF);
     return StandIn::MachineWithTable(table, 2, 8, road == Road::Legacy);
 }
 
 constexpr std::uint32_t PartNumber = 17 * RyxFieldsPerType + 18;
 
-const Subject Sample{"sample machine", SampleMake, 0, PartNumber, 3};
-const Subject Servers[] = {{"32 structures", ServerMake, 32, PartNumber, 31},
-                           {"64 structures", ServerMake, 64, PartNumber, 63},
-                           {"128 structures", ServerMake, 128, PartNumber, 127},
-                           {"300 structures, whole", WholeMake, 300, PartNumber, 100}};
+const Subject Subjects[] = {{"sample machine", SampleMake, 0, 3},
+                            {"32 structures", ServerMake, 32, 31},
+                            {"64 structures", ServerMake, 64, 63},
+                            {"128 structures", ServerMake, 128, 127},
+                            {"300 structures, whole", ServerMake, 300, 100, true}};
 
 // Makes the machine the process's, and runs the program on it with that work.
 void Run(const Subject& subject, Road road, const std::function<std::uint32_t()>& work) {
     static char program[] = "Quarrinet";
     static char command[] = "/type";
     static char* arguments[] = {program, command, nullptr};
-    StandIn::Machine machine = subject.Make(road, subject.Structures);
+    StandIn::Machine machine = subject.Make(road, subject.Structures, subject.Whole);
     machine.Console = StandIn::ConsoleKind::None;
     StandIn::MachineSet(std::move(machine));
-    setenv("QUARRINET_WHOLE", subject.Make == WholeMake ? "1" : "0", 1);
+    setenv("QUARRINET_WHOLE", subject.Whole ? "1" : "0", 1);
     LibraryReset();
     if (ProgramRun(2, arguments, work) != 0) {
-        std::fprintf(stderr, "bench: the library does not start\n");
-        std::exit(1);
+        Fail("the library does not start");
     }
 }
 
 void FieldAsk(const Subject& subject) {
     RyxBin* bin = nullptr;
-    if (RyxSmbiosDataGet(subject.Field, subject.Instance, &bin) != RyxOk || bin == nullptr) {
-        std::fprintf(stderr, "bench: no value\n");
-        std::exit(1);
+    if (RyxSmbiosDataGet(PartNumber, subject.Instance, &bin) != RyxOk || bin == nullptr) {
+        Fail("no value");
     }
     benchmark::DoNotOptimize(bin->Data);
     RyxBinFree(bin);
@@ -142,8 +130,7 @@ void ListingShow() {
     ArgumentRelease();
     ArgumentCommandRelease();
     if (ViewerMain() != 0) {
-        std::fprintf(stderr, "bench: the listing failed\n");
-        std::exit(1);
+        Fail("the listing failed");
     }
 }
 
@@ -157,73 +144,52 @@ std::uint64_t ListingCopies(Road road) {
     return count() - before;
 }
 
-ssize_t PrintKeep(void* file, const char* text, std::size_t size) {
-    std::fwrite(text, 1, size, static_cast<std::FILE*>(file));
-    std::fputc('\0', static_cast<std::FILE*>(file));
-    return static_cast<ssize_t>(size);
-}
-
 // Keeps what a listing prints in a file, and a NUL behind each print.
 void PrintsKeep(std::FILE* file) {
+    const auto keep = [](void* to, const char* text, std::size_t size) {
+        std::fwrite(text, 1, size, static_cast<std::FILE*>(to));
+        std::fputc('\0', static_cast<std::FILE*>(to));
+        return static_cast<ssize_t>(size);
+    };
     std::FILE* const output = stdout;
-    stdout = fopencookie(file, "w", {nullptr, PrintKeep, nullptr, nullptr});
+    stdout = fopencookie(file, "w", {nullptr, keep, nullptr, nullptr});
     ListingShow();
     std::fclose(stdout);
     stdout = output;
     std::fflush(file);
 }
 
-// The copies that one request is obliged to make: of the table, or of the segment and of the service's buffer. Each
-// goes into a block of its own, which is released again, as a request's own copies do.
-class BareCopies {
-public:
-    explicit BareCopies(Road road)
-        : Sizes(road == Road::Legacy ? std::vector<std::size_t>{StandIn::MachineGet().SmbiosTable->size() - 8}
-                                     : std::vector<std::size_t>{BufferSize, BufferSize}),
-          Source(BufferSize, 1) {}
-
-    void Make() {
-        for (const std::size_t size : Sizes) {
-            const std::unique_ptr<std::uint8_t[]> copy(new std::uint8_t[size]);
-            std::memcpy(copy.get(), Source.data(), size);
-            benchmark::DoNotOptimize(copy.get());
-            benchmark::ClobberMemory();
-        }
+// Makes the copies that one request is obliged to make: of the table, or of the segment and of the service's buffer.
+// Each goes into a block of its own, which is released again, as a request's own copies do.
+void BareCopiesMake(Road road) {
+    static const StandIn::Bytes source(BufferSize, 1);
+    const std::size_t size = road == Road::Legacy ? StandIn::MachineGet().SmbiosTable->size() - 8 : BufferSize;
+    for (int copies = road == Road::Legacy ? 1 : 2; copies != 0; --copies) {
+        const std::unique_ptr<std::uint8_t[]> copy(new std::uint8_t[size]);
+        std::memcpy(copy.get(), source.data(), size);
+        benchmark::DoNotOptimize(copy.get());
+        benchmark::ClobberMemory();
     }
+}
 
-private:
-    std::vector<std::size_t> Sizes;
-    StandIn::Bytes Source;
-};
+constexpr char BareEnding[] = ", bare"; // of the names of measurements
 
-enum class What { Field, FieldBare, Listing, ListingBare };
+enum class What { Field, Listing };
 
-void Measure(benchmark::State& state, const Subject& subject, Road road, What what) {
+void Measure(benchmark::State& state, const Subject& subject, Road road, What what, bool bare) {
     Run(subject, road, [&] {
-        BareCopies bare(road);
-        const std::uint64_t copies = what == What::ListingBare ? ListingCopies(road) : 1;
+        const std::uint64_t copies = bare && what == What::Listing ? ListingCopies(road) : 1;
         for (auto _ : state) {
-            switch (what) {
-            case What::Field:
-                FieldAsk(subject);
-                break;
-            case What::Listing:
-                ListingShow();
-                break;
-            default:
-                for (std::uint64_t copy = 0; copy < copies; ++copy) {
-                    bare.Make();
-                }
+            if (!bare) {
+                what == What::Field ? FieldAsk(subject) : ListingShow();
+                continue;
+            }
+            for (std::uint64_t copy = 0; copy < copies; ++copy) {
+                BareCopiesMake(road);
             }
         }
         return 0;
     });
-}
-
-std::string NameOf(const Subject& subject, Road road, What what) {
-    return subject.Name + (road == Road::Legacy ? ", legacy road, " : ", firmware road, ") +
-           (what == What::Field || what == What::FieldBare ? "field" : "listing") +
-           (what == What::FieldBare || what == What::ListingBare ? ", bare" : "");
 }
 
 // Keeps the least processor time of each measurement's repetitions: what disturbs them only ever adds to it.
@@ -242,17 +208,8 @@ public:
     std::map<std::string, double> Fastest; // ns, by name
 };
 
-void RatioPrint(std::FILE* out, const std::map<std::string, double>& times, const Subject& subject, Road road,
-                What what, What bareWhat, double goal) {
-    const auto found = times.find(NameOf(subject, road, what));
-    const auto foundBare = times.find(NameOf(subject, road, bareWhat));
-    if (found == times.end() || foundBare == times.end()) { // filtered out
-        return;
-    }
-    const double time = found->second;
-    const double bare = foundBare->second;
-    std::fprintf(out, "%-40s %12.2f %12.2f %8.1f %6.0f  %s\n", NameOf(subject, road, what).c_str(), time / 1000,
-                 bare / 1000, time / bare, goal, time <= goal * bare ? "met" : "MISSED");
+std::string RoadName(Road road) {
+    return road == Road::Legacy ? "legacy road" : "firmware road";
 }
 
 struct ProcessCost {
@@ -274,8 +231,7 @@ void ProcessRun(std::vector<std::string> words, const std::string& machine, Proc
     rusage usage{};
     if (posix_spawn(&process, argv[0], nullptr, nullptr, argv.data(), envp) != 0 ||
         wait4(process, &state, 0, &usage) != process || state != 0) {
-        std::fprintf(stderr, "bench: %s failed\n", argv[0]);
-        std::exit(1);
+        Fail(words[0] + " failed");
     }
     const auto seconds = [](const timeval& time) {
         return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
@@ -291,10 +247,9 @@ void ProcessesCompare(std::FILE* out) {
     std::uint64_t copies = 0;
     std::FILE* const prints = std::tmpfile();
     if (prints == nullptr) {
-        std::fprintf(stderr, "bench: no temporary file\n");
-        std::exit(1);
+        Fail("no temporary file");
     }
-    Run({"", NamedMake, 0, 0, 0}, Road::Legacy, [&] {
+    Run({"", NamedMake, 0, 0}, Road::Legacy, [&] {
         copies = ListingCopies(Road::Legacy);
         PrintsKeep(prints);
         return DmiTableCopyGet(&table);
@@ -327,16 +282,18 @@ int main(int argc, char** argv) {
         ProcessRun({QUARRINET_PROGRAM, "/type"}, "sample", &process);
     }
 
-    std::vector<const Subject*> subjects{&Sample};
-    for (const Subject& server : Servers) {
-        subjects.push_back(&server);
-    }
-    for (const Subject* const subject : subjects) {
-        for (const Road road : {Road::Legacy, Road::Firmware}) {
-            for (const What what : {What::Field, What::FieldBare, What::Listing, What::ListingBare}) {
-                benchmark::RegisterBenchmark(NameOf(*subject, road, what).c_str(), Measure, *subject, road, what)
-                    ->Repetitions(12)
-                    ->MinTime(0.02);
+    std::vector<std::pair<std::string, Road>> names;
+    for (const Road road : {Road::Legacy, Road::Firmware}) {
+        for (const Subject& subject : Subjects) {
+            for (const What what : {What::Field, What::Listing}) {
+                names.emplace_back(
+                    subject.Name + ", " + RoadName(road) + (what == What::Field ? ", field" : ", listing"), road);
+                for (const bool bare : {false, true}) {
+                    const std::string name = names.back().first + (bare ? BareEnding : "");
+                    benchmark::RegisterBenchmark(name.c_str(), Measure, subject, road, what, bare)
+                        ->Repetitions(12)
+                        ->MinTime(0.02);
+                }
             }
         }
     }
@@ -350,22 +307,24 @@ int main(int argc, char** argv) {
     const std::map<std::string, double>& times = reporter.Fastest;
 
     std::fprintf(out, "%-40s %12s %12s %8s %6s\n", "", "time, us", "bare, us", "ratio", "goal");
-    for (const Road road : {Road::Legacy, Road::Firmware}) {
-        const double goal = road == Road::Legacy ? 15 : 2;
-        for (const Subject* const subject : subjects) {
-            RatioPrint(out, times, *subject, road, What::Field, What::FieldBare, goal);
-            RatioPrint(out, times, *subject, road, What::Listing, What::ListingBare, goal);
+    for (const auto& [name, road] : names) {
+        const auto time = times.find(name);
+        const auto bare = times.find(name + BareEnding);
+        if (time != times.end() && bare != times.end()) { // or else filtered out
+            const double ratio = time->second / bare->second;
+            const double goal = road == Road::Legacy ? 15 : 2;
+            std::fprintf(out, "%-40s %12.2f %12.2f %8.1f %6.0f  %s\n", name.c_str(), time->second / 1000,
+                         bare->second / 1000, ratio, goal, ratio <= goal ? "met" : "MISSED");
         }
     }
     for (const Road road : {Road::Legacy, Road::Firmware}) {
-        const auto small = times.find(NameOf(Servers[0], road, What::Field));
-        const auto large = times.find(NameOf(Servers[2], road, What::Field));
-        if (small == times.end() || large == times.end()) {
-            continue;
+        const auto small = times.find("32 structures, " + RoadName(road) + ", field");
+        const auto large = times.find("128 structures, " + RoadName(road) + ", field");
+        if (small != times.end() && large != times.end()) {
+            const double growth = large->second / small->second;
+            std::fprintf(out, "field, %s, 128 structures over 32: %.1f times the time, goal 4.0  %s\n",
+                         RoadName(road).c_str(), growth, growth <= 4 ? "met" : "MISSED");
         }
-        const double growth = large->second / small->second;
-        std::fprintf(out, "field, %s road, 128 structures over 32: %.1f times the time, goal 4.0  %s\n",
-                     road == Road::Legacy ? "legacy" : "firmware", growth, growth <= 4 ? "met" : "MISSED");
     }
     const bool met = process.Seconds < 0.010 && process.KiB < 8 * 1024;
     std::fprintf(out, "whole process, /type on the sample machine: %.1f ms, %.1f MiB, goals 10 ms and 8 MiB  %s\n",
