@@ -1,8 +1,5 @@
 // The bindings to the platform at the edges of what the rest of the library asks of them.
-#include "Lib/API/RyxLib.h"
-#include "Lib/API/RyxPrint.h"
 #include "Lib/Common/DriverLoad.h"
-#include "Lib/Common/LibraryContext.h"
 #include "machine/model/Faults.h"
 #include "machine/windows/MachineSet.h"
 #include "tests/Support.h"
@@ -32,32 +29,6 @@ TEST(Bindings, TheProgramsFolderHasRoomForTheDriversName) {
         EXPECT_EQ(DriverRequest(DriverLoad), length == 246 ? RyxOk : RyxErrorDriverLoad) << length;
         EXPECT_EQ(DriverRequest(DriverUnload), RyxOk);
     }
-}
-
-TEST(Bindings, ConsoleSize) {
-    Machine machine;
-    machine.Console = StandIn::ConsoleKind::Fixed;
-    std::uint32_t width = 7;
-    std::uint32_t height = 7;
-    StartOver(machine);
-    EXPECT_EQ(RyxConsoleSizeGet(&width, &height), RyxOk);
-    EXPECT_EQ(width, 80U);
-    EXPECT_EQ(height, 25U);
-    machine.Console = StandIn::ConsoleKind::None;
-    StartOver(machine);
-    EXPECT_EQ(RyxConsoleSizeGet(&width, &height), RyxErrorUnsupported);
-    EXPECT_EQ(width, 0U);
-    EXPECT_EQ(height, 0U);
-}
-
-TEST(Bindings, TheProgramsOwnPathIsNoSwitch) {
-    Machine machine;
-    machine.Program = "/dev/null";
-    StartOver(machine);
-    ArgumentVector argv({"/opt/Quarrinet", "type"});
-    Captured([&] { EXPECT_EQ(RyxLibInit(argv.Count(), argv.Data()), RyxOk); });
-    EXPECT_EQ(LibraryContextGet().Options.Byte[23], 0);
-    EXPECT_EQ(RyxLibExit(), RyxOk);
 }
 
 } // namespace

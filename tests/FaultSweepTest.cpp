@@ -1,5 +1,4 @@
 // The sweeps of platform calls: whole runs in which a call fails, once or from then on.
-#include "Lib/Platform/System.h"
 #include "machine/model/Faults.h"
 #include "machine/windows/MachineSet.h"
 #include "tests/Support.h"
@@ -9,7 +8,6 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <iostream>
-#include <map>
 #include <numeric>
 #include <set>
 #include <span>
@@ -144,52 +142,55 @@ std::vector<Effect> EffectsOf(std::string_view call, Phase phase) {
 
 using EffectsSeen = std::set<std::tuple<std::string, Phase, Effect>>;
 
-// Whatever is listed has to have been seen.
-void EffectsCheck(const EffectsSeen& seen) {
-    for (const CallEffects& one : Effects) {
-        for (const Effect effect : one.Possible) {
-            EXPECT_EQ(seen.count({one.Call, one.When, effect}), 1U)
-                << "no failing " << one.Call << " in " << one.When << " made of the run: " << effect;
-        }
-    }
-}
-
 // What a run may leave behind, beside the key, when a call fails in its stop, or for good. It all serves or is cleaned
-// up by later runs, or is what a refused clean-up leaves by design.
-Lines LeftoversAllowed(std::string_view call) {
-    const char* const key = "registry key Software\\RyxDrv";
-    const char* const count = "registry value Software\\RyxDrv\\RefCount = 1";
-    const char* const tools = "registry value Software\\RyxTool\\ToolsRefCount = 1";
-    const char* const mutex = "handle of mutex RyxGlobalMutex";
-    const char* const service = "service RYXLIB";
-    const char* const file = "file C:\\Windows\\Temp\\RyxLib64.sys";
-    const char* const driver = "driver RYXLIB from C:\\Windows\\Temp\\RyxLib64.sys";
-    const std::map<std::string_view, Lines> left = {
-        // While the count says that there are other tools, the mutex stays open.
-        {"RegOpenKeyExA", {tools, mutex, key, count}},
-        {"RegQueryValueExA", {tools, mutex, key, count}},
-        {"RegDeleteValueA", {tools, mutex}},
-        {"RegDeleteKeyA", {key, count}},
-        {"OpenSCManagerA", {driver, file, service}},
-        {"OpenServiceA", {driver, file, service}},
-        {"ControlService", {driver, file, service}},
-        {"DeleteService", {service}},
-        {"DeleteFileA", {file}},
-        {"SetFirmwareEnvironmentVariableW", {"firmware session open"}},
-        // The driver keeps its buffer, and the rest of the stop is skipped.
-        {"DeviceIoControl",
-         {tools, mutex, key, count, service, file, driver, "communication buffer of 4096 bytes",
-          "handle of device Global\\RYXLIB", "handle of mutex Global\\{"}},
-    };
-    const auto found = left.find(call);
-    return found != left.end() ? found->second : Lines{};
-}
+// up by later runs, or is what a refused clean-up leaves by design. Beside other tools, it is how what they have may
+// change: lines that go, with -, and lines that come, with +.
+struct CallLeftovers {
+    const char* Call;
+    Lines Alone;
+    Lines Beside;
+};
 
-// The folder of this test's program.
-std::string OwnFolder() {
-    char folder[4096];
-    return ExecutableFolderGet(folder, sizeof folder) ? folder : "";
-}
+constexpr char Key[] = "registry key Software\\RyxDrv";
+constexpr char Count[] = "registry value Software\\RyxDrv\\RefCount = 1";
+constexpr char Tools[] = "registry value Software\\RyxTool\\ToolsRefCount = 1";
+constexpr char Mutex[] = "handle of mutex RyxGlobalMutex";
+constexpr char Service[] = "service RYXLIB";
+constexpr char File[] = "file C:\\Windows\\Temp\\RyxLib64.sys";
+constexpr char Driver[] = "driver RYXLIB from C:\\Windows\\Temp\\RyxLib64.sys";
+
+// The others lose their driver, or a count stays too high; or a count can't be reached, and the driver is installed
+// anew, or taken away by one who counts as the last.
+const Lines Lost = {"-driver ", "-service ", "-file ", "-registry key Software\\RyxDrv",
+                    "-registry value Software\\RyxDrv\\RefCount"};
+const Lines Late = {"-registry value ", "+registry value "};
+const Lines Anew = {"-driver ", "-service ", "-file ", "-registry ", "+registry value ", "+driver ", "+file "};
+
+const CallLeftovers Leftovers[] = {
+    // While the count says that there are other tools, the mutex stays open.
+    {"RegOpenKeyExA", {Tools, Mutex, Key, Count}, Anew},
+    {"RegQueryValueExA", {Tools, Mutex, Key, Count}, Anew},
+    {"RegSetValueExA", {}, Late},
+    {"RegDeleteValueA", {Tools, Mutex}, {}},
+    {"RegDeleteKeyA", {Key, Count}, {}},
+    {"OpenSCManagerA", {Driver, File, Service}, {}},
+    {"OpenServiceA", {Driver, File, Service}, {}},
+    {"ControlService", {Driver, File, Service}, {}},
+    {"DeleteService", {Service}, {}},
+    {"DeleteFileA", {File}, {}},
+    {"SetFirmwareEnvironmentVariableW", {"firmware session open"}, {}},
+    // A device that does not open makes the count a stale one.
+    {"CreateFileA", {}, Lost},
+    // As a program of a 32-bit system it does not find the count, and its driver does not start.
+    {"GetModuleHandleA", {}, Lost},
+    {"GetProcAddress", {}, Lost},
+    {"IsWow64Process", {}, Lost},
+    // The driver keeps its buffer, and the rest of the stop is skipped.
+    {"DeviceIoControl",
+     {Tools, Mutex, Key, Count, Service, File, Driver, "communication buffer of 4096 bytes",
+      "handle of device Global\\RYXLIB", "handle of mutex Global\\{"},
+     Late},
+};
 
 // The machine with tools on it that were started before and still run.
 void StartBesideOthers(const Machine& machine, unsigned others) {
@@ -201,83 +202,22 @@ void StartBesideOthers(const Machine& machine, unsigned others) {
     StandIn::CallsForget();
 }
 
-// How what is left differs from what was there before: lines that went with -, lines that came with +. Mutexes, which
-// go with the process, and the driver's buffer are looked at where no other tools run.
-std::string Change(const Lines& before, const Lines& left) {
-    std::string change;
+// How what is left differs from what was there before. Mutexes, which go with the process, and the driver's buffer are
+// looked at where no other tools run.
+Lines Change(const Lines& before, const Lines& left) {
+    Lines change;
     const auto append = [&change](char sign, const Lines& some, const Lines& others) {
         for (const std::string& line : some) {
             const bool other = line.starts_with("communication buffer") || line.starts_with("handle of") ||
                                line.starts_with("mutex held");
-            if (!other && std::find(others.begin(), others.end(), line) == others.end()) {
-                change += sign + line + "\n";
+            if (!other && std::ranges::find(others, line) == others.end()) {
+                change.push_back(sign + line);
             }
         }
     };
     append('-', before, left);
     append('+', left, before);
     return change;
-}
-
-// How a disturbed run may change what other tools, so many, have in the machine: one of these texts, or nothing.
-Lines ChangesAllowed(std::string_view call, Phase phase, unsigned others) {
-    const std::string key = "registry key Software\\RyxDrv\n";
-    const std::string count = "registry value Software\\RyxDrv\\RefCount = ";
-    const std::string tools = "registry value Software\\RyxTool\\ToolsRefCount = ";
-    const std::string now = std::to_string(others) + "\n";
-    const std::string more = std::to_string(others + 1) + "\n";
-    const std::string driver = "driver RYXLIB from ";
-    const std::string service = "service RYXLIB\n";
-    const std::string name = "\\RyxLib64.sys\n";
-    const std::string own = OwnFolder() + name;
-    const std::string temporary = "C:\\Windows\\Temp" + name;
-    const std::string countLate = "-" + count + now + "+" + count + more;
-    const std::string toolsLate = "-" + tools + now + "+" + tools + more;
-    const std::map<std::pair<Phase, std::string_view>, Lines> changes = {
-        // A count that can't be reached is left alone, and the driver is installed anew, for the others too.
-        {{PhaseStart, "RegOpenKeyExA"}, {"-" + driver + temporary + "+" + driver + own + "+file " + own}},
-        {{PhaseStart, "RegQueryValueExA"}, {"-" + driver + temporary + "+" + driver + own + "+file " + own}},
-        // A device that does not open makes the count a stale one.
-        {{PhaseStart, "CreateFileA"}, {"-" + driver + temporary + "-" + key + "-" + count + now + "-" + service}},
-        // As a program of a 32-bit system it does not find the count, and its driver does not start.
-        {{PhaseStart, "GetModuleHandleA"}, {"-" + driver + temporary + "-" + service}},
-        {{PhaseStart, "GetProcAddress"}, {"-" + driver + temporary + "-" + service}},
-        {{PhaseStart, "IsWow64Process"}, {"-" + driver + temporary + "-" + service}},
-        // Whoever can't read the count of the driver's users is the last one.
-        {{PhaseStop, "RegOpenKeyExA"},
-         {toolsLate, "-" + driver + temporary + "-" + count + now + "-" + service + "+" + count + more}},
-        {{PhaseStop, "RegQueryValueExA"},
-         {toolsLate, "-" + driver + temporary + "-" + count + now + "-" + service + "+" + count + more}},
-        {{PhaseStop, "RegSetValueExA"}, {toolsLate, countLate}},
-        {{PhaseStop, "DeviceIoControl"},
-         {"-" + count + now + "-" + tools + now + "+" + count + more + "+" + tools + more}},
-    };
-    const auto found = changes.find({phase, call});
-    return found != changes.end() ? found->second : Lines{};
-}
-
-// The changes when a call fails for good: the others lose their driver, or a count stays too high.
-Lines StayingChangesAllowed(std::string_view call) {
-    const Lines lost = {"-driver ", "-service ", "-file ", "-registry key Software\\RyxDrv",
-                        "-registry value Software\\RyxDrv\\RefCount"};
-    const Lines late = {"-registry value ", "+registry value "};
-    const Lines both = {"-driver ", "-service ", "-file ", "-registry ", "+registry value "};
-    const std::map<std::string_view, Lines> changes = {
-        {"CreateFileA", lost},   {"GetModuleHandleA", lost}, {"GetProcAddress", lost}, {"IsWow64Process", lost},
-        {"RegOpenKeyExA", both}, {"RegQueryValueExA", both}, {"RegSetValueExA", late}, {"DeviceIoControl", late},
-    };
-    const auto found = changes.find(call);
-    return found != changes.end() ? found->second : Lines{};
-}
-
-// A run beside other tools leaves the machine to them as it was, or as the rules have it; and so does the next one.
-void ChangeCheck(const Lines& before, const Lines& left, const Lines& allowed) {
-    const std::string change = Change(before, left);
-    EXPECT_TRUE(change.empty() || std::find(allowed.begin(), allowed.end(), change) != allowed.end()) << change;
-}
-
-bool ServiceLeft(const Lines& left) {
-    return std::find(left.begin(), left.end(), "service RYXLIB") != left.end();
 }
 
 struct SweepCase {
@@ -334,65 +274,55 @@ std::vector<SweepFault> CallsToFail(const Course& undisturbed, std::uint64_t edg
     return faults;
 }
 
-TEST(FaultSweep, EveryCallFailsOnce) {
-    std::uint64_t failed = 0;
-    std::uint64_t all = 0;
-    std::set<std::string> outcomes;
-    EffectsSeen seen;
-    for (const SweepCase& swept : Cases) {
-        Sweep sweep = CallSweep(swept, false);
-        sweep.Prepare();
-        const Lines before = StandIn::Leftovers();
-        const Course undisturbed = Undisturbed(sweep);
-        EXPECT_EQ(Change(swept.Others != 0 ? before : Lines{ToolKey}, undisturbed.Left), "");
-        sweep.Check = [&](const SweepFault& fault, const Course& run, const Course* next) {
+// Sweeps through a case. Whoever starts next finds the machine as the first run was allowed to leave it.
+void CallsSweep(const SweepCase& swept, bool stays, std::uint64_t edge, std::uint64_t samples, EffectsSeen* seen) {
+    Sweep sweep = CallSweep(swept, stays);
+    sweep.Prepare();
+    const Lines before = StandIn::Leftovers();
+    const Course undisturbed = Undisturbed(sweep);
+    EXPECT_EQ(Change(swept.Others != 0 ? before : Lines{ToolKey}, undisturbed.Left), Lines());
+    sweep.Check = [&](const SweepFault& fault, const Course& run, const Course* next) {
+        if (!stays) {
             EXPECT_GE(run.End[static_cast<std::size_t>(*StandIn::OperationFind(fault.Call))], fault.Number);
             const Effect effect = EffectSeen(run, undisturbed, fault.When);
             const std::vector<Effect> possible = EffectsOf(fault.Call, fault.When);
             EXPECT_TRUE(std::ranges::find(possible, effect) != possible.end()) << "made of the run: " << effect;
-            seen.emplace(fault.Call, fault.When, effect);
-            outcomes.insert(
-                std::accumulate(run.Left.begin(), run.Left.end(), std::to_string(run.ExitCode) + run.Output));
+            seen->emplace(fault.Call, fault.When, effect);
+        }
+        const auto row = std::ranges::find(Leftovers, fault.Call, &CallLeftovers::Call);
+        const bool may = row != std::end(Leftovers) && (stays || swept.Others != 0 || fault.When == PhaseStop);
+        for (const Course* const course : {&run, next != nullptr ? next : &run}) {
             if (swept.Others == 0) {
-                const Lines allowed = fault.When == PhaseStop ? LeftoversAllowed(fault.Call) : Lines{};
-                LinesCheck(run.Left, allowed);
-                LinesCheck(next != nullptr ? next->Left : run.Left, allowed);
-                return;
+                LinesCheck(course->Left, may ? row->Alone : Lines());
+            } else {
+                LinesCheck(Change(before, course->Left), may ? row->Beside : Lines());
             }
-            const Lines allowed = ChangesAllowed(fault.Call, fault.When, swept.Others);
-            ChangeCheck(before, run.Left, allowed);
-            if (next != nullptr && ServiceLeft(run.Left)) {
-                ChangeCheck(before, next->Left, allowed);
-            } else if (next != nullptr) {
-                EXPECT_FALSE(ServiceLeft(next->Left)) << "a driver that the others lost is this one's alone";
-            }
-        };
-        const std::vector<SweepFault> faults = CallsToFail(undisturbed, 20, 50);
-        failed += faults.size();
-        all = std::accumulate(undisturbed.End.begin(), undisturbed.End.end(), all);
-        SweepRun(sweep, undisturbed, faults);
+        }
+    };
+    const std::vector<SweepFault> faults = CallsToFail(undisturbed, edge, samples);
+    SweepRun(sweep, undisturbed, faults);
+    std::cout << "fault sweep: " << sweep.Name << ": " << faults.size() << " of "
+              << std::accumulate(undisturbed.End.begin(), undisturbed.End.end(), std::uint64_t{0})
+              << " calls failed, each in a run\n";
+}
+
+TEST(FaultSweep, EveryCallFailsOnce) {
+    EffectsSeen seen;
+    for (const SweepCase& swept : Cases) {
+        CallsSweep(swept, false, 20, 50, &seen);
     }
-    EffectsCheck(seen);
-    std::cout << "fault sweep: " << failed << " of " << all << " calls failed, one a run; " << outcomes.size()
-              << " distinct outcomes\n";
+    // Whatever is listed has to have been seen.
+    for (const CallEffects& one : Effects) {
+        for (const Effect effect : one.Possible) {
+            EXPECT_EQ(seen.count({one.Call, one.When, effect}), 1U)
+                << "no failing " << one.Call << " in " << one.When << " made of the run: " << effect;
+        }
+    }
 }
 
 TEST(FaultSweep, CallsFailForGood) {
     for (const SweepCase& swept : std::span(Cases).subspan(2)) {
-        Sweep sweep = CallSweep(swept, true);
-        sweep.Prepare();
-        const Lines before = StandIn::Leftovers();
-        const Course undisturbed = Undisturbed(sweep);
-        sweep.Check = [&](const SweepFault& fault, const Course& run, const Course* next) {
-            for (const Course* const course : {&run, next != nullptr ? next : &run}) {
-                if (swept.Others == 0) {
-                    LinesCheck(course->Left, LeftoversAllowed(fault.Call));
-                } else {
-                    LinesCheck(LinesOf(Change(before, course->Left)), StayingChangesAllowed(fault.Call));
-                }
-            }
-        };
-        SweepRun(sweep, undisturbed, CallsToFail(undisturbed, 3, 10));
+        CallsSweep(swept, true, 3, 10, nullptr);
     }
 }
 

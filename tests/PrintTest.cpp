@@ -99,10 +99,15 @@ TEST(Print, WithoutAConsoleOrAPageNothingPauses) {
         RyxOptionSet(RyxOptionPaging, 1, 0);
         EXPECT_EQ(Captured([] { RyxPrintf("1\n2\n3\n"); }), "1\n2\n3\n");
         EXPECT_EQ(StandIn::CallCount("_getch"), 0U);
+        std::uint32_t width = 7;
+        std::uint32_t height = 7;
+        EXPECT_EQ(RyxConsoleSizeGet(&width, &height), rows == 1 ? RyxOk : RyxErrorUnsupported);
+        EXPECT_EQ(std::pair(width, height), rows == 1 ? std::pair(80U, 1U) : std::pair(0U, 0U));
     }
     RyxOptionSet(RyxOptionPaging, 0, 0);
+    const std::uint64_t asked = StandIn::CallCount("GetConsoleScreenBufferInfo");
     Captured([] { RyxPrintf("\n"); });
-    EXPECT_EQ(StandIn::CallCount("GetConsoleScreenBufferInfo"), 1U) << "only the paged print asks";
+    EXPECT_EQ(StandIn::CallCount("GetConsoleScreenBufferInfo"), asked) << "only the paged print asks";
 }
 
 TEST(Print, NoStringOfATableDrivesATerminal) {

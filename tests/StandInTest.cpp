@@ -70,10 +70,7 @@ bool Request(HANDLE device, DWORD code, Bytes input, Bytes* data) {
                            static_cast<DWORD>(data->size()), &returned, nullptr);
 }
 
-Bytes LittleEndian(std::uint32_t value) {
-    return {static_cast<std::uint8_t>(value), static_cast<std::uint8_t>(value >> 8U),
-            static_cast<std::uint8_t>(value >> 16U), static_cast<std::uint8_t>(value >> 24U)};
-}
+const Bytes Page{0, 0x10, 0, 0}; // the size of a buffer: 4096
 
 HKEY KeyOpen(HKEY parent, const char* path, REGSAM more, LSTATUS expected = ERROR_SUCCESS) {
     HKEY key = nullptr;
@@ -221,7 +218,7 @@ TEST(StandInState, OutlivesAKilledProcess) {
         [&folder] {
             MachineSet(Shared(folder));
             Bytes address(4);
-            Request(DriverStart(), GetBuffer, LittleEndian(4096), &address);
+            Request(DriverStart(), GetBuffer, Page, &address);
             const HKEY key = KeyCreate("Software\\A key %", KEY_WOW64_64KEY);
             const DWORD two = 2;
             RegSetValueExA(key, "", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&two), sizeof two);
@@ -238,9 +235,9 @@ TEST(StandInState, OutlivesAKilledProcess) {
     const HANDLE device = DeviceOpen();
     Bytes address(4);
     Bytes none;
-    EXPECT_TRUE(Request(device, GetBuffer, LittleEndian(4096), &address));
-    EXPECT_TRUE(Request(device, ReleaseBuffer, LittleEndian(4096), &none));
-    EXPECT_FALSE(Request(device, ReleaseBuffer, LittleEndian(4096), &none));
+    EXPECT_TRUE(Request(device, GetBuffer, Page, &address));
+    EXPECT_TRUE(Request(device, ReleaseBuffer, Page, &none));
+    EXPECT_FALSE(Request(device, ReleaseBuffer, Page, &none));
     EXPECT_TRUE(CloseHandle(device));
 
     // A state that can't be read is an error, and isn't written over.

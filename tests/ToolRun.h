@@ -24,7 +24,7 @@ inline ArgumentVector& StartArguments(const std::vector<std::string>& arguments)
         StandIn::MachineGet().Program = program;
     }
     static std::optional<ArgumentVector> argv;
-    return argv.emplace(Behind("Quarrinet", arguments));
+    return argv.emplace(Behind("/opt/Quarrinet", arguments)); // which is no switch
 }
 
 // Starts the library only.
