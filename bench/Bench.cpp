@@ -9,6 +9,7 @@
 #include "machine/model/SmbiosBuilder.h"
 #include "machine/source/MachineChoice.h"
 #include "machine/windows/MachineSet.h"
+#include "tests/library/Support.h"
 #include "viewer/ProgramRun.h"
 
 #include <algorithm>
@@ -103,15 +104,13 @@ const Subject Subjects[] = {{"sample machine", SampleMake, 0, 3},
 
 // Makes the machine the process's, and runs the program on it with that work.
 void Run(const Subject& subject, Road road, const std::function<std::uint32_t()>& work) {
-    static char program[] = "Quarrinet";
-    static char command[] = "/type";
-    static char* arguments[] = {program, command, nullptr};
+    static ArgumentVector arguments({"Quarrinet", "/type"});
     StandIn::Machine machine = subject.Make(road, subject.Structures, subject.Whole);
     machine.Console = StandIn::ConsoleKind::None;
     StandIn::MachineSet(std::move(machine));
     setenv("QUARRINET_WHOLE", subject.Whole ? "1" : "0", 1);
     LibraryReset();
-    if (ProgramRun(2, arguments, work) != 0) {
+    if (ProgramRun(2, arguments.Data(), work) != 0) {
         Fail("the library does not start");
     }
 }
@@ -218,18 +217,13 @@ struct ProcessCost {
 };
 
 // Runs a program once more. What is kept is the least processor time and the most memory.
-void ProcessRun(std::vector<std::string> words, const std::string& machine, ProcessCost* cost) {
-    std::vector<char*> argv;
-    for (std::string& word : words) {
-        argv.push_back(word.data());
-    }
-    argv.push_back(nullptr);
-    std::string setting = "QUARRINET_MACHINE=" + machine;
-    char* const envp[] = {setting.data(), nullptr};
+void ProcessRun(const std::vector<std::string>& words, const std::string& machine, ProcessCost* cost) {
+    ArgumentVector argv(words);
+    ArgumentVector settings({"QUARRINET_MACHINE=" + machine});
     pid_t process = 0;
     int state = 0;
     rusage usage{};
-    if (posix_spawn(&process, argv[0], nullptr, nullptr, argv.data(), envp) != 0 ||
+    if (posix_spawn(&process, argv.Data()[0], nullptr, nullptr, argv.Data(), settings.Data()) != 0 ||
         wait4(process, &state, 0, &usage) != process || state != 0) {
         Fail(words[0] + " failed");
     }
@@ -297,11 +291,11 @@ int main(int argc, char** argv) {
             }
         }
     }
-    std::vector<char*> arguments(argv, argv + argc);
-    std::string interleave = "--benchmark_enable_random_interleaving=true";
-    arguments.push_back(interleave.data());
-    int count = static_cast<int>(arguments.size());
-    benchmark::Initialize(&count, arguments.data());
+    std::vector<std::string> words(argv, argv + argc);
+    words.emplace_back("--benchmark_enable_random_interleaving=true");
+    ArgumentVector arguments(words);
+    int count = argc + 1;
+    benchmark::Initialize(&count, arguments.Data());
     FastestReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     const std::map<std::string, double>& times = reporter.Fastest;

@@ -6,6 +6,7 @@
 #include "Lib/Common/LibraryReset.h"
 #include "machine/model/Faults.h"
 #include "machine/windows/MachineSet.h"
+#include "tests/library/Support.h"
 #include "viewer/ViewerState.h"
 
 #include <algorithm>
@@ -55,13 +56,8 @@ void StartWithDriver(StandIn::Machine machine) {
 }
 
 int ProgramRun(const std::vector<std::string>& arguments, const std::function<std::uint32_t()>& work) {
-    std::vector<std::string> words{"Quarrinet"};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) {
-        argv.push_back(word.data());
-    }
-    const int code = ProgramRun(static_cast<int>(argv.size()), argv.data(), work);
+    ArgumentVector argv(Behind("Quarrinet", arguments));
+    const int code = ProgramRun(static_cast<int>(argv.Count()), argv.Data(), work);
     LibraryContextGet().Arguments = nullptr;
     LibraryContextGet().ArgumentCount = 0;
     return code;

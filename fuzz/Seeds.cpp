@@ -39,39 +39,11 @@ void Write(const std::string& target, const std::string& name, const Bytes& cont
     }
 }
 
-// The lengths that structures of a type have had, by the version of the standard that the firmware was written for.
-struct Forms {
-    std::uint8_t Type;
-    std::vector<std::uint8_t> Lengths;
-};
-
-const Forms KnownForms[] = {
-    {0, {0x12, 0x13, 0x14, 0x18, 0x1A}},
-    {1, {0x08, 0x19, 0x1B}},
-    {2, {0x08, 0x0F, 0x11}},
-    {3, {0x09, 0x0D, 0x11, 0x15, 0x16, 0x1C}},
-    {4, {0x1A, 0x20, 0x23, 0x28, 0x2A, 0x30, 0x32}},
-    {5, {0x0F, 0x10, 0x14}},
-    {7, {0x0F, 0x13, 0x1B}},
-    {9, {0x0D, 0x0E, 0x11, 0x13, 0x18}},
-    {13, {0x06, 0x16}},
-    {15, {0x14, 0x17, 0x19}},
-    {16, {0x0F, 0x17}},
-    {17, {0x15, 0x1B, 0x1C, 0x22, 0x28, 0x54, 0x5C, 0x64}},
-    {19, {0x0F, 0x1F}},
-    {20, {0x13, 0x23}},
-    {22, {0x10, 0x1A}},
-    {26, {0x14, 0x16}},
-    {27, {0x0C, 0x0E, 0x0F}},
-    {28, {0x14, 0x16}},
-    {29, {0x14, 0x16}},
-    {32, {0x0B, 0x14, 0x6E}},
-    {37, {0x07, 0x0A, 0x1F}},
-    {38, {0x10, 0x12}},
-    {39, {0x10, 0x16}},
-    {40, {0x05, 0x0B, 0x40}},
-    {42, {0x05, 0x06, 0x09, 0x20}},
-};
+void WriteAll(const std::string& target, const std::vector<std::string>& texts) {
+    for (std::size_t number = 0; number < texts.size(); ++number) {
+        Write(target, std::to_string(number), BytesOf(texts[number]));
+    }
+}
 
 // A structure of another length: cut, or going on with ones. Its strings stay.
 Bytes Stretched(const Bytes& structure, std::uint8_t length) {
@@ -99,7 +71,7 @@ void TableSeed(const std::string& name, std::uint8_t field, const Bytes& table) 
     ++number;
 }
 
-// The sample machine's structures one by one, in every known form and with extreme values, some of them together, and
+// The sample machine's structures one by one, in many lengths and with extreme values, some of them together, and
 // tables that end early.
 void StructureTables() {
     const Bytes answer = *StandIn::SampleMachine().SmbiosTable;
@@ -126,10 +98,8 @@ void StructureTables() {
         for (const std::uint8_t value : {0x00, 0x01, 0x7F, 0x80, 0xFF}) {
             TableSeed(name + "-all-" + std::to_string(value), 0, Filled(one, value));
         }
-        for (const Forms& forms : KnownForms) {
-            for (std::size_t form = 0; form < forms.Lengths.size() && forms.Type == type; ++form) {
-                TableSeed(name + "-form-" + std::to_string(form), 0, Stretched(one, forms.Lengths[form]));
-            }
+        for (const std::uint8_t length : {0x0B, 0x14, 0x28, 0x64}) {
+            TableSeed(name + "-length-" + std::to_string(length), 0, Stretched(one, length));
         }
         start = end;
     }
@@ -173,15 +143,19 @@ void EntryPoints() {
         entry.resize(offset);
         return Joined(entry, table);
     };
-    const Bytes legacy = dump(StandIn::EntryPoint21(2, 8, 32, length, 1, length), 32);
-    Write("EntryPoint", "dump-legacy", Joined({0, 0, 0}, legacy));
-    Write("EntryPoint", "dump-64", Joined({0, 0, 0}, dump(StandIn::EntryPoint30(3, 2, 32, length), 32)));
-    Write("EntryPoint", "dump-past", Joined({0, 0, 0}, StandIn::EntryPoint21(2, 8, 4096, length, 1, length)));
-    const Bytes inSegment = dump(StandIn::EntryPoint21(2, 8, 0xF0020, length, 1, length), 32);
-    Write("EntryPoint", "segment", Joined({1, 0, 0}, inSegment));
-    Write("EntryPoint", "segment-top", Joined({1, 0xE0, 0xFF}, StandIn::EntryPoint21(2, 1, 0xFFFFFFF0, 0xFFFF, 1, 1)));
-    Write("EntryPoint", "segment-no-address", Joined({1, 0, 0}, StandIn::EntryPoint21(2, 1, 0, 16, 1, 1)));
-    Write("EntryPoint", "segment-no-length", Joined({1, 0, 0}, StandIn::EntryPoint21(2, 1, 0x1000, 0, 1, 1)));
+    const std::pair<const char*, Bytes> seeds[] = {
+        {"dump-legacy", Joined({0, 0, 0}, dump(StandIn::EntryPoint21(2, 8, 32, length, 1, length), 32))},
+        {"dump-64", Joined({0, 0, 0}, dump(StandIn::EntryPoint30(3, 2, 32, length), 32))},
+        {"dump-past", Joined({0, 0, 0}, StandIn::EntryPoint21(2, 8, 4096, length, 1, length))},
+        {"segment", Joined({1, 0, 0}, dump(StandIn::EntryPoint21(2, 8, 0xF0020, length, 1, length), 32))},
+        {"segment-top", Joined({1, 0xE0, 0xFF}, StandIn::EntryPoint21(2, 1, 0xFFFFFFF0, 0xFFFF, 1, 1))},
+        {"segment-no-address", Joined({1, 0, 0}, StandIn::EntryPoint21(2, 1, 0, 16, 1, 1))},
+        {"segment-no-length", Joined({1, 0, 0}, StandIn::EntryPoint21(2, 1, 0x1000, 0, 1, 1))},
+        {"service-short", {2, 0, 0, 0, 2, 8}},
+    };
+    for (const auto& [name, content] : seeds) {
+        Write("EntryPoint", name, content);
+    }
     const Bytes service = *StandIn::MachineWithTable(builder, 2, 8).SmbiosTable;
     Write("EntryPoint", "service", Joined({2, 0, 0}, service));
     Bytes large = service;
@@ -190,29 +164,24 @@ void EntryPoints() {
     Bytes wrong = service;
     wrong[4] = 0xFF;
     Write("EntryPoint", "service-length", Joined({2, 0, 0}, wrong));
-    Write("EntryPoint", "service-short", {2, 0, 0, 0, 2, 8});
 }
 
 void CommandLines() {
-    const char* const lines[] = {
-        "/type\n4\n1\n5\n.\n",
-        "-nologo\n/TYPE\n16\n",
-        "/help\n/b\n/eps\n/nologo\n",
-        "/type\n-1\n",
-        "/type\n+16\n0\n200\n",
-        "/type\n99999999999999999999\n",
-        "@\n.\n/nologo /type \"16\" # comment \"1\"\r\n",
-        "/eps\n.\n/type 16 1 4\n\n\"\" \"two words\"\n",
-        "@\n.\n/type \"open\n",
-        ".\n# nothing\n/b\r/type\t16\n",
-        "/type\n4\n/type\n5\n",
-        "@\n@\n.\n/.type .b -\n",
-        "/_exec_\n",
-    };
-    int number = 0;
-    for (const char* const line : lines) {
-        Write("CommandLine", std::to_string(number++), BytesOf(line));
-    }
+    WriteAll("CommandLine", {
+                                "/type\n4\n1\n5\n.\n",
+                                "-nologo\n/TYPE\n16\n",
+                                "/help\n/b\n/eps\n/nologo\n",
+                                "/type\n-1\n",
+                                "/type\n+16\n0\n200\n",
+                                "/type\n99999999999999999999\n",
+                                "@\n.\n/nologo /type \"16\" # comment \"1\"\r\n",
+                                "/eps\n.\n/type 16 1 4\n\n\"\" \"two words\"\n",
+                                "@\n.\n/type \"open\n",
+                                ".\n# nothing\n/b\r/type\t16\n",
+                                "/type\n4\n/type\n5\n",
+                                "@\n@\n.\n/.type .b -\n",
+                                "/_exec_\n",
+                            });
     std::string many = "@\n.\n";
     for (int i = 0; i < 300; ++i) {
         many += "/a" + std::to_string(i) + (i % 20 == 0 ? "\n" : " ");
@@ -222,24 +191,21 @@ void CommandLines() {
 }
 
 void MachineFiles() {
-    const char* const files[] = {
-        "tables = dump\n",
-        "tables = .\nwow64 = no\n",
-        "memory 0xE0000 = dump\nmemory 0xFFFFFFF0 = DMI\nfirmware-table RSMB = rsmb\n",
-        "firmware-table RSMB = none\nfirmware-table ACPI/FACP = DMI\nfirmware-table missing = yes\n",
-        "# a comment\n\nadministrator = no\nprocessors = 0xFF\nwindows = 4.0\nwow64 = unknown\n",
-        "tables = dump\nconsole = 80x25\nstate = kept\n",
-        "console = none\nconsole = terminal\nstate = .\n",
-        "tables = dump\nfirmware = variables\nfirmware-refuses type = yes\nfirmware-refuses b = no\n",
-        "tables = dump\nfirmware = smi\nprocessors = 2\n",
-        "tables = dump\nfail = DeviceIoControl 0x222182@3\nfail = CreateFileA@1\nfail = RegOpenKeyExA\n",
-        "tables = missing\n",
-        "memory 0x = dump\nwindows = 1.2.3\nconsole = 0x0\nfail = Nothing@0\n",
-    };
-    int number = 0;
-    for (const char* const file : files) {
-        Write("MachineFile", std::to_string(number++), BytesOf(file));
-    }
+    WriteAll("MachineFile",
+             {
+                 "tables = dump\n",
+                 "tables = .\nwow64 = no\n",
+                 "memory 0xE0000 = dump\nmemory 0xFFFFFFF0 = DMI\nfirmware-table RSMB = rsmb\n",
+                 "firmware-table RSMB = none\nfirmware-table ACPI/FACP = DMI\nfirmware-table missing = yes\n",
+                 "# a comment\n\nadministrator = no\nprocessors = 0xFF\nwindows = 4.0\nwow64 = unknown\n",
+                 "tables = dump\nconsole = 80x25\nstate = kept\n",
+                 "console = none\nconsole = terminal\nstate = .\n",
+                 "tables = dump\nfirmware = variables\nfirmware-refuses type = yes\nfirmware-refuses b = no\n",
+                 "tables = dump\nfirmware = smi\nprocessors = 2\n",
+                 "tables = dump\nfail = DeviceIoControl 0x222182@3\nfail = CreateFileA@1\nfail = RegOpenKeyExA\n",
+                 "tables = missing\n",
+                 "memory 0x = dump\nwindows = 1.2.3\nconsole = 0x0\nfail = Nothing@0\n",
+             });
 }
 
 // What the stand-in's own firmware publishes, reached in every way.
