@@ -31,15 +31,6 @@ bool IsRootTable(const std::uint8_t* table, std::uint32_t length) {
     return length >= AcpiHeaderSize && (AcpiSignatureIs(table, "XSDT") || AcpiSignatureIs(table, "RSDT"));
 }
 
-RyxStatus ContainerMake(std::uint32_t size, RyxBinOwner* bin) {
-    RyxBin* made = nullptr;
-    if (RyxBinMake(nullptr, size, &made) != RyxOk) {
-        return RyxErrorBuffer;
-    }
-    bin->reset(made);
-    return RyxOk;
-}
-
 // Reads the root table at a physical address: as many bytes as its header states, within what can be read.
 RyxStatus TableAtRead(std::uint64_t address, RyxBin** table) {
     if (address == 0 || address > AddressEnd - AcpiHeaderSize) {
@@ -56,15 +47,16 @@ RyxStatus TableAtRead(std::uint64_t address, RyxBin** table) {
     }
     const auto length =
         static_cast<std::uint32_t>(std::min<std::uint64_t>({stated, AcpiWorkBufferSize, AddressEnd - address}));
-    RyxBinOwner bin;
-    if (const RyxStatus status = ContainerMake(length, &bin); status != RyxOk) {
-        return status;
+    RyxBin* bin = nullptr;
+    if (RyxBinMake(nullptr, length, &bin) != RyxOk) {
+        return RyxErrorBuffer;
     }
-    if (const RyxStatus status = PhysicalMemoryRead(from, length, bin->Data); status != RyxOk) {
-        return status;
+    RyxBinOwner owner(bin);
+    const RyxStatus status = PhysicalMemoryRead(from, length, bin->Data);
+    if (status == RyxOk) {
+        *table = owner.release();
     }
-    *table = bin.release();
-    return RyxOk;
+    return status;
 }
 
 // Reads the root table that a root pointer names: the XSDT, or the RSDT where there is no XSDT within reach.
@@ -80,14 +72,7 @@ RyxStatus FromRegistry(RyxBin** table) {
     if (!RegistryDeepBinaryRead("HARDWARE\\ACPI\\RSDT", &copy, &size) || !IsRootTable(copy.get(), size)) {
         return RyxErrorRootTable;
     }
-    const std::uint32_t length = std::min(size, AcpiWorkBufferSize);
-    RyxBinOwner bin;
-    if (const RyxStatus status = ContainerMake(length, &bin); status != RyxOk) {
-        return status;
-    }
-    std::memcpy(bin->Data, copy.get(), length);
-    *table = bin.release();
-    return RyxOk;
+    return RyxBinMake(copy.get(), std::min(size, AcpiWorkBufferSize), table) == RyxOk ? RyxOk : RyxErrorBuffer;
 }
 
 RyxStatus FromMakerTable(RyxBin** table) {

@@ -99,14 +99,10 @@ void GlobalMutexAcquire() {
     if (!Instance.GlobalEnabled) {
         return;
     }
-    if (!Instance.GlobalCreated) {
+    if (Instance.GlobalMutex == nullptr) {
         Instance.GlobalMutex = MutexCreate("RyxGlobalMutex", nullptr);
-        if (Instance.GlobalMutex == nullptr) {
-            return;
-        }
-        Instance.GlobalCreated = true;
     }
-    if (!Instance.GlobalHeld) {
+    if (Instance.GlobalMutex != nullptr && !Instance.GlobalHeld) {
         Instance.GlobalHeld = MutexAcquire(Instance.GlobalMutex, GlobalMutexWait);
     }
 }
@@ -119,13 +115,7 @@ void GlobalMutexRelease() {
 }
 
 void GlobalMutexClose() {
-    if (!Instance.GlobalEnabled) {
-        return;
-    }
     GlobalMutexRelease();
-    if (Instance.GlobalCreated) {
-        MutexClose(Instance.GlobalMutex);
-        Instance.GlobalMutex = nullptr;
-        Instance.GlobalCreated = false;
-    }
+    MutexClose(Instance.GlobalMutex);
+    Instance.GlobalMutex = nullptr;
 }

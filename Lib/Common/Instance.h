@@ -20,7 +20,6 @@ struct InstanceState {
     MutexHandle ImageMutex = nullptr;
     MutexHandle GlobalMutex = nullptr;
     bool GlobalEnabled = false;
-    bool GlobalCreated = false;
     bool GlobalHeld = false;
     bool PackageFolderSet = false;
     char PackageFolder[256] = {}; // what PACKORGDIR held; empty when it was not set
