@@ -10,7 +10,6 @@
 #include "tests/Support.h"
 
 #include <cstring>
-#include <functional>
 #include <gtest/gtest.h>
 
 namespace {
@@ -37,8 +36,21 @@ void Begin(Machine machine) {
     ASSERT_EQ(DriverRequest(DriverLoad), RyxOk);
 }
 
+Machine WithMemory(std::vector<StandIn::MemoryRegion> memory) {
+    Machine machine;
+    machine.Memory = std::move(memory);
+    return machine;
+}
+
+// A table with another length in its header.
+Bytes Stating(Bytes table, std::uint32_t length) {
+    BytesPut(table, 4, length);
+    return table;
+}
+
 // The mark of the root table that is found; 0 for none.
-std::uint32_t FoundMark() {
+std::uint32_t FoundMark(const Machine& machine) {
+    Begin(machine);
     RyxBin* table = nullptr;
     const RyxStatus status = AcpiXsdtTableGet(&table);
     if (status != RyxOk) {
@@ -80,23 +92,23 @@ void AddSystemTable(Machine& machine) {
 
 TEST(AcpiRootTable, WaysAreTakenInOrder) {
     Machine machine;
-    EXPECT_EQ((Begin(machine), FoundMark()), 0U);
+    EXPECT_EQ(FoundMark(machine), 0U);
     AddSystemTable(machine);
-    EXPECT_EQ((Begin(machine), FoundMark()), 4U);
+    EXPECT_EQ(FoundMark(machine), 4U);
     AddSegment(machine);
-    EXPECT_EQ((Begin(machine), FoundMark()), 3U);
+    EXPECT_EQ(FoundMark(machine), 3U);
     AddMakerTable(machine);
-    EXPECT_EQ((Begin(machine), FoundMark()), 2U);
+    EXPECT_EQ(FoundMark(machine), 2U);
     AddRegistry(machine);
-    EXPECT_EQ((Begin(machine), FoundMark()), 1U);
+    EXPECT_EQ(FoundMark(machine), 1U);
     // A registry copy that is no root table is passed by.
     machine.RegistryBinary.begin()->second = Marked("DSDT", 1);
-    EXPECT_EQ((Begin(machine), FoundMark()), 2U);
+    EXPECT_EQ(FoundMark(machine), 2U);
     EXPECT_EQ(AcpiXsdtTableGet(nullptr), RyxErrorArgument);
     // One of a header alone is a table, and one byte less is none.
     for (const std::uint32_t size : {36U, 35U}) {
         machine.RegistryBinary.begin()->second = AcpiBuilder("RSDT", size).Table();
-        EXPECT_EQ((Begin(machine), FoundMark()), size == 36 ? 36U - 100 : 2U);
+        EXPECT_EQ(FoundMark(machine), size == 36 ? 36U - 100 : 2U);
     }
 }
 
@@ -113,20 +125,20 @@ TEST(AcpiRootTable, RegistryIsDescended) {
     };
     Machine machine;
     machine.RegistryBinary = {{below(31) + "\\00000000", Marked("RSDT", 1)}};
-    EXPECT_EQ((Begin(machine), FoundMark()), 1U);
+    EXPECT_EQ(FoundMark(machine), 1U);
     machine.RegistryBinary = {{below(32) + "\\00000000", Marked("RSDT", 1)}};
-    EXPECT_EQ((Begin(machine), FoundMark()), 0U);
+    EXPECT_EQ(FoundMark(machine), 0U);
     machine.RegistryBinary = {{top + "\\A\\" + std::string(255, '0'), Marked("RSDT", 1)},
                               {top + "\\A\\1", Marked("RSDT", 2)},
                               {top + "\\B\\C\\0", Marked("RSDT", 3)}};
-    EXPECT_EQ((Begin(machine), FoundMark()), 1U);
+    EXPECT_EQ(FoundMark(machine), 1U);
     machine.RegistryBinary = {{top + "\\A\\" + std::string(256, '0'), Marked("RSDT", 1)},
                               {top + "\\A\\1", AcpiBuilder("XSDT", 0x10001).Table()}};
-    EXPECT_EQ((Begin(machine), FoundMark()), 0x10000U - 100);
+    EXPECT_EQ(FoundMark(machine), 0x10000U - 100);
     machine.RegistryBinary = {{top + "\\A\\1", AcpiBuilder("RSDT", 16U << 20U).Table()}};
-    EXPECT_EQ((Begin(machine), FoundMark()), 0x10000U - 100);
+    EXPECT_EQ(FoundMark(machine), 0x10000U - 100);
     machine.RegistryBinary.begin()->second.push_back(0);
-    EXPECT_EQ((Begin(machine), FoundMark()), 0U) << "a value larger than any table";
+    EXPECT_EQ(FoundMark(machine), 0U) << "a value larger than any table";
     for (const std::string& left : StandIn::Leftovers()) {
         EXPECT_EQ(left.find("handle of registry"), std::string::npos) << left;
     }
@@ -135,12 +147,12 @@ TEST(AcpiRootTable, RegistryIsDescended) {
 TEST(AcpiRootTable, SegmentIsSearchedToItsBound) {
     Machine machine;
     AddSegment(machine, 61424);
-    EXPECT_EQ((Begin(machine), FoundMark()), 0U);
+    EXPECT_EQ(FoundMark(machine), 0U);
     machine = Machine();
     AddSegment(machine, 24); // not at a 16-byte boundary
-    EXPECT_EQ((Begin(machine), FoundMark()), 0U);
+    EXPECT_EQ(FoundMark(machine), 0U);
     AddSegment(machine, 32);
-    EXPECT_EQ((Begin(machine), FoundMark()), 3U);
+    EXPECT_EQ(FoundMark(machine), 3U);
 }
 
 TEST(AcpiRootTable, OwnSearchIsPreferredButNeedsTheDriver) {
@@ -159,23 +171,21 @@ TEST(AcpiRootTable, OwnSearchIsPreferredButNeedsTheDriver) {
         Machine machine;
         AddSystemTable(machine);
         machine.Memory.push_back({static_cast<std::uint64_t>(DsdtAddress + distance), Marked("RSDT", 5)});
-        EXPECT_EQ((Begin(machine), FoundMark()), within ? 5U : 4U) << distance;
+        EXPECT_EQ(FoundMark(machine), within ? 5U : 4U) << distance;
     }
     // A mere text of four letters is no table.
     Machine machine;
     AddSystemTable(machine);
     machine.Memory.push_back({DsdtAddress + 0x800, Bytes{'R', 'S', 'D', 'T', ' ', 'h', 'e', 'r', 'e'}});
     machine.Memory.push_back({DsdtAddress + 0x2000, Marked("RSDT", 5)});
-    EXPECT_EQ((Begin(machine), FoundMark()), 5U);
+    EXPECT_EQ(FoundMark(machine), 5U);
 
     // A table's length is that of a header at least, and of the work buffer at most; whatever else is passed by.
     const std::pair<std::uint32_t, bool> lengths[] = {{35, false}, {36, true}, {0x10000, true}, {0x10001, false}};
     for (const auto& [length, taken] : lengths) {
         Machine sized = machine;
-        Bytes table = Marked("RSDT", 6);
-        BytesPut(table, 4, length);
-        sized.Memory.push_back({DsdtAddress + 0x1800, table});
-        EXPECT_EQ((Begin(sized), FoundMark()), taken ? length - 100 : 5U) << length;
+        sized.Memory.push_back({DsdtAddress + 0x1800, Stating(Marked("RSDT", 6), length)});
+        EXPECT_EQ(FoundMark(sized), taken ? length - 100 : 5U) << length;
     }
     // Below a low DSDT and above a high one the search ends with the address space.
     for (const std::uint32_t dsdt : {0x200000U, 0xFFC00000U}) {
@@ -183,75 +193,60 @@ TEST(AcpiRootTable, OwnSearchIsPreferredButNeedsTheDriver) {
         AddSystemTable(edge);
         BytesPut(edge.AcpiTables["FACP"], 40, dsdt);
         edge.Memory.push_back({dsdt == 0x200000 ? 0x1000U : 0xFFFFFFDCU, AcpiBuilder("RSDT", 36).Table()});
-        EXPECT_EQ((Begin(edge), FoundMark()), 36U - 100) << dsdt;
+        EXPECT_EQ(FoundMark(edge), 36U - 100) << dsdt;
     }
 
     // Without the record, only systems newer than 6.1 can ask the driver to look near the DSDT.
     machine.Memory.erase(machine.Memory.begin(), machine.Memory.begin() + 2);
-    EXPECT_EQ((Begin(machine), FoundMark()), 5U);
+    EXPECT_EQ(FoundMark(machine), 5U);
     EXPECT_EQ(StandIn::ControlCount(DriverRsdtLocateNear), 1U);
     for (const auto& [major, minor] : {std::pair{5U, 9U}, {6U, 1U}, {6U, 2U}, {7U, 0U}}) {
         machine.WindowsMajor = major;
         machine.WindowsMinor = minor;
         const bool newer = major * 10 + minor > 61;
-        EXPECT_EQ((Begin(machine), FoundMark()), newer ? 5U : 0U);
+        EXPECT_EQ(FoundMark(machine), newer ? 5U : 0U);
         EXPECT_EQ(StandIn::ControlCount(DriverRsdtLocateNear), newer ? 1U : 0U);
     }
     // A FADT that the system serves has a DSDT's address, and no more than the buffer holds.
     for (const auto& [size, read] : {std::pair{0x8001U, false}, {0x8000U, true}, {44U, true}, {43U, false}}) {
         machine.AcpiTables["FACP"].resize(size);
-        EXPECT_EQ((Begin(machine), FoundMark()), read ? 5U : 0U) << size;
+        EXPECT_EQ(FoundMark(machine), read ? 5U : 0U) << size;
     }
 }
 
 TEST(AcpiRootTable, AddressesAndLengthsAreChecked) {
-    const std::pair<const char*, std::function<void(Machine&)>> cases[] = {
-        {"root pointer into nothing",
-         [](Machine& m) {
-             m.Memory = {{0xF0000, AcpiRootPointer(0x12345678, 0)}};
-         }},
-        {"root table past the address space",
-         [](Machine& m) {
-             m.Memory = {{0xF0000, AcpiRootPointer(0xFFFFFFFFFFFFFFF0, 0xFFFFFFF0)}};
-         }},
-        {"no address",
-         [](Machine& m) {
-             m.Memory = {{0xF0000, AcpiRootPointer(0, 0)}};
-         }},
-        {"length shorter than a header",
-         [](Machine& m) {
-             m.Memory = {{0xF0000, AcpiRootPointer(0x1000, 0)}, {0x1000, AcpiBuilder("XSDT").Table()}};
-             BytesPut(m.Memory[1].Data, 4, std::uint32_t{35});
-         }},
-        {"maker's table too short",
-         [](Machine& m) {
-             AddMakerTable(m);
-             m.AcpiTables["BATB"].resize(69);
-         }},
-        {"maker's table with a wild pointer",
-         [](Machine& m) {
-             AddMakerTable(m);
-             BytesPut(m.AcpiTables["BATB"], 62, std::uint64_t{0xFFFFFFDD});
-             m.Memory.push_back({0xFFFFFFDD, AcpiRootPointer(0, 0x200000)});
-         }},
-    };
-    for (const auto& [name, change] : cases) {
-        SCOPED_TRACE(name);
+    const auto makerTable = [](std::size_t size, std::uint64_t pointer) {
         Machine machine;
-        change(machine);
-        EXPECT_EQ((Begin(machine), FoundMark()), 0U);
+        AddMakerTable(machine);
+        machine.AcpiTables["BATB"].resize(size);
+        if (pointer != 0) {
+            BytesPut(machine.AcpiTables["BATB"], 62, pointer);
+            machine.Memory.push_back({pointer, AcpiRootPointer(0, 0x200000)});
+        }
+        return machine;
+    };
+    const auto pointedTo = [](std::uint64_t xsdt, std::uint32_t rsdt, const Bytes& table) {
+        return WithMemory({{0xF0000, AcpiRootPointer(xsdt, rsdt)}, {0x1000, table}});
+    };
+    const Bytes rsdt = Marked("RSDT", 7);
+    const struct {
+        const char* Name;
+        Machine Made;
+        std::uint32_t Found;
+    } cases[] = {
+        {"root pointer into nothing", pointedTo(0x12345678, 0, rsdt), 0},
+        {"root table past the address space", pointedTo(0xFFFFFFFFFFFFFFF0, 0xFFFFFFF0, rsdt), 0},
+        {"no address", pointedTo(0, 0, rsdt), 0},
+        {"length shorter than a header", pointedTo(0x1000, 0, Stating(AcpiBuilder("XSDT").Table(), 35)), 0},
+        {"an XSDT beyond reach leaves the RSDT", pointedTo(0x100000000, 0x1000, rsdt), 7},
+        {"gigabytes are cut", pointedTo(0, 0x1000, Stating(rsdt, 0xFFFFFFFF)), 0x10000 - 100},
+        {"maker's table too short", makerTable(69, 0), 0},
+        {"maker's table with a wild pointer", makerTable(70, 0xFFFFFFDD), 0},
+        {"the last place that holds a pointer", makerTable(70, 0xFFFFFFDC), 2},
+    };
+    for (const auto& test : cases) {
+        EXPECT_EQ(FoundMark(test.Made), test.Found) << test.Name;
     }
-    Machine machine;
-    AddMakerTable(machine);
-    BytesPut(machine.AcpiTables["BATB"], 62, std::uint64_t{0xFFFFFFDC});
-    machine.Memory.push_back({0xFFFFFFDC, AcpiRootPointer(0, 0x200000)});
-    EXPECT_EQ((Begin(machine), FoundMark()), 2U) << "the last place that holds a pointer";
-    // An XSDT beyond reach leaves the RSDT; a table that states gigabytes is cut.
-    machine = Machine();
-    machine.Memory = {{0xF0000, AcpiRootPointer(0x100000000, 0x1000)}, {0x1000, Marked("RSDT", 7)}};
-    EXPECT_EQ((Begin(machine), FoundMark()), 7U);
-    BytesPut(machine.Memory[1].Data, 4, std::uint32_t{0xFFFFFFFF});
-    EXPECT_EQ((Begin(machine), FoundMark()), 0x10000U - 100);
 }
 
 // A machine whose root table names the tables given, which follow one another from 0x100000 on.
@@ -381,20 +376,9 @@ TEST(AcpiData, TablesThatClaimTooMuchAreLeftAlone) {
     EXPECT_EQ(AcpiDataCollect(), RyxOk);
     EXPECT_EQ(AcpiStateGet().TableCount, 1U);
 
-    Bytes huge = MakerBuffer(0x66000);
-    BytesPut(huge, 4, std::uint32_t{0x10001});
-    Bytes largest = MakerBuffer(0x66000);
-    BytesPut(largest, 4, std::uint32_t{0x10000});
-    Bytes tiny = MakerBuffer(0x66000);
-    BytesPut(tiny, 4, std::uint32_t{57});
-    const std::pair<Bytes, RyxStatus> cases[] = {
-        {huge, RyxErrorNoCommunication},
-        {largest, RyxOk},
-        {tiny, RyxErrorNoCommunication},
-    };
-    for (const auto& [table, status] : cases) {
-        Begin(MachineOf({table}));
-        EXPECT_EQ(AcpiDataCollect(), status);
+    for (const std::uint32_t length : {0x10001U, 0x10000U, 57U}) {
+        Begin(MachineOf({Stating(MakerBuffer(0x66000), length)}));
+        EXPECT_EQ(AcpiDataCollect(), length == 0x10000 ? RyxOk : RyxErrorNoCommunication) << length;
     }
     // A list of values that states more than the table holds says nothing.
     for (const std::uint32_t count : {4U, 0x0CCCCCCDU, 0xFFFFFFFFU}) {
@@ -405,11 +389,9 @@ TEST(AcpiData, TablesThatClaimTooMuchAreLeftAlone) {
     // A FADT cut short keeps what it holds; a DSDT that states too much or stands nowhere is not searched.
     Bytes cut = Fadt().Table();
     cut.resize(66);
-    BytesPut(cut, 4, std::uint32_t{66});
     for (const std::uint32_t length : {0xFFFFFFFFU, 35U, 400U, 0x400000U, 0x400001U}) {
-        machine = MachineOf({cut});
-        machine.Memory.push_back({0x500000, Dsdt()});
-        BytesPut(machine.Memory.back().Data, 4, length);
+        machine = MachineOf({Stating(cut, 66)});
+        machine.Memory.push_back({0x500000, Stating(Dsdt(), length)});
         Begin(machine);
         AcpiDataCollect();
         EXPECT_EQ(AcpiStateGet().SmiPort, 0xB2);

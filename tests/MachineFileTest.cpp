@@ -36,15 +36,19 @@ std::string MemoryText(const Machine& machine, std::uint64_t address, std::size_
     return text;
 }
 
-// Reads a machine that must be usable, and tells the user so much.
-Machine Usable(const std::string& choice, const std::string& told = "") {
+// Reads a machine: there is one unless there is an error, and the user is told so much.
+template <typename Reader> Machine Made(const Reader& read, const std::string& failure, const std::string& told) {
     std::string error;
     std::string notice;
-    std::optional<Machine> machine = MachineRead(choice, &error, &notice);
-    EXPECT_TRUE(machine) << error;
-    EXPECT_EQ(error, "");
+    std::optional<Machine> machine = read(&error, &notice);
+    EXPECT_EQ(machine.has_value(), failure.empty());
+    EXPECT_EQ(error, failure);
     EXPECT_EQ(notice, told);
     return machine ? std::move(*machine) : Machine();
+}
+
+Machine Usable(const std::string& choice, const std::string& told = "") {
+    return Made([&](auto... texts) { return MachineRead(choice, texts...); }, "", told);
 }
 
 // Reads a machine that can't be used, and gives why.
@@ -292,13 +296,7 @@ TEST(MachineChoice, FoldersAndThisComputer) {
     // The same files as this computer's.
     const auto computer = [](const std::string& tables, bool orSample, const std::string& failure,
                              const std::string& told) {
-        std::string error;
-        std::string notice;
-        std::optional<Machine> machine = HostMachine(tables, orSample, &error, &notice);
-        EXPECT_EQ(machine.has_value(), failure.empty());
-        EXPECT_EQ(error, failure);
-        EXPECT_EQ(notice, told);
-        return machine ? std::move(*machine) : Machine();
+        return Made([&](auto... texts) { return HostMachine(tables, orSample, texts...); }, failure, told);
     };
     folder.Write("DMI", longer);
     EXPECT_EQ(computer(folder.Path, true, "", "").SmbiosTable, answer);
@@ -326,19 +324,15 @@ TEST(MachineChoice, WhatIsNoMachineIsCalledWhatItIs) {
     const TemporaryFolder folder;
     const std::string path = folder.Path + "/given";
     const Bytes answer = *SampleMachine().SmbiosTable;
+    const std::string header(answer.begin(), answer.begin() + 8);
     const std::string table(answer.begin() + 8, answer.end());
-    Bytes longAnswer = answer;
-    longAnswer.push_back(0); // a byte that the header does not count
-    Bytes shortAnswer = answer;
-    shortAnswer.pop_back(); // fewer than it counts
     const std::string service =
         ", but an answer of the firmware table service, which the line \"firmware-table RSMB = " + path +
         "\" of a machine file reads";
-    const auto text = [](const Bytes& bytes) { return std::string(bytes.begin(), bytes.end()); };
     const std::pair<std::string, std::string> cases[] = {
-        {text(answer), service},
-        {text(longAnswer), service},
-        {text(shortAnswer), ", but binary bytes"},
+        {header + table, service},
+        {header + table + '\0', service}, // a byte that the header does not count
+        {header + table.substr(1), ", but binary bytes"},
         {table, ", but a structure table without its entry point"},
         {table.substr(0, table.size() - 1), ", but binary bytes"},
         {"\x7F" + std::string("ELF\2\1\1\0\0\0", 9), ", but binary bytes"},

@@ -1,4 +1,5 @@
 // The documents: what the README shows, and the fields that the manual page lists, against the program.
+#include "machine/model/EntryPoint.h"
 #include "machine/model/SampleMachine.h"
 #include "tests/Support.h"
 
@@ -99,14 +100,12 @@ TEST(Documents, TheReadmesExamplesGiveWhatTheyShow) {
 TEST(Documents, TheReadmesWaysToBringTablesEndInAListing) {
     const TemporaryFolder folder;
     ASSERT_EQ(std::system(("ln -s '" QUARRINET_PROGRAM "' '" + folder.Path + "/quarrinet'").c_str()), 0);
-    const std::string table("\x11\x15\x04\x00\xFF\xFF\xFE\xFF\x48\x00\x40\x00\x00\x20\x09\x00\x01\x00\x18\x00\x00"
-                            "SLOT 7\0\0",
-                            29);
+    StandIn::SmbiosBuilder builder;
+    builder.Begin(17).Raw(StandIn::Bytes(12)).String("SLOT 7").Raw(StandIn::Bytes(4));
+    const StandIn::Bytes table = builder.Table();
     folder.Write("DMI", table);
-    std::string entry("_SM3_\0\x18\2\7\0\1\0\0\0\0\0\0\0\0\0\0\0\0\0", 24);
-    entry[12] = static_cast<char>(table.size());
-    folder.Write("smbios_entry_point", entry);
-    folder.Write("server-4.bin", std::string("\0\2\7\0\x1D\0\0\0", 8) + table);
+    folder.Write("smbios_entry_point", StandIn::EntryPoint30(2, 7, 0, static_cast<std::uint32_t>(table.size())));
+    folder.Write("server-4.bin", *StandIn::MachineWithTable(builder, 2, 7).SmbiosTable);
     int listings = 0;
     bool inside = false;
     for (std::string command : LinesOf("README.md")) {
@@ -150,8 +149,7 @@ TEST(Documents, TheManualListsTheFieldsOfEveryType) {
             label.erase(label.find_last_not_of(" .") + 1);
             const Viewed viewed = View({"/nologo", "/type", type, "0", std::to_string(last)}, StandIn::SampleMachine());
             EXPECT_EQ(viewed.Error, 0U) << "type " << type << ", field " << last;
-            if (std::isupper(static_cast<unsigned char>(label[0])) !=
-                0) { // others say what they are in their own words
+            if (label[0] >= 'A' && label[0] <= 'Z') { // others say what they are in their own words
                 EXPECT_EQ(viewed.Output.rfind("\n" + label + " :", 0), 0U)
                     << "type " << type << ", field " << last << ": " << viewed.Output;
             }

@@ -23,7 +23,7 @@ namespace {
 constexpr std::uint32_t ExitCodes[] = {0, 105, 152, 153, 171, 255};
 constexpr unsigned RunSeconds = 60;
 
-std::string Running; // the fault whose run goes on
+std::string Running; // the fault whose run goes on; empty: none
 std::map<int, struct sigaction> ActionsBefore;
 
 // Names the fault of a run that crashes or hangs; then the signal does what it did before.
@@ -33,27 +33,20 @@ void SignalTell(int number) {
     raise(number);
 }
 
-// Watches over a run.
-class Watch {
-public:
-    explicit Watch(const std::string& fault) {
-        Running = fault;
-        for (const int number : {SIGALRM, SIGSEGV, SIGABRT}) {
-            struct sigaction action {};
-            action.sa_handler = SignalTell;
+// Watches over the run with a fault, or over none.
+void Watch(const std::string& fault) {
+    for (const int number : {SIGALRM, SIGSEGV, SIGABRT}) {
+        struct sigaction action {};
+        action.sa_handler = SignalTell;
+        if (Running.empty()) {
             sigaction(number, &action, &ActionsBefore[number]);
-        }
-        alarm(RunSeconds);
-    }
-    ~Watch() {
-        alarm(0);
-        for (const auto& [number, action] : ActionsBefore) {
-            sigaction(number, &action, nullptr);
+        } else if (fault.empty()) {
+            sigaction(number, &ActionsBefore[number], nullptr);
         }
     }
-    Watch(const Watch&) = delete;
-    Watch& operator=(const Watch&) = delete;
-};
+    Running = fault;
+    alarm(fault.empty() ? 0 : RunSeconds);
+}
 
 Course WholeRun(const std::vector<std::string>& arguments) {
     Course run;
@@ -99,7 +92,7 @@ void SweepRun(const Sweep& sweep, const Course& undisturbed, const std::vector<S
         const std::string what = sweep.Name + ": " + fault.Call + " number " + std::to_string(fault.Number) +
                                  " fails, in " + std::string(fault.When);
         SCOPED_TRACE(what);
-        const Watch watch(what);
+        Watch(what);
         sweep.Prepare();
         sweep.Fail(&fault);
         const Course run = WholeRun(sweep.Arguments);
@@ -116,9 +109,10 @@ void SweepRun(const Sweep& sweep, const Course& undisturbed, const std::vector<S
         sweep.Check(fault, run, next ? &*next : nullptr);
         if (testing::Test::HasFailure()) {
             ADD_FAILURE() << "the run printed:\n" << run.Output;
-            return;
+            break;
         }
     }
+    Watch("");
 }
 
 Lines LinesOf(const std::string& text) {
