@@ -1,7 +1,7 @@
 // The built-in sample machine: a made-up server with at least one structure of every known type.
 #include "machine/model/SampleMachine.h"
 
-#include "machine/model/SmbiosBuilder.h"
+#include "machine/model/SampleParts.h"
 
 namespace StandIn {
 
@@ -12,23 +12,6 @@ constexpr std::uint16_t NoErrorHandle = 0xFFFE; // no error information structur
 constexpr std::uint16_t UnknownValue = 0x8000;  // of probes and power supplies
 constexpr std::uint32_t UnknownAddress = 0x80000000;
 constexpr std::uint64_t UnknownLongAddress = 0x8000000000000000;
-
-// What structures of one group tell those of later groups to refer to.
-struct Handles {
-    std::uint16_t Processor = 0;
-    std::uint16_t Board = 0;
-    std::uint16_t Chassis = 0;
-    std::uint16_t ModuleSlots[3] = {};
-    std::uint16_t Caches[3] = {};
-    std::uint16_t SystemArray = 0;
-    std::uint16_t FlashArray = 0;
-    std::uint16_t Devices[4] = {};
-    std::uint16_t ArrayRange = 0;
-    std::uint16_t VoltageProbe = 0;
-    std::uint16_t TemperatureProbe = 0;
-    std::uint16_t CurrentProbe = 0;
-    std::uint16_t Fan = 0;
-};
 
 void FirmwareAndSystem(SmbiosBuilder& table) {
     table.Begin(0).String("Example Firmware Works").String("EFW 2.14").Word(0xE800).String("03/27/2015");
@@ -42,7 +25,7 @@ void FirmwareAndSystem(SmbiosBuilder& table) {
     table.Byte(6).String("SKU-200-C").String(""); // woken by the power switch
 }
 
-void BoardAndChassis(SmbiosBuilder& table, Handles& handles) {
+void BoardAndChassis(SmbiosBuilder& table, SampleHandles& handles) {
     table.Begin(3).String("Example Enclosures").Byte(0x97); // rack mount, with a lock
     table.String("1.1").String("CHS-5550100").String("Asset-0816").Byte(3).Byte(4).Byte(3).Byte(4).Dword(0xC0FFEE01);
     table.Byte(2).Byte(2);
@@ -65,7 +48,7 @@ void BoardAndChassis(SmbiosBuilder& table, Handles& handles) {
     table.String("").Byte(0x1E).String("Slot 3").Word(handles.Chassis).Byte(9).Byte(1).Word(handles.Caches[2]);
 }
 
-void Caches(SmbiosBuilder& table, Handles& handles) {
+void Caches(SmbiosBuilder& table, SampleHandles& handles) {
     // Configuration: level, socketed, location, enabled, mode. Sizes with the top bit set are in units of 64 KB.
     table.Begin(7).String("L1 Cache").Word(0x0180).Word(0x0100).Word(0x0100).Word(0x0038).Word(0x0020);
     table.Byte(1).Byte(4).Byte(4).Byte(7);
@@ -78,7 +61,7 @@ void Caches(SmbiosBuilder& table, Handles& handles) {
     handles.Caches[2] = table.Handle();
 }
 
-void Processors(SmbiosBuilder& table, Handles& handles) {
+void Processors(SmbiosBuilder& table, SampleHandles& handles) {
     table.Begin(4).String("Socket 1").Byte(3).Byte(0xFE).String("Example Silicon").Qword(0x0F1E2D3C4B5A6978);
     table.String("Sample Processor 8-core").Byte(0x8C); // 1.2 V
     table.Word(200).Word(3400).Word(2600).Byte(0x41).Byte(4);
@@ -92,7 +75,7 @@ void Processors(SmbiosBuilder& table, Handles& handles) {
     table.String("").String("").String("").Byte(0).Byte(0).Byte(0).Word(0x0002).Word(0x0002);
 }
 
-void MemoryModules(SmbiosBuilder& table, Handles& handles) {
+void MemoryModules(SmbiosBuilder& table, SampleHandles& handles) {
     table.Begin(6).String("BANK 0").Byte(0x01).Byte(60).Word(0x0580).Byte(0x87).Byte(0x87).Byte(0x00);
     handles.ModuleSlots[0] = table.Handle();
     table.Begin(6).String("BANK 1").Byte(0x09).Byte(70).Word(0x0148).Byte(0x06).Byte(0x7E).Byte(0x05);
@@ -143,7 +126,7 @@ void StringsAndLanguages(SmbiosBuilder& table) {
     table.Begin(13).Byte(2).Byte(0x01).Raw(reserved).Byte(1).SetString("enUS").SetString("ja");
 }
 
-void Groups(SmbiosBuilder& table, const Handles& handles) {
+void Groups(SmbiosBuilder& table, const SampleHandles& handles) {
     table.Begin(14).String("Processor module").Byte(7).Word(handles.Caches[0]).Byte(7).Word(handles.Caches[1]);
     table.Begin(14).String("").Byte(2).Word(handles.Board);
 }
@@ -166,7 +149,7 @@ void MemoryErrors(SmbiosBuilder& table) {
     table.Dword(UnknownAddress);
 }
 
-void MemoryArrays(SmbiosBuilder& table, Handles& handles) {
+void MemoryArrays(SmbiosBuilder& table, SampleHandles& handles) {
     table.Begin(16).Byte(3).Byte(3).Byte(6).Dword(0x04000000).Word(NoErrorHandle).Word(3); // up to 64 GB
     table.Qword(0);
     handles.SystemArray = table.Handle();
@@ -207,7 +190,7 @@ constexpr MemoryDevice MemoryDevices[] = {
     {8, 8, 0x8200, 5, 0, "Flash", "", Flash, 0x1100, 33, "", "EM-FL", 1, 0, 33, {3000, 3600, 3300}},
 };
 
-void MemoryDevicesAdd(SmbiosBuilder& table, Handles& handles) {
+void MemoryDevicesAdd(SmbiosBuilder& table, SampleHandles& handles) {
     std::size_t place = 0;
     for (const MemoryDevice& device : MemoryDevices) {
         table.Begin(17).Word(device.Type == Flash ? handles.FlashArray : handles.SystemArray);
@@ -226,7 +209,7 @@ void MemoryDevicesAdd(SmbiosBuilder& table, Handles& handles) {
     }
 }
 
-void MappedAddresses(SmbiosBuilder& table, Handles& handles) {
+void MappedAddresses(SmbiosBuilder& table, SampleHandles& handles) {
     // Addresses in KB; FFFFFFFFh sends the reader to the extended ones, which are in bytes.
     table.Begin(19).Dword(0).Dword(0x007FFFFF).Word(handles.SystemArray).Byte(1).Qword(0).Qword(0);
     handles.ArrayRange = table.Handle();
@@ -268,7 +251,7 @@ std::uint16_t Probe(SmbiosBuilder& table, std::uint8_t type, const char* descrip
     return table.Handle();
 }
 
-void ProbesAndFans(SmbiosBuilder& table, Handles& handles) {
+void ProbesAndFans(SmbiosBuilder& table, SampleHandles& handles) {
     handles.VoltageProbe = Probe(table, 26, "12 V rail", 0x67, {13200, 10800, 100, 60, 150}, 0x00000001, 12000);
     Probe(table, 26, "", 0x8A, {UnknownValue, UnknownValue, UnknownValue, UnknownValue, UnknownValue}, 0, UnknownValue);
     handles.TemperatureProbe = Probe(table, 28, "Processor diode", 0x63, {1050, 0xFF9C, 1, 20, 100}, 0xDEC0DE00, 420);
@@ -291,7 +274,7 @@ void RemoteAndBoot(SmbiosBuilder& table) {
     table.Raw({0x00, 0x04, 0x85, 0xC1}); // none, found by the system, and codes of the maker and the product
 }
 
-void ManagementDevices(SmbiosBuilder& table, const Handles& handles) {
+void ManagementDevices(SmbiosBuilder& table, const SampleHandles& handles) {
     table.Begin(34).String("Sensor hub").Byte(4).Dword(0x00000295).Byte(3);
     const std::uint16_t hub = table.Handle();
     table.Begin(34).String("").Byte(13).Dword(0x0000002D).Byte(5);
@@ -304,7 +287,7 @@ void ManagementDevices(SmbiosBuilder& table, const Handles& handles) {
     table.Begin(35).String("").Word(monitor).Word(handles.TemperatureProbe).Word(heatLimits);
 }
 
-void ChannelsAndManagement(SmbiosBuilder& table, const Handles& handles) {
+void ChannelsAndManagement(SmbiosBuilder& table, const SampleHandles& handles) {
     table.Begin(37).Byte(3).Byte(8).Byte(3).Byte(4).Word(handles.Devices[0]);
     table.Byte(3).Word(handles.Devices[1]).Byte(1).Word(handles.Devices[2]);
     table.Begin(37).Byte(4).Byte(2).Byte(1).Byte(2).Word(handles.Devices[3]);
@@ -312,7 +295,7 @@ void ChannelsAndManagement(SmbiosBuilder& table, const Handles& handles) {
     table.Begin(38).Byte(1).Byte(0x20).Byte(0x20).Byte(0xFF).Qword(0x0000000000000CA3).Byte(0x5A).Byte(0x0B);
 }
 
-void PowerSupplies(SmbiosBuilder& table, const Handles& handles) {
+void PowerSupplies(SmbiosBuilder& table, const SampleHandles& handles) {
     table.Begin(39).Byte(1).String("Bay 1").String("Sample Supply").String("Example Power").String("PSU-0001");
     table.String("Asset-0901").String("EP-750").String("R2").Word(750);
     table.Word(0x11A3); // switching, OK, auto-switch, present, replaceable while running
@@ -321,7 +304,7 @@ void PowerSupplies(SmbiosBuilder& table, const Handles& handles) {
     table.String("").Word(UnknownValue).Word(0x1A94).Word(NoHandle).Word(NoHandle).Word(NoHandle); // a UPS, unplugged
 }
 
-void AdditionalInformation(SmbiosBuilder& table, const Handles& handles) {
+void AdditionalInformation(SmbiosBuilder& table, const SampleHandles& handles) {
     // Entries: length, referenced handle and offset, string number, value of one or more bytes.
     table.Begin(40).Byte(2);
     table.Byte(6).Word(handles.Board).Byte(0x0D).String("A board type to come").Byte(0x0E);
@@ -336,9 +319,27 @@ void HostInterfaces(SmbiosBuilder& table) {
 
 } // namespace
 
+void SamplePartsAdd(SmbiosBuilder& table, SampleHandles& handles) {
+    MemoryModules(table, handles);
+    Ports(table);
+    OnboardDevices(table);
+    StringsAndLanguages(table);
+    Groups(table, handles);
+    EventLogs(table);
+    MemoryErrors(table);
+    PointersAndBatteries(table);
+    ResetAndSecurity(table);
+    ProbesAndFans(table, handles);
+    RemoteAndBoot(table);
+    ManagementDevices(table, handles);
+    ChannelsAndManagement(table, handles);
+    PowerSupplies(table, handles);
+    AdditionalInformation(table, handles);
+}
+
 Machine SampleMachine() {
     SmbiosBuilder table;
-    Handles handles;
+    SampleHandles handles;
     FirmwareAndSystem(table);
     Caches(table, handles);
     Processors(table, handles);

@@ -14,7 +14,9 @@ namespace StandIn {
 // length follows by itself; strings are numbered as they are added.
 class SmbiosBuilder {
 public:
-    // Begins a structure with a handle; without one, the next free handle from 0 on.
+    explicit SmbiosBuilder(std::uint16_t firstHandle = 0) : NextHandle(firstHandle) {}
+
+    // Begins a structure with a handle; without one, the next free one from the first handle on.
     SmbiosBuilder& Begin(std::uint8_t type);
     SmbiosBuilder& Begin(std::uint8_t type, std::uint16_t handle);
 
@@ -53,7 +55,7 @@ private:
     };
     Bytes Encode(const Structure& structure) const;
     std::vector<Structure> Structures;
-    std::uint16_t NextHandle = 0;
+    std::uint16_t NextHandle;
 };
 
 // A 31-byte "_SM_" entry point with correct checksums.

@@ -20,6 +20,9 @@ std::optional<Machine> MachineChoose(const std::string& choice, std::string* err
     if (choice == "sample") {
         return SampleMachine();
     }
+    if (choice == "sample-server") {
+        return SampleServer();
+    }
     if (choice.empty() || choice == "host") {
         return HostMachine(HostFolder, choice.empty(), error, notice);
     }
