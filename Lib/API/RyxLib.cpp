@@ -43,7 +43,9 @@ RyxStatus PlatformPrepare() {
     }
     if (DriverRequest(DriverLoad) != RyxOk) {
         RyxPrintf("\nFlash tool load driver failed!\n\n");
-        std::fprintf(stderr, "quarrinet: %s\n", DriverErrorLine(DriverLoadError()).c_str());
+        if (!RyxInterrupted()) {
+            std::fprintf(stderr, "quarrinet: %s\n", DriverErrorLine(DriverLoadError()).c_str());
+        }
         return RyxErrorDriverLoad;
     }
     return RyxOk;
