@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -132,6 +133,15 @@ TEST(Program, StartUpFailuresHaveTheirLines) {
     }
 }
 
+TEST(Program, WaitsForNoResponseFileThatIsNone) {
+    const TemporaryFolder folder;
+    const Ran plain = RunProgram({"/type", "1"});
+    const Ran missing = RunProgram({"@missing.rsp"}, "sample", folder.Path);
+    ASSERT_EQ(mkfifo((folder.Path + "/default.rsp").c_str(), 0600), 0);
+    EXPECT_EQ(RunProgram({"/type", "1"}, "sample", folder.Path).Output, plain.Output);
+    EXPECT_EQ(RunProgram({"@default.rsp"}, "sample", folder.Path).Output, missing.Output);
+}
+
 TEST(Program, UnusableMachinesEndItBeforeItStarts) {
     const TemporaryFolder folder;
     StandIn::Bytes dump = StandIn::EntryPoint21(2, 8, 0x1000, 64, 1, 64);
@@ -145,6 +155,8 @@ TEST(Program, UnusableMachinesEndItBeforeItStarts) {
         EXPECT_EQ(ran.Errors.rfind("quarrinet: ", 0), 0U) << ran.Errors;
         EXPECT_NE(ran.Errors.find(machine), std::string::npos) << ran.Errors;
     }
+    EXPECT_EQ(RunProgram({}, "no\nsuch\x1B[31m\xC2\x9B").Errors,
+              "quarrinet: no\\x0Asuch\\x1B[31m\\xC2\\x9B: No such file or directory\n");
     EXPECT_NE(RunProgram({}, folder.Path + "/key").Errors.find('2'), std::string::npos) << "the line's number";
 }
 
