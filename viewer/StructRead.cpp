@@ -4,6 +4,7 @@
 #include "Lib/API/RyxPrint.h"
 #include "Lib/API/RyxSmbios.h"
 #include "Lib/LittleEndian.h"
+#include "Lib/Utf8.h"
 #include "viewer/ViewerState.h"
 
 #include <algorithm>
@@ -14,14 +15,38 @@ namespace {
 constexpr std::uint8_t ControlEnd = 0x20; // what is below controls terminals
 constexpr std::uint8_t ControlDelete = 0x7F;
 
-// Keeps a text of the machine from driving the terminal that shows it. The text is at the start of the latest value.
-void ControlsHide(std::size_t length) {
+// Whether a text begins with a control character. Consoles of Windows know none beyond ASCII.
+bool BeginsControl(std::string_view text) {
+    const auto first = static_cast<std::uint8_t>(text[0]);
+#ifdef _WIN32
+    const bool wide = false;
+#else
+    const bool wide = Utf8BeginsControl(text);
+#endif
+    return first < ControlEnd || first == ControlDelete || wide;
+}
+
+// Keeps a text of the machine from driving the terminal that shows it: each control character becomes a dot. The text
+// is at the start of the latest value, and is shorter afterwards where a character was of several bytes.
+void ControlsHide(std::string_view* text) {
     std::uint8_t* data = nullptr;
     std::uint64_t size = 0;
-    if (ViewerToConsole() && RyxBinInfoGet(ViewerFieldBin, &data, &size) == RyxOk) {
-        std::replace_if(
-            data, data + length, [](std::uint8_t byte) { return byte < ControlEnd || byte == ControlDelete; }, '.');
+    if (!ViewerToConsole() || RyxBinInfoGet(ViewerFieldBin, &data, &size) != RyxOk) {
+        return;
     }
+    std::size_t kept = 0;
+    for (std::string_view rest = *text; !rest.empty();) {
+        const std::size_t length = std::max<std::size_t>(Utf8Length(rest), 1);
+        if (BeginsControl(rest)) {
+            data[kept++] = '.';
+        } else {
+            std::copy_n(rest.data(), length, data + kept);
+            kept += length;
+        }
+        rest.remove_prefix(length);
+    }
+    std::fill(data + kept, data + text->size(), std::uint8_t{0});
+    *text = text->substr(0, kept);
 }
 
 // Keeps the value that the library gave, if any, and takes its bytes.
@@ -71,7 +96,7 @@ RyxStatus StructStringRead(std::uint32_t field, std::uint32_t instance, std::str
     }
     *text = std::string_view(reinterpret_cast<const char*>(value.Bytes.data()), value.Bytes.size());
     *text = text->substr(0, text->find('\0'));
-    ControlsHide(text->size());
+    ControlsHide(text);
     if (text->empty()) {
         *text = "NULL";
     }
