@@ -4,6 +4,7 @@
 #include "Lib/API/RyxPrint.h"
 #include "Lib/API/RyxSmbios.h"
 #include "Lib/LittleEndian.h"
+#include "Lib/Utf8.h"
 #include "viewer/ViewerState.h"
 
 #include <algorithm>
@@ -14,16 +15,41 @@ namespace {
 constexpr std::uint8_t ControlEnd = 0x20; // what is below controls terminals
 constexpr std::uint8_t ControlDelete = 0x7F;
 
-// Keeps a text of the machine from driving the terminal that shows it. The text is in the latest value.
-void ControlsHide(std::string_view text) {
+// Whether a text begins with a control character. Consoles of Windows know none beyond ASCII.
+bool BeginsControl(std::string_view text) {
+    const auto first = static_cast<std::uint8_t>(text[0]);
+#ifdef _WIN32
+    const bool wide = false;
+#else
+    const bool wide = Utf8BeginsControl(text);
+#endif
+    return first < ControlEnd || first == ControlDelete || wide;
+}
+
+// Keeps a text of the machine, in the latest value, from driving the terminal that shows it: the result has a dot for
+// each control character. Where one was of several bytes, the result begins later, so that it ends where the text did,
+// and other strings of the value are found as before.
+std::string_view ControlsHide(std::string_view text) {
     std::uint8_t* data = nullptr;
     std::uint64_t size = 0;
-    if (ViewerToConsole() && RyxBinInfoGet(ViewerFieldBin, &data, &size) == RyxOk) {
-        data += text.data() - reinterpret_cast<const char*>(data);
-        std::replace_if(
-            data, data + text.size(), [](std::uint8_t byte) { return byte < ControlEnd || byte == ControlDelete; },
-            '.');
+    if (!ViewerToConsole() || RyxBinInfoGet(ViewerFieldBin, &data, &size) != RyxOk) {
+        return text;
     }
+    char* const begin = reinterpret_cast<char*>(data) + (text.data() - reinterpret_cast<const char*>(data));
+    char* end = begin;
+    for (std::string_view rest = text; !rest.empty();) {
+        const std::size_t length = std::max<std::size_t>(Utf8Length(rest), 1);
+        if (BeginsControl(rest)) {
+            *end++ = '.';
+        } else {
+            end = std::copy_n(rest.data(), length, end);
+        }
+        rest.remove_prefix(length);
+    }
+    const std::size_t saved = text.size() - static_cast<std::size_t>(end - begin);
+    std::move_backward(begin, end, begin + text.size());
+    std::fill_n(begin, saved, '.');
+    return text.substr(saved);
 }
 
 // Keeps the value that the library gave, if any, and takes its bytes.
@@ -88,8 +114,7 @@ std::string_view TextOf(std::span<const std::uint8_t> bytes) {
     if (text.empty()) {
         return "NULL";
     }
-    ControlsHide(text);
-    return text;
+    return ControlsHide(text);
 }
 
 std::string_view StringOf(const FieldValue& strings, std::uint32_t number) {
