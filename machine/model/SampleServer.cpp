@@ -8,7 +8,7 @@ namespace StandIn {
 
 namespace {
 
-constexpr std::uint16_t FirstHandle = 0x0040; // so that some handles lie below 0100h and most above
+constexpr std::uint16_t FirstHandle = 0x00A0; // so that some handles lie below 0100h and some above
 constexpr std::uint16_t NoHandle = 0xFFFF;
 constexpr std::uint16_t NoErrorHandle = 0xFFFE;
 constexpr std::uint16_t SeeOtherWord = 0xFFFF; // the value is in a wider field
@@ -151,7 +151,8 @@ struct ServerDevice {
 constexpr std::uint32_t ModuleMegabytes = 65536;
 constexpr std::uint64_t ModuleBytes = 64 * Gigabyte;
 
-void MemoryDeviceAdd(SmbiosBuilder& table, std::uint16_t array, const ServerDevice& device, const std::string& locator) {
+void MemoryDeviceAdd(SmbiosBuilder& table, std::uint16_t array, const ServerDevice& device,
+                     const std::string& locator) {
     const bool there = device.Size != 0;
     table.Begin(17).Word(array).Word(there ? NoErrorHandle : NoHandle);
     table.Word(device.Width == 64 ? 80 : device.Width).Word(device.Width).Word(device.Size).Byte(device.FormFactor);
@@ -178,8 +179,8 @@ void Memory(SmbiosBuilder& table, SampleHandles& handles) {
     table.Begin(16).Byte(3).Byte(5).Byte(3).Dword(0x00010000).Word(NoErrorHandle).Word(1).Qword(0); // 64 MB
     const std::uint16_t firmwareArray = table.Handle();
 
-    constexpr ServerDevice module = {
-        "", 64, SeeExtendedSize, ModuleMegabytes, 9, 0x22, 0x2080, 6400, 0, 3, 0x0008, {0, ModuleBytes, 0, 0}, true};
+    constexpr ServerDevice module = {"", 64, SeeExtendedSize, ModuleMegabytes,        9,   0x22, 0x2080, 6400,
+                                     0,  3,  0x0008,          {0, ModuleBytes, 0, 0}, true};
     constexpr ServerDevice empty = {"", 0xFFFF, 0, 0, 9, 0x22, 0x0004, 0, 0, 2, 0x0004, {0, 0, 0, 0}, false};
     int place = 0;
     for (int socket = 0; socket < SocketCount; ++socket) {
@@ -192,17 +193,51 @@ void Memory(SmbiosBuilder& table, SampleHandles& handles) {
     constexpr ServerDevice others[] = {
         // Load-reduced, of a size that the word holds; one that nobody can size; and 32 MB of flash memory, in KB.
         {"P0 DIMM M", 64, 16384, 0, 9, 0x1A, 0x8080, 3200, 0, 3, 0x0008, {0, 16 * Gigabyte, 0, 0}, false},
-        {"P1 DIMM M", 64, 0xFFFF, 0, 9, 0x02, 0x0004, 0, 0, 2, 0x0004, {UnknownSize, UnknownSize, UnknownSize, 0}, false},
+        {"P1 DIMM M",
+         64,
+         0xFFFF,
+         0,
+         9,
+         0x02,
+         0x0004,
+         0,
+         0,
+         2,
+         0x0004,
+         {UnknownSize, UnknownSize, UnknownSize, 0},
+         false},
         {"Flash", 8, 0xFC00, 0, 5, 9, 0x1100, 66, 0, 1, 0x0002, {0, 0, 0, 0}, false},
         // Persistent memory, half of it behind a cache; and memory that is faster than a word can say.
-        {"CXL 1", 64, SeeExtendedSize, 262144, 1, 0x1F, 0x1000, 5600, 0, 7, 0x0010,
-         {128 * Gigabyte, 128 * Gigabyte, 2 * Gigabyte, 256 * Gigabyte}, false},
-        {"P0 HBM", 1024, SeeExtendedSize, ModuleMegabytes, 0x10, 0x24, 0x0080, SeeOtherWord, 70400, 3, 0x0008,
-         {0, ModuleBytes, 0, 0}, false},
+        {"CXL 1",
+         64,
+         SeeExtendedSize,
+         262144,
+         1,
+         0x1F,
+         0x1000,
+         5600,
+         0,
+         7,
+         0x0010,
+         {128 * Gigabyte, 128 * Gigabyte, 2 * Gigabyte, 256 * Gigabyte},
+         false},
+        {"P0 HBM",
+         1024,
+         SeeExtendedSize,
+         ModuleMegabytes,
+         0x10,
+         0x24,
+         0x0080,
+         SeeOtherWord,
+         70400,
+         3,
+         0x0008,
+         {0, ModuleBytes, 0, 0},
+         false},
     };
     for (const ServerDevice& device : others) {
         const std::string locator = device.Locator;
-        const std::uint16_t array = locator == "Flash" ? firmwareArray
+        const std::uint16_t array = locator == "Flash"   ? firmwareArray
                                     : locator == "CXL 1" ? handles.FlashArray
                                                          : handles.SystemArray;
         MemoryDeviceAdd(table, array, device, locator);
@@ -214,15 +249,19 @@ void Memory(SmbiosBuilder& table, SampleHandles& handles) {
     table.Qword(0x0000040000000000).Qword(0x0000055FFFFFFFFF);
     table.Begin(20).Dword(0).Dword(0x007FFFFF).Word(handles.Devices[0]).Word(handles.ArrayRange);
     table.Byte(0xFF).Byte(1).Byte(1).Qword(0).Qword(0);
-    table.Begin(20).Dword(SeeExtendedAddress).Dword(SeeExtendedAddress).Word(handles.Devices[1]).Word(handles.ArrayRange);
+    table.Begin(20)
+        .Dword(SeeExtendedAddress)
+        .Dword(SeeExtendedAddress)
+        .Word(handles.Devices[1])
+        .Word(handles.ArrayRange);
     table.Byte(0xFF).Byte(2).Byte(1).Qword(0x0000040000000000).Qword(0x0000040FFFFFFFFF);
 }
 
 // A record of the Redfish protocol for addresses of IPv4 or IPv6, whose last bytes tell the host from the service.
 void RedfishRecord(SmbiosBuilder& table, bool version6, const std::string& hostName) {
     const auto address = [&](std::uint8_t last) {
-        Bytes bytes = version6 ? Bytes{0xFE, 0x80, 0, 0, 0, 0, 0, 0, 2, 0, 0, 0xFF, 0xFE, 0, 0, last}
-                               : Bytes{169, 254, 0, last};
+        Bytes bytes =
+            version6 ? Bytes{0xFE, 0x80, 0, 0, 0, 0, 0, 0, 2, 0, 0, 0xFF, 0xFE, 0, 0, last} : Bytes{169, 254, 0, last};
         bytes.resize(16);
         Bytes mask = version6 ? Bytes(8, 0xFF) : Bytes{255, 255, 0, 0};
         mask.resize(16);
