@@ -55,10 +55,11 @@ std::string Decoded(std::uint8_t type, const StandIn::SmbiosBuilder& table, std:
     for (const bool legacy : {false, true}) {
         StartOver(StandIn::MachineWithTable(table, version / 10, version % 10, legacy));
         EXPECT_EQ(DriverRequest(DriverLoad), RyxOk);
+        LibraryContextGet().WholeTable = selection.Whole;
         ViewerFieldSelected = selection.Field;
         ViewerInstanceFirst = selection.InstanceFirst;
         ViewerInstanceEnd = selection.InstanceEnd;
-        shown[legacy ? 1 : 0] = Captured([type] { EXPECT_EQ((*StructDecoderTable[type])(), RyxOk); });
+        shown[legacy ? 1 : 0] = Captured([type] { EXPECT_EQ((*StructDecoderTable[type])(type), RyxOk); });
         ViewerBinsRelease();
         DriverRequest(DriverUnload);
     }

@@ -17,6 +17,7 @@ struct Selection {
     std::int64_t Field = 0;
     std::uint8_t InstanceFirst = 1;
     std::uint8_t InstanceEnd = 128;
+    bool Whole = false; // the whole table is wanted
 };
 
 // Runs the decoder of a type on a table of an SMBIOS version (major x 10 + minor) and gives what it printed, the same

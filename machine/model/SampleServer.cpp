@@ -8,7 +8,7 @@ namespace StandIn {
 
 namespace {
 
-constexpr std::uint16_t FirstHandle = 0x0040; // so that some handles lie below 0100h and most above
+constexpr std::uint16_t FirstHandle = 0x00A0; // so that some handles lie below 0100h and some above
 constexpr std::uint16_t NoHandle = 0xFFFF;
 constexpr std::uint16_t NoErrorHandle = 0xFFFE;
 constexpr std::uint16_t SeeOtherWord = 0xFFFF; // the value is in a wider field
