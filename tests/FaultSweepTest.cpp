@@ -130,16 +130,6 @@ Effect EffectSeen(const Course& run, const Course& undisturbed, Phase phase) {
     return NoImage;
 }
 
-// The effects of a call in a phase, as they are listed.
-std::vector<Effect> EffectsOf(std::string_view call, Phase phase) {
-    for (const CallEffects& one : Effects) {
-        if (one.Call == call && one.When == phase) {
-            return one.Possible;
-        }
-    }
-    return {NoEffect};
-}
-
 using EffectsSeen = std::set<std::tuple<std::string, Phase, Effect>>;
 
 // What a run may leave behind, beside the key, when a call fails in its stop, or for good. It all serves or is cleaned
@@ -285,7 +275,9 @@ void CallsSweep(const SweepCase& swept, bool stays, std::uint64_t edge, std::uin
         if (!stays) {
             EXPECT_GE(run.End[static_cast<std::size_t>(*StandIn::OperationFind(fault.Call))], fault.Number);
             const Effect effect = EffectSeen(run, undisturbed, fault.When);
-            const std::vector<Effect> possible = EffectsOf(fault.Call, fault.When);
+            const auto listed = std::ranges::find_if(
+                Effects, [&fault](const CallEffects& one) { return one.Call == fault.Call && one.When == fault.When; });
+            const auto possible = listed != std::end(Effects) ? listed->Possible : std::vector{NoEffect};
             EXPECT_TRUE(std::ranges::find(possible, effect) != possible.end()) << "made of the run: " << effect;
             seen->emplace(fault.Call, fault.When, effect);
         }

@@ -23,23 +23,14 @@ bool IsNumber(const char* text, int base) {
 // Checks a parameter against a conversion letter. RyxErrorParameter: it does not fit; RyxErrorUnsupported: no such
 // letter.
 RyxStatus ParameterCheck(char letter, const char* text) {
-    switch (letter) {
-    case 'd':
-    case 'D':
-        return IsNumber(text, 10) ? RyxOk : RyxErrorParameter;
-    case 'x':
-    case 'X':
-        return IsNumber(text, 16) ? RyxOk : RyxErrorParameter;
-    case 's':
-    case 'S':
-    case 'f':
-    case 'F':
-    case 'g':
-    case 'G':
+    const auto among = [letter](std::string_view letters) { return letters.find(letter) != std::string_view::npos; };
+    if (among("sSfFgG")) {
         return RyxOk;
-    default:
+    }
+    if (!among("dDxX")) {
         return RyxErrorUnsupported;
     }
+    return IsNumber(text, among("dD") ? 10 : 16) ? RyxOk : RyxErrorParameter;
 }
 
 // The default that a token gives, empty for none.
