@@ -114,9 +114,7 @@ NTSTATUS NTAPI OnControl(DEVICE_OBJECT*, IRP* irp) {
 void NTAPI OnUnload(DRIVER_OBJECT* driver) {
     IoDeleteSymbolicLink(&LinkName);
     ControlEnd();
-    if (driver->DeviceObject != nullptr) {
-        IoDeleteDevice(driver->DeviceObject);
-    }
+    IoDeleteDevice(driver->DeviceObject);
 }
 
 } // namespace

@@ -35,7 +35,8 @@ bool TableReadByRoot(ULONG root, ULONG signature, ULONG* length, bool* unfit) {
             continue;
         }
         *length = Number(head + LengthOffset);
-        *unfit = *length > LargestFirmwareTable || !Read(managed, Number(entry), *length, Table);
+        *unfit =
+            *length < HeaderSize || *length > LargestFirmwareTable || !Read(managed, Number(entry), *length, Table);
         return !*unfit;
     }
     return false;

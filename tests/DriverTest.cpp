@@ -262,7 +262,8 @@ TEST(Driver, MissingBuffersAreAStatus) {
 }
 
 TEST(Driver, LeavesTheMemoryThatWindowsManagesAlone) {
-    Machine machine = Managed(Ranges{{0x200000, 0x1000}, {0x1000, 0x9E000}, {0x201000, 0x3000}, {0xFFFFF000, 0x9000}});
+    Machine machine =
+        Managed(Ranges{{0x200000, 0x1000}, {0x1000, 0x9E000}, {0x201000, 0x3000}, {0x300000, 0}, {0xFFFFF000, 0x9000}});
     machine.Memory = {{0, Bytes(0x300000, 7)}};
     Loaded driver(machine);
     FILE_OBJECT* const file = driver.Open();
@@ -395,6 +396,7 @@ TEST(Driver, TablesAreFoundByTheRootTable) {
     constexpr std::uint32_t fixed = 0x2100000;
     constexpr std::uint32_t windows = 0x2200000;
     constexpr std::uint32_t hidden = 0x2300000;
+    constexpr std::uint32_t empty = 0x2400000;
     struct Case {
         const char* What;
         std::vector<std::uint32_t> Entries;
@@ -409,6 +411,8 @@ TEST(Driver, TablesAreFoundByTheRootTable) {
         {"an old system", {windows, fixed}, 0, 5, {}, true, true},
         {"a root table that is longer than itself", {fixed, windows}, 0x80000000, 10, {}, true, true},
         {"none of them", {hidden}, 0, 10, {}, false, false},
+        {"none of them in a root table without an end", {hidden}, 0x80000000, 10, {}, false, false},
+        {"a table without a length", {empty, windows}, 0, 10, {}, false, true},
         {"a port in managed memory", {fixed, windows}, 0, 10, {{fixed + 8, 8}}, false, true},
         {"a root table in managed memory", {fixed, windows}, 0, 10, {{root + 36, 0x100}}, false, false},
     };
@@ -421,6 +425,7 @@ TEST(Driver, TablesAreFoundByTheRootTable) {
         StandIn::BytesPut(table, 4, static_cast<std::uint32_t>(table.size()) + one.More);
         machine.Memory.push_back({root, table});
         machine.Memory.push_back({fixed, FixedTable(0xB2)});
+        machine.Memory.push_back({empty, {'F', 'A', 'C', 'P', 0, 0, 0, 0}});
         machine.Memory.push_back({windows, Windows({{0x3000000, 0, 0}})});
         if (one.System < 6) { // it can't be asked
             machine.AcpiTables["FACP"] = FixedTable(0xB3);
@@ -431,8 +436,12 @@ TEST(Driver, TablesAreFoundByTheRootTable) {
         }
         FILE_OBJECT* const file = driver.Open();
         Bytes none;
-        EXPECT_EQ(driver.Control(file, WritePort, {0xB2, 0, 1, 0, 0, 0}, &none),
-                  one.Port ? STATUS_SUCCESS : STATUS_ACCESS_DENIED);
+        const auto port = [&] {
+            EXPECT_EQ(driver.Control(file, WritePort, {0xB2, 0, 1, 0, 0, 0}, &none),
+                      one.Port ? STATUS_SUCCESS : STATUS_ACCESS_DENIED);
+        };
+        StandIn::KernelHere().OnMutexFree = port; // two who look for the tables at once find the same
+        port();
         EXPECT_EQ(driver.Write(file, 0x3000000, {1}), one.Window ? STATUS_ACCESS_DENIED : STATUS_SUCCESS);
     }
 }
@@ -580,12 +589,14 @@ TEST(Driver, RootTableSearchLooksOnlyWhereItMay) {
          {{start + 0x3000, 0x2000000}, {start, 0x1000}, {start + 0x1000, 0x800}},
          {start + 0x17F0, start + 0x1800, start + 0x3000},
          start + 0x1800},
+        {"in less room than a header takes", {{start + 35, 0x2000000}}, {start}, 0},
         {"none but managed memory", {{start, 0x2000000}}, {start, start + 0x1000}, 0},
     };
     for (const Case& one : cases) {
         SCOPED_TRACE(one.What);
         Machine machine = Managed(one.Managed);
         Put(&machine, 0xE0010, record);
+        Put(&machine, start + 0x3800, "RSDX"); // none
         for (const std::uint32_t place : one.Tables) {
             Put(&machine, place, table);
         }
@@ -603,7 +614,6 @@ TEST(Driver, RootTableSearchLooksOnlyWhereItMay) {
 }
 
 TEST(Driver, RootTableSearchNearAnAddress) {
-    const std::string table("RSDT\xFF\xFF\xFF\xFF", 8); // a length that leads out of the address space
     const std::array<std::uint64_t, 3> cases[] = {
         // where it asks, where a table is, what is found (0: nothing)
         {0x1000000, 0x1000000, 0x1000000},
@@ -615,17 +625,27 @@ TEST(Driver, RootTableSearchNearAnAddress) {
         {0, 0x1000000, 0},
         {0xFFFFFFFF, 0x1000000, 0},
         {0xFFFFFFFF, FourGiB + 0x1000, 0},
+        {0xFFFFE000, 0xFFFFE000, 0xFFFFE000},
+        {0xFFFFE000, 0xFFFFF000, 0},
     };
     for (const auto& [asked, place, expected] : cases) {
-        Machine machine = Managed(Ranges());
-        Put(&machine, place, table);
-        Loaded driver(machine);
-        Bytes found(4);
-        EXPECT_EQ(
-            driver.Control(driver.Open(), LocateRsdtNear, LittleEndian(static_cast<std::uint32_t>(asked)), &found),
-            expected != 0 ? STATUS_SUCCESS : STATUS_NOT_FOUND);
-        EXPECT_EQ(Number(found), expected);
+        // Lengths that lead nowhere, and out of the address space.
+        for (const std::string_view length : {std::string_view("\1\0\0\0", 4), std::string_view("\xFF\xFF\xFF\xFF")}) {
+            Machine machine = Managed(asked == 0xFFFFE000 ? Ranges{{0xFFFFF000, 0x9000}} : Ranges());
+            Put(&machine, place, "RSDT" + std::string(length));
+            Loaded driver(machine);
+            Bytes found(4);
+            EXPECT_EQ(
+                driver.Control(driver.Open(), LocateRsdtNear, LittleEndian(static_cast<std::uint32_t>(asked)), &found),
+                expected != 0 ? STATUS_SUCCESS : STATUS_NOT_FOUND);
+            EXPECT_EQ(Number(found), expected);
+        }
     }
+    Machine machine = Managed(Ranges());
+    machine.Faults = {{*StandIn::OperationFind("MmMapIoSpace"), 0, 0}};
+    Loaded driver(machine);
+    Bytes found(4);
+    EXPECT_EQ(driver.Control(driver.Open(), LocateRsdtNear, LittleEndian(0), &found), STATUS_NOT_FOUND);
 }
 
 TEST(Driver, RootTableSearchEndsWithTheFirmwareAboveLowMemory) {
