@@ -1,10 +1,12 @@
 // The bindings to the platform at the edges of what the rest of the library asks of them.
 #include "Lib/Common/DriverLoad.h"
+#include "Lib/Platform/FirmwareTable.h"
 #include "machine/model/Faults.h"
 #include "machine/windows/MachineSet.h"
 #include "tests/Support.h"
 
 #include <gtest/gtest.h>
+#include <memory>
 
 namespace {
 
@@ -29,6 +31,19 @@ TEST(Bindings, TheProgramsFolderHasRoomForTheDriversName) {
         EXPECT_EQ(DriverRequest(DriverLoad), length == 246 ? RyxOk : RyxErrorDriverLoad) << length;
         EXPECT_EQ(DriverRequest(DriverUnload), RyxOk);
     }
+}
+
+TEST(Bindings, TheFirmwareTableNeedsAllItsPlaces) {
+    StartOver(StandIn::MachineWithTable(StandIn::SmbiosBuilder().Begin(1).String("x"), 2, 8));
+    std::unique_ptr<std::uint8_t[]> table;
+    std::uint32_t size = 0;
+    std::uint8_t version = 0;
+    std::uint8_t revision = 0;
+    EXPECT_FALSE(SmbiosFirmwareTableGet(nullptr, &size, &version, &revision));
+    EXPECT_FALSE(SmbiosFirmwareTableGet(&table, nullptr, &version, &revision));
+    EXPECT_FALSE(SmbiosFirmwareTableGet(&table, &size, nullptr, &revision));
+    EXPECT_FALSE(SmbiosFirmwareTableGet(&table, &size, &version, nullptr));
+    EXPECT_TRUE(SmbiosFirmwareTableGet(&table, &size, &version, &revision));
 }
 
 } // namespace

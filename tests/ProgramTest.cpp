@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -108,11 +109,22 @@ TEST(Program, TellsWhyTheDriverDoesNotStart) {
     }
 }
 
+TEST(Program, WaitsForNoResponseFileThatIsNone) {
+    const TemporaryFolder folder;
+    const Ran plain = RunProgram({"/type", "1"});
+    const Ran missing = RunProgram({"@missing.rsp"}, "sample", folder.Path);
+    ASSERT_EQ(mkfifo((folder.Path + "/default.rsp").c_str(), 0600), 0);
+    EXPECT_EQ(RunProgram({"/type", "1"}, "sample", folder.Path).Output, plain.Output);
+    EXPECT_EQ(RunProgram({"@default.rsp"}, "sample", folder.Path).Output, missing.Output);
+}
+
 TEST(Program, UnusableMachinesEndItBeforeItStarts) {
     const Ran ran = RunProgram({"/type", "1"}, "/there/is/none");
     EXPECT_EQ(ran.ExitCode, 255);
     EXPECT_EQ(ran.Output, "");
     EXPECT_EQ(ran.Errors, "quarrinet: /there/is/none: No such file or directory\n");
+    EXPECT_EQ(RunProgram({}, "no\nsuch\x1B[31m\xC2\x9B").Errors,
+              "quarrinet: no\\x0Asuch\\x1B[31m\\xC2\\x9B: No such file or directory\n");
 }
 
 // The sample's five: the second ones of types 2, 3, 4 and 126, and one with a handle above 00FFh.

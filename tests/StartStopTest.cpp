@@ -296,11 +296,13 @@ bool DriverOverwrite() {
     MachineGet().Administrator = true;
     return overwritten;
 }
-void LinkLay() {
+void LinkLayAt(const char* path, const std::string& target) {
     StandIn::SharedAccess shared;
-    const std::string target = Victim;
-    shared->Files[StandIn::FileKey(TemporaryDriver)] = {TemporaryDriver, FILE_ATTRIBUTE_REPARSE_POINT,
-                                                        StandIn::Bytes(target.begin(), target.end())};
+    shared.Change().Files[StandIn::FileKey(path)] = {path, FILE_ATTRIBUTE_REPARSE_POINT,
+                                                     StandIn::Bytes(target.begin(), target.end())};
+}
+void LinkLay() {
+    LinkLayAt(TemporaryDriver, Victim);
 }
 
 TEST(DriverLoading, NobodyElseDecidesWhichDriverStarts) {
@@ -362,6 +364,30 @@ TEST(DriverLoading, NobodyElseDecidesWhichDriverStarts) {
         EXPECT_EQ(file.Data, StandIn::DriverImage(true));
         EXPECT_FALSE(StandIn::HandleOpenFor(StandIn::HandleKind::File, StandIn::FileKey(path)));
     }
+}
+
+// The service gets the path of the file that is held, so that a link above it, laid anew, leads nobody to another.
+TEST(DriverLoading, ALinkAboveTheDriverLeadsItsStartNowhereElse) {
+    constexpr char other[] = "C:\\Second\\RyxLib64.sys";
+    StartOver(Machine());
+    LinkLayAt("C:\\Windows\\Temp", "C:\\First");
+    {
+        StandIn::SharedAccess shared;
+        shared.Change().Files[StandIn::FileKey(other)] = {other, 0, StandIn::DriverImage(true)};
+    }
+    MachineGet().Intrusions = {{Named("CreateServiceA"), 1, [] { LinkLayAt("C:\\Windows\\Temp", "C:\\Second"); }}};
+    ASSERT_EQ(DriverRequest(DriverLoad), RyxOk);
+    const auto path = [] { return StandIn::SharedAccess()->Services.at("ryxlib").Path; };
+    EXPECT_EQ(path(), "C:\\First\\RyxLib64.sys");
+    EXPECT_EQ(DriverRequest(DriverUnload), RyxOk);
+    EXPECT_EQ(DriverFile(), std::string(other) + "C:\\Windows\\Temp") << "its own file goes, and nothing else";
+    // An older system does not tell the path.
+    Machine older;
+    older.WindowsMajor = 5;
+    StartOver(older);
+    ASSERT_EQ(DriverRequest(DriverLoad), RyxOk);
+    EXPECT_EQ(path(), TemporaryDriver);
+    DriverRequest(DriverUnload);
 }
 
 TEST(DriverLoading, ALinkToTheDriverIsNotHeld) {
@@ -439,7 +465,7 @@ TEST(DriverLoading, JoinsOnceMoreBeforeItFails) {
     // A tool of another kind starts the driver while this one tries to, and keeps this one from it.
     const auto otherStarts = [] {
         StandIn::SharedAccess shared;
-        shared->Services["ryxlib"] = {"RYXLIB", TemporaryDriver, true};
+        shared.Change().Services["ryxlib"] = {"RYXLIB", TemporaryDriver, true};
     };
     for (const std::uint64_t pauses : {0U, 2U}) {
         StartOver(Machine());
@@ -457,7 +483,7 @@ TEST(DriverLoading, JoinsOnceMoreBeforeItFails) {
     MachineGet().Intrusions = {{Named("ReadFile"), 1, [&] {
                                     otherStarts();
                                     StandIn::SharedAccess shared;
-                                    shared->Services["ryxlib"].Path = "C:\\Elsewhere\\RyxLib64.sys";
+                                    shared.Change().Services["ryxlib"].Path = "C:\\Elsewhere\\RyxLib64.sys";
                                 }}};
     EXPECT_EQ(DriverRequest(DriverLoad), RyxOk);
     EXPECT_EQ(DriverFile(), "");

@@ -107,7 +107,8 @@ RyxStatus FromSegment(RyxBin** table) {
 
 RyxStatus FromSystemTable(RyxBin** table) {
     std::uint32_t address = 0;
-    return GetRsdtFromSystemTable(&address) ? TableAtRead(address, table) : RyxErrorRootTable;
+    const RyxStatus status = GetRsdtFromSystemTable(&address);
+    return status == RyxOk ? TableAtRead(address, table) : status;
 }
 
 } // namespace

@@ -1,15 +1,17 @@
 // Whole-file reads.
 #include "Lib/Common/NativeFileRead.h"
 
+#include "Lib/Platform/Files.h"
+
 #include <cstdio>
 #include <new>
 
 namespace {
 
-// The file's size. A directory, which some systems open as a file without end, counts as a file that can't be opened.
+// The file's size. What is no regular file counts as one that can't be opened.
 RyxStatus FileSizeGet(const char* name, std::uint32_t* size) {
     *size = 0;
-    std::FILE* file = std::fopen(name, "r");
+    std::FILE* file = FileIsRegular(name) ? std::fopen(name, "r") : nullptr;
     if (file == nullptr) {
         return RyxErrorFileOpen;
     }

@@ -26,6 +26,10 @@ bool HeldPathGet(const HandleOwner& file, char* path, std::size_t capacity);
 // RyxErrorFileRead: the bytes could not all be read.
 RyxStatus ExecutableRead(std::unique_ptr<std::uint8_t[]>* data, std::uint32_t* size);
 
+// Whether a name is that of a file or of a link to one: not of a folder, a device or a pipe, whose opening may wait for
+// somebody at its other end.
+bool FileIsRegular(const char* path);
+
 // Removes the file's read-only, hidden and system marks; removes the file. Failures are left alone.
 void FileAttributesClear(const char* path);
 void FileRemove(const char* path);

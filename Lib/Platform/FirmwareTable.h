@@ -5,8 +5,8 @@
 #include <memory>
 
 // Gets the SMBIOS structure table: a buffer of at least 64 KiB that holds the bare table followed by zeros, the table's
-// size in bytes, the version (major x 10 + minor) and the DMI revision. False when the service or the table is missing,
-// when memory runs out, or when the answer's header claims more than the answer holds.
+// size in bytes, the version (major x 10 + minor) and the DMI revision. False when an out-parameter, the service or the
+// table is missing, when memory runs out, or when the answer's header claims more than the answer holds.
 bool SmbiosFirmwareTableGet(std::unique_ptr<std::uint8_t[]>* table, std::uint32_t* size, std::uint8_t* version,
                             std::uint8_t* revision);
 

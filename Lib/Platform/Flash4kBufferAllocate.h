@@ -16,10 +16,10 @@ struct Flash4kBuffer {
     std::uint32_t PhysicalAddress = 0;
 };
 
-// Allocates `size` zeroed bytes and, with `physical`, takes the driver's communication buffer. RyxErrorMemory: no
-// memory, or the driver gives no buffer; `buffer` is then empty.
+// Allocates `size` zeroed bytes and, with `physical`, takes the driver's communication buffer. RyxErrorArgument:
+// no out-parameter; RyxErrorMemory: no memory, or the driver gives no buffer; `buffer` is then empty.
 RyxStatus Flash4kBufferAllocate(std::uint32_t size, bool physical, Flash4kBuffer* buffer);
 
-// Gives back what the buffer holds, which is empty afterwards. RyxErrorDriverRequest: the driver did not take its
-// buffer back.
+// Gives back what the buffer holds, which is empty afterwards. RyxErrorArgument: no buffer; RyxErrorDriverRequest: the
+// driver did not take its buffer back.
 RyxStatus Flash4kBufferRelease(Flash4kBuffer* buffer);

@@ -179,7 +179,7 @@ HANDLE FileOpen(std::string path, DWORD access, DWORD share, LPSECURITY_ATTRIBUT
         if (!FolderExists(*state, key, path)) {
             return NoFile(ERROR_PATH_NOT_FOUND);
         }
-        state->Files[key] = StoredFile{path, flags & 0xFFFFU, {}, GuardsFile(security)};
+        state.Change().Files[key] = StoredFile{path, flags & 0xFFFFU, {}, GuardsFile(security)};
         if (const std::uint32_t error = state.Commit(); error != 0) {
             return NoFile(error);
         }
@@ -344,7 +344,7 @@ BOOL WINAPI WriteFile(HANDLE hFile, LPCVOID lpBuffer, DWORD nNumberOfBytesToWrit
     if (found == state->Files.end()) {
         return FailFalse(ERROR_INVALID_HANDLE);
     }
-    Bytes& data = found->second.Data;
+    Bytes& data = state.Change().Files.at(handle->Name).Data;
     data.resize(std::max<std::size_t>(data.size(), handle->Position + nNumberOfBytesToWrite));
     std::copy_n(static_cast<const std::uint8_t*>(lpBuffer), nNumberOfBytesToWrite, data.data() + handle->Position);
     if (const std::uint32_t error = state.Commit(); error != 0) {
@@ -396,7 +396,7 @@ BOOL WINAPI DeleteFileA(LPCSTR lpFileName) {
     if ((found->second.Attributes & FILE_ATTRIBUTE_READONLY) != 0 || DriverRunsFrom(*state, key)) {
         return FailFalse(ERROR_ACCESS_DENIED);
     }
-    state->Files.erase(found);
+    state.Change().Files.erase(key);
     return Done(state.Commit());
 }
 
@@ -408,11 +408,11 @@ BOOL WINAPI SetFileAttributesA(LPCSTR lpFileName, DWORD dwFileAttributes) {
     if (state.Error() != 0) {
         return FailFalse(state.Error());
     }
-    const auto found = state->Files.find(FileKey(PathFollowed(*state, lpFileName != nullptr ? lpFileName : "")));
-    if (found == state->Files.end()) {
+    const std::string key = FileKey(PathFollowed(*state, lpFileName != nullptr ? lpFileName : ""));
+    if (state->Files.count(key) == 0) {
         return FailFalse(ERROR_FILE_NOT_FOUND);
     }
-    found->second.Attributes = dwFileAttributes;
+    state.Change().Files.at(key).Attributes = dwFileAttributes;
     return Done(state.Commit());
 }
 

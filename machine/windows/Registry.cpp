@@ -189,7 +189,7 @@ private:
         if ((place.Access & right) != right) {
             return ERROR_ACCESS_DENIED;
         }
-        std::optional<StoredKey> seen = KeySeen(*std::as_const(State), place.Path);
+        std::optional<StoredKey> seen = KeySeen(*State, place.Path);
         if (!seen) {
             return ERROR_KEY_DELETED;
         }
@@ -254,7 +254,7 @@ LSTATUS WINAPI RegCreateKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD Reserved, LPSTR
         }
         // Keys above it that are there already aren't this program's.
         for (std::string made = key.Path; !made.empty() && !KeySeen(*key.State, made); made = ParentOf(made)) {
-            key.State->Keys.emplace(Lower(made), StoredKey{made, {}});
+            key.State.Change().Keys.emplace(Lower(made), StoredKey{made, {}});
         }
         if (const std::uint32_t error = key.State.Commit(); error != 0) {
             return static_cast<LSTATUS>(error);
@@ -295,7 +295,7 @@ LSTATUS WINAPI RegSetValueExA(HKEY hKey, LPCSTR lpValueName, DWORD Reserved, DWO
         return access.Status;
     }
     const std::string& path = access.Key.Path;
-    StoredKey& kept = access.State->Keys.try_emplace(Lower(path), StoredKey{path, {}}).first->second;
+    StoredKey& kept = access.State.Change().Keys.try_emplace(Lower(path), StoredKey{path, {}}).first->second;
     kept.Values[Lower(lpValueName)] = StoredValue{lpValueName, dwType, Bytes(lpData, lpData + cbData)};
     return static_cast<LSTATUS>(access.State.Commit());
 }
@@ -305,8 +305,9 @@ LSTATUS WINAPI RegDeleteValueA(HKEY hKey, LPCSTR lpValueName) {
     if (access.Status != ERROR_SUCCESS) {
         return access.Status;
     }
-    const auto kept = access.State->Keys.find(Lower(access.Key.Path));
-    if (kept == access.State->Keys.end() || kept->second.Values.erase(Lower(lpValueName)) == 0) {
+    Keys& keys = access.State.Change().Keys;
+    const auto kept = keys.find(Lower(access.Key.Path));
+    if (kept == keys.end() || kept->second.Values.erase(Lower(lpValueName)) == 0) {
         return ERROR_FILE_NOT_FOUND;
     }
     return static_cast<LSTATUS>(access.State.Commit());
@@ -326,7 +327,7 @@ LSTATUS WINAPI RegDeleteKeyA(HKEY hKey, LPCSTR lpSubKey) {
     const std::string lower = Lower(key.Path);
     const auto below = key.State->Keys.lower_bound(lower + "\\");
     const bool hasSubkeys = below != key.State->Keys.end() && below->first.rfind(lower + "\\", 0) == 0;
-    if (hasSubkeys || key.State->Keys.erase(lower) == 0) {
+    if (hasSubkeys || key.State.Change().Keys.erase(lower) == 0) {
         return ERROR_ACCESS_DENIED;
     }
     return static_cast<LSTATUS>(key.State.Commit());

@@ -27,11 +27,11 @@ Bytes ImageMake(std::string_view heading, std::size_t size, std::uint8_t step) {
 
 // Removes a service that was marked for deletion, once nothing uses it. Handles of other processes don't count: they
 // may belong to processes that are gone.
-void RemoveIfUnused(SharedState* state, const std::string& key) {
-    const auto found = state->Services.find(key);
-    if (found != state->Services.end() && found->second.Marked && !found->second.Running &&
+void RemoveIfUnused(SharedAccess* state, const std::string& key) {
+    const auto found = (*state)->Services.find(key);
+    if (found != (*state)->Services.end() && found->second.Marked && !found->second.Running &&
         !HandleOpenFor(HandleKind::Service, key)) {
-        state->Services.erase(found);
+        state->Change().Services.erase(key);
     }
 }
 
@@ -75,9 +75,12 @@ struct ServiceAccess {
         } else if (const auto found = State->Services.find(handle->Name); found == State->Services.end()) {
             FailFalse(ERROR_SERVICE_MARKED_FOR_DELETE);
         } else {
+            Key = handle->Name;
             Found = &found->second;
         }
     }
+
+    Service& Change() { return State.Change().Services.at(Key); }
 
     // Keeps what was changed; the operation's result.
     BOOL Commit() {
@@ -86,7 +89,8 @@ struct ServiceAccess {
     }
 
     SharedAccess State;
-    Service* Found = nullptr;
+    std::string Key;
+    const Service* Found = nullptr;
 };
 
 // Why the driver of a service can't be started; 0 when it can.
@@ -147,12 +151,12 @@ SC_HANDLE WINAPI CreateServiceA(SC_HANDLE hSCManager, LPCSTR lpServiceName, LPCS
         return FailNull(state.Error());
     }
     const std::string key = Lower(lpServiceName);
-    RemoveIfUnused(&*state, key);
+    RemoveIfUnused(&state, key);
     const auto found = state->Services.find(key);
     if (found != state->Services.end()) {
         return FailNull(found->second.Marked ? ERROR_SERVICE_MARKED_FOR_DELETE : ERROR_SERVICE_EXISTS);
     }
-    state->Services[key] = Service{lpServiceName, lpBinaryPathName};
+    state.Change().Services[key] = Service{lpServiceName, lpBinaryPathName};
     if (const std::uint32_t error = state.Commit(); error != 0) {
         return FailNull(error);
     }
@@ -174,7 +178,7 @@ SC_HANDLE WINAPI OpenServiceA(SC_HANDLE hSCManager, LPCSTR lpServiceName, DWORD 
         return FailNull(state.Error());
     }
     const std::string key = Lower(lpServiceName);
-    RemoveIfUnused(&*state, key);
+    RemoveIfUnused(&state, key);
     if (state->Services.count(key) == 0) {
         return FailNull(ERROR_SERVICE_DOES_NOT_EXIST);
     }
@@ -199,7 +203,7 @@ BOOL WINAPI StartServiceA(SC_HANDLE hService, DWORD dwNumServiceArgs, LPCSTR* lp
     if (error != 0) {
         return FailFalse(error);
     }
-    access.Found->Running = true;
+    access.Change().Running = true;
     const BOOL kept = access.Commit();
     if (!kept) {
         KernelDriverStop();
@@ -218,7 +222,7 @@ BOOL WINAPI ControlService(SC_HANDLE hService, DWORD dwControl, LPSERVICE_STATUS
     if (!access.Found->Running) {
         return FailFalse(ERROR_SERVICE_NOT_ACTIVE);
     }
-    access.Found->Running = false;
+    access.Change().Running = false;
     const BOOL kept = access.Commit();
     if (kept) {
         KernelDriverStop();
@@ -235,7 +239,7 @@ BOOL WINAPI DeleteService(SC_HANDLE hService) {
         return FailFalse(ERROR_SERVICE_MARKED_FOR_DELETE);
     }
     // The handle itself still uses it; the service goes when that is closed and the driver has stopped.
-    access.Found->Marked = true;
+    access.Change().Marked = true;
     return access.Commit();
 }
 
@@ -252,7 +256,7 @@ BOOL WINAPI CloseServiceHandle(SC_HANDLE hSCObject) {
     if (service) {
         SharedAccess state;
         if (state.Error() == 0) {
-            RemoveIfUnused(&*state, key);
+            RemoveIfUnused(&state, key);
             state.Commit();
         }
     }

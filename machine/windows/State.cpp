@@ -391,10 +391,13 @@ bool DriverDeviceHeld() {
 Descriptor StateFileOpen(const std::string& path, int flags) {
     Descriptor file(open(path.c_str(), flags | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
     struct stat about {};
+    if (file < 0 || fstat(file, &about) != 0) {
+        return file;
+    }
     const bool written = (flags & O_ACCMODE) != O_RDONLY;
-    if (file >= 0 && (fstat(file, &about) != 0 || !S_ISREG(about.st_mode) || (written && about.st_nlink > 1))) {
+    if (const int error = !S_ISREG(about.st_mode) ? EINVAL : written && about.st_nlink > 1 ? EMLINK : 0; error != 0) {
         file = Descriptor(-1);
-        errno = ELOOP;
+        errno = error;
     }
     return file;
 }

@@ -95,11 +95,9 @@ public:
 
     const SharedState* operator->() const { return State; }
     const SharedState& operator*() const { return *State; }
-    SharedState* operator->() {
-        Touched = true;
-        return State;
-    }
-    SharedState& operator*() {
+
+    // The state, to be changed. What is not kept afterwards is undone, with a state folder.
+    SharedState& Change() {
         Touched = true;
         return *State;
     }

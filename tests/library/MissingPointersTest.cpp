@@ -12,6 +12,8 @@
 #include "Lib/Common/LibraryReset.h"
 #include "Lib/Common/QelCrypto.h"
 #include "Lib/Platform/Driver.h"
+#include "Lib/Platform/Flash4kBufferAllocate.h"
+#include "Lib/Platform/GetRsdtFromSystemTable.h"
 #include "tests/library/Support.h"
 
 #include <cstddef>
@@ -95,6 +97,10 @@ TEST(MissingPointers, AreRefused) {
     EACH_MISSING(PhysicalMemoryWrite, 0, 1, text);
     EACH_MISSING(DriverVersionGet, &version);
     EACH_MISSING(QelSha1, text, 1, &digest);
+    Flash4kBuffer buffer;
+    EACH_MISSING(Flash4kBufferAllocate, 16, false, &buffer);
+    EACH_MISSING(Flash4kBufferRelease, &buffer);
+    EACH_MISSING(GetRsdtFromSystemTable, &length);
     EXPECT_EQ(RyxPrintf(nullptr), RyxErrorArgument);
     EXPECT_EQ(RyxArgCommandFind(nullptr, nullptr), RyxErrorArgument);
     EXPECT_EQ(RyxArgParamGet(&command, 0, text, 0), RyxErrorArgument);

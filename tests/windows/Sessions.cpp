@@ -4,6 +4,8 @@
 //     sessions WORD...
 //     a+ b+      starts a session and waits until it prints, or ends; it then stands still, for nobody reads on
 //     a- b-      reads a session's output to its end, into the file a.out or b.out, and prints its exit code
+//     together=N starts N sessions at once, up to 4, and waits until all have ended; their output goes to a.out, b.out
+//                and so on, and their exit codes are printed
 //     interrupt  presses Ctrl+C on the console of all sessions
 //     lay=FILE   lays a file of somebody else's into the temporary folder
 //     hold=FILE  the same, and lets nobody delete it
@@ -56,6 +58,56 @@ std::wstring ProgramPath() {
     return program;
 }
 
+constexpr int SessionLimit = 4;
+
+HANDLE ProgramStart(HANDLE output) {
+    // The console's keyboard, on which nobody types.
+    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+    const HANDLE keys = CreateFileW(L"CONIN$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                    &inherited, OPEN_EXISTING, 0, nullptr);
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdInput = keys;
+    startup.hStdOutput = output;
+    startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+    std::wstring command = L'"' + ProgramPath() + L"\" /eps /type";
+    PROCESS_INFORMATION started{};
+    const bool runs =
+        CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &started) != 0;
+    CloseHandle(keys);
+    CloseHandle(output);
+    if (runs) {
+        CloseHandle(started.hThread);
+    }
+    return runs ? started.hProcess : nullptr;
+}
+
+// Waits for the end of a process, and prints its exit code.
+void ProgramEnd(HANDLE process, const std::string& name) {
+    WaitForSingleObject(process, INFINITE);
+    DWORD code = 0;
+    GetExitCodeProcess(process, &code);
+    CloseHandle(process);
+    std::printf("%s ended with %lu\n", name.c_str(), code);
+}
+
+std::string SessionName(int number) {
+    return {static_cast<char>('a' + number)};
+}
+
+void Together(int count) {
+    HANDLE processes[SessionLimit]{};
+    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+    for (int i = 0; i < count && i < SessionLimit; ++i) {
+        processes[i] = ProgramStart(CreateFileA((SessionName(i) + ".out").c_str(), GENERIC_WRITE, FILE_SHARE_READ,
+                                                &inherited, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    }
+    for (int i = 0; i < count && i < SessionLimit; ++i) {
+        ProgramEnd(processes[i], SessionName(i));
+    }
+}
+
 struct Session {
     HANDLE Process = nullptr;
     HANDLE Output = nullptr;
@@ -76,26 +128,10 @@ struct Session {
         if (!CreatePipe(&Output, &write, &inherited, 1) || !SetHandleInformation(Output, HANDLE_FLAG_INHERIT, 0)) {
             return false;
         }
-        // The console's keyboard, on which nobody types.
-        const HANDLE keys = CreateFileW(L"CONIN$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                        &inherited, OPEN_EXISTING, 0, nullptr);
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        startup.dwFlags = STARTF_USESTDHANDLES;
-        startup.hStdInput = keys;
-        startup.hStdOutput = write;
-        startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
-        std::wstring command = L'"' + ProgramPath() + L"\" /eps /type";
-        PROCESS_INFORMATION started{};
-        const bool runs = CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
-                                         &started) != 0;
-        CloseHandle(keys);
-        CloseHandle(write);
-        if (!runs) {
+        Process = ProgramStart(write);
+        if (Process == nullptr) {
             return false;
         }
-        CloseHandle(started.hThread);
-        Process = started.hProcess;
         char first;
         Read(&first, 1);
         return true;
@@ -105,16 +141,12 @@ struct Session {
         char piece[4096];
         while (Read(piece, sizeof piece)) {
         }
-        WaitForSingleObject(Process, INFINITE);
-        DWORD code = 0;
-        GetExitCodeProcess(Process, &code);
-        std::printf("%s ended with %lu\n", name.c_str(), code);
+        ProgramEnd(Process, name);
         if (std::FILE* const file = std::fopen((name + ".out").c_str(), "wb")) {
             std::fwrite(Shown.data(), 1, Shown.size(), file);
             std::fclose(file);
         }
         CloseHandle(Output);
-        CloseHandle(Process);
         *this = Session{};
     }
 };
@@ -189,6 +221,8 @@ int main(int argc, char** argv) {
         const std::string word = argv[i];
         if (word == "state") {
             StatePrint();
+        } else if (word.starts_with("together=")) {
+            Together(word.back() - '0');
         } else if (word == "interrupt") {
             Interrupt();
         } else if (word.starts_with("lay=") || word.starts_with("hold=")) {

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <new>
 #include <sddl.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -128,6 +129,11 @@ RyxStatus ExecutableRead(std::unique_ptr<std::uint8_t[]>* data, std::uint32_t* s
     *data = std::move(block);
     *size = length;
     return RyxOk;
+}
+
+bool FileIsRegular(const char* path) {
+    struct stat about {};
+    return stat(path, &about) == 0 && S_ISREG(about.st_mode);
 }
 
 void FileAttributesClear(const char* path) {

@@ -33,7 +33,7 @@ FirmwareTableService ServiceFind() {
 bool SmbiosFirmwareTableGet(std::unique_ptr<std::uint8_t[]>* table, std::uint32_t* size, std::uint8_t* version,
                             std::uint8_t* revision) {
     const FirmwareTableService service = ServiceFind();
-    if (service == nullptr) {
+    if (service == nullptr || table == nullptr || size == nullptr || version == nullptr || revision == nullptr) {
         return false;
     }
     std::uint32_t capacity = BufferSize;

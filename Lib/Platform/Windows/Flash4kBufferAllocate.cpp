@@ -6,6 +6,9 @@
 #include <new>
 
 RyxStatus Flash4kBufferAllocate(std::uint32_t size, bool physical, Flash4kBuffer* buffer) {
+    if (buffer == nullptr) {
+        return RyxErrorArgument;
+    }
     Flash4kBuffer made;
     made.Local.reset(new (std::nothrow) std::uint8_t[size]());
     made.Size = size;
@@ -25,6 +28,9 @@ RyxStatus Flash4kBufferAllocate(std::uint32_t size, bool physical, Flash4kBuffer
 }
 
 RyxStatus Flash4kBufferRelease(Flash4kBuffer* buffer) {
+    if (buffer == nullptr) {
+        return RyxErrorArgument;
+    }
     const bool physical = buffer->PhysicalAddress != 0;
     *buffer = Flash4kBuffer{};
     const std::uint32_t size = Flash4kSize;

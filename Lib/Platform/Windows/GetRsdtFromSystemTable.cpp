@@ -94,19 +94,22 @@ bool NearSearchSupported() {
 
 } // namespace
 
-bool GetRsdtFromSystemTable(std::uint32_t* address) {
+RyxStatus GetRsdtFromSystemTable(std::uint32_t* address) {
+    if (address == nullptr) {
+        return RyxErrorArgument;
+    }
     std::uint32_t dsdt = 0;
     const bool fadtRead = FadtRead(&dsdt);
     std::uint32_t own = 0;
     const bool ownFound = fadtRead && dsdt != 0 && SearchAround(dsdt, &own);
     if (!DriverLocate(DriverRsdtLocate, nullptr, address) &&
         !(fadtRead && NearSearchSupported() && DriverLocate(DriverRsdtLocateNear, &dsdt, address))) {
-        return false;
+        return RyxErrorRootTable;
     }
     if (ownFound) {
         *address = own;
     }
-    return true;
+    return RyxOk;
 }
 
 void SystemTableRelease() {
