@@ -119,6 +119,25 @@ TEST(Print, NoStringOfATableDrivesATerminal) {
     EXPECT_EQ(View(request, machine).Output, "\nManufacturer : " + name + "\n") << "to a file as it is";
     machine.Console = StandIn::ConsoleKind::Fixed;
     EXPECT_EQ(View(request, machine).Output, "\nManufacturer : a.[2Jb.c..\u00E9 d\n");
+
+    // Control characters of one byte more, and bytes that older terminals take for them: a dot each. The rest stays.
+    const std::pair<std::string, std::string> texts[] = {
+        {"\xC2\x9B"
+         "31mx\xC2\x80\xC2\x9F\xC2\xA0",
+         ".31mx..\xC2\xA0"},
+        {"\x9B"
+         "1m \x80\x9F\xA0\xFF",
+         ".1m ..\xA0\xFF"},
+        {"\xE2\x82\x9B \xF0\x9F\x98\x80 \xC3\x9B", "\xE2\x82\x9B \xF0\x9F\x98\x80 \xC3\x9B"},
+        {"\xE0\x80\x9B \xED\xA0\x80 \xF4\x90\x80\x80 \xC1\x9B", "\xE0.. \xED\xA0. \xF4... \xC1."},
+        {"\xE2\x82", "\xE2."},
+    };
+    for (const auto& [text, shown] : texts) {
+        machine = StandIn::MachineWithTable(StandIn::SmbiosBuilder().Begin(1).String(text).Raw({0, 0, 0}), 2, 8);
+        EXPECT_EQ(View(request, machine).Output, "\nManufacturer : " + text + "\n");
+        machine.Console = StandIn::ConsoleKind::Fixed;
+        EXPECT_EQ(View(request, machine).Output, "\nManufacturer : " + shown + "\n");
+    }
 }
 
 TEST(Platform, NameIsTheSameOnEveryVersion) {

@@ -4,6 +4,7 @@
 #include "Lib/API/RyxPrint.h"
 #include "Lib/API/RyxSmbios.h"
 #include "Lib/LittleEndian.h"
+#include "Lib/Utf8.h"
 #include "viewer/ViewerState.h"
 
 #include <algorithm>
@@ -14,16 +15,40 @@ namespace {
 constexpr std::uint8_t ControlEnd = 0x20; // what is below controls terminals
 constexpr std::uint8_t ControlDelete = 0x7F;
 
-// Keeps a text of the machine from driving the terminal that shows it. The text is in the latest value.
-void ControlsHide(std::string_view text) {
+// Whether a text begins with a control character. Consoles of Windows know none beyond ASCII.
+bool BeginsControl(std::string_view text) {
+    const auto first = static_cast<std::uint8_t>(text[0]);
+#ifdef _WIN32
+    const bool wide = false;
+#else
+    const bool wide = Utf8BeginsControl(text);
+#endif
+    return first < ControlEnd || first == ControlDelete || wide;
+}
+
+// Keeps a text of the machine from driving the terminal that shows it: each control character becomes a dot. The text is
+// in the latest value. It keeps its end there, and begins later where a character was of several bytes.
+std::string_view ControlsHide(std::string_view text) {
     std::uint8_t* data = nullptr;
     std::uint64_t size = 0;
-    if (ViewerToConsole() && RyxBinInfoGet(ViewerFieldBin, &data, &size) == RyxOk) {
-        data += text.data() - reinterpret_cast<const char*>(data);
-        std::replace_if(
-            data, data + text.size(), [](std::uint8_t byte) { return byte < ControlEnd || byte == ControlDelete; },
-            '.');
+    if (!ViewerToConsole() || RyxBinInfoGet(ViewerFieldBin, &data, &size) != RyxOk) {
+        return text;
     }
+    data += text.data() - reinterpret_cast<const char*>(data);
+    std::size_t kept = 0;
+    for (std::string_view rest = text; !rest.empty();) {
+        const std::size_t length = std::max<std::size_t>(Utf8Length(rest), 1);
+        if (BeginsControl(rest)) {
+            data[kept++] = '.';
+        } else {
+            std::copy_n(rest.data(), length, data + kept);
+            kept += length;
+        }
+        rest.remove_prefix(length);
+    }
+    std::copy_backward(data, data + kept, data + text.size());
+    std::fill_n(data, text.size() - kept, std::uint8_t{'.'}); // no end of a text: others may follow it
+    return text.substr(text.size() - kept);
 }
 
 // Keeps the value that the library gave, if any, and takes its bytes.
@@ -88,8 +113,7 @@ std::string_view TextOf(std::span<const std::uint8_t> bytes) {
     if (text.empty()) {
         return "NULL";
     }
-    ControlsHide(text);
-    return text;
+    return ControlsHide(text);
 }
 
 std::string_view StringOf(const FieldValue& strings, std::uint32_t number) {

@@ -1,6 +1,8 @@
 // What this computer's user is told beside the program's own output.
 #include "machine/host/Message.h"
 
+#include "Lib/Utf8.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -12,18 +14,9 @@ namespace StandIn {
 namespace {
 
 // How many bytes from the front make a character that is no control character; 0 when the first byte makes none.
-std::size_t CharacterLength(std::string_view text) {
+std::size_t ShownLength(std::string_view text) {
     const auto first = static_cast<std::uint8_t>(text[0]);
-    if (first < 0x80) {
-        return first >= 0x20 && first != 0x7F ? 1 : 0;
-    }
-    const std::size_t length = first >= 0xF5 ? 0 : first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : first >= 0xC2 ? 2 : 0;
-    const std::string_view rest = text.substr(1, length == 0 ? 0 : length - 1);
-    const bool whole = rest.size() + 1 == length && std::all_of(rest.begin(), rest.end(), [](char one) {
-                           return (static_cast<std::uint8_t>(one) & 0xC0U) == 0x80;
-                       });
-    const bool control = first == 0xC2 && whole && static_cast<std::uint8_t>(rest[0]) < 0xA0;
-    return whole && !control ? length : 0;
+    return first < 0x20 || first == 0x7F || Utf8BeginsControl(text) ? 0 : Utf8Length(text);
 }
 
 } // namespace
@@ -31,7 +24,7 @@ std::size_t CharacterLength(std::string_view text) {
 void MessageSay(std::string_view line) {
     std::string text = "quarrinet: ";
     while (!line.empty()) {
-        const std::size_t length = CharacterLength(line);
+        const std::size_t length = ShownLength(line);
         char escape[8];
         std::snprintf(escape, sizeof escape, "\\x%02X", static_cast<std::uint8_t>(line[0]));
         text += length != 0 ? line.substr(0, length) : escape;
