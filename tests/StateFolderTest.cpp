@@ -168,8 +168,7 @@ TEST(StateFolder, ALongWaitForItsLockIsExplained) {
     usleep(1500000);
     ASSERT_EQ(flock(lock, LOCK_UN), 0);
     EXPECT_EQ(program.Printed(), RunProgram({"/type"}).Output);
-    EXPECT_EQ(program.Said(),
-              "quarrinet: waiting for " + machine.State() + "/lock, which another program holds\n");
+    EXPECT_EQ(program.Said(), "quarrinet: waiting for " + machine.State() + "/lock, which another program holds\n");
     EXPECT_EQ(program.End(), 0);
 }
 
