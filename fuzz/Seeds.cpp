@@ -11,6 +11,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -102,6 +103,18 @@ void StructureTables() {
             TableSeed(name + "-length-" + std::to_string(length), 0, Stretched(one, length));
         }
         start = end;
+    }
+    const Bytes server = *StandIn::SampleServer().SmbiosTable;
+    DmiStruct newer({server.data() + 8, server.size() - 8});
+    for (bool more = true; more; ++number) {
+        const std::span<const std::uint8_t> from = newer.From(0);
+        const std::string name = "server-type" + std::to_string(newer.Type()) + "-" + std::to_string(number);
+        more = DmiNextStructGet(&newer);
+        const std::span<const std::uint8_t> one = from.first(from.size() - (more ? newer.From(0).size() : 0));
+        for (const std::uint8_t third : {std::uint8_t{1}, EveryRow}) {
+            Write("StructureTable", name + "-" + std::to_string(third),
+                  Joined({39, WayWhole, third, 0}, Bytes(one.begin(), one.end())));
+        }
     }
     TableSeed("beginning", 0, Bytes(table.begin(), table.begin() + 512));
     TableSeed("end", 0, Bytes(table.end() - 512, table.end()));

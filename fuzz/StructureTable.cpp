@@ -20,13 +20,13 @@ constexpr std::uint32_t TableAddress = 0xE0000;
 constexpr std::uint32_t SegmentAddress = 0xF0000;
 constexpr std::size_t SegmentSize = 0x10000;
 constexpr unsigned MostInstances = 3;
-constexpr std::uint8_t MostRows = 27; // of any type, and one more
+constexpr std::uint8_t MostRows = 43; // of any type, and one more
 
 // The types of a table's structures as they come up when it is walked.
 std::bitset<256> TypesOf(const StandIn::Bytes& table) {
     std::bitset<256> types;
     DmiStruct structure({table.data(), table.size()});
-    for (int examined = 0; examined < 128 && structure.Exists(); ++examined) {
+    while (structure.Exists()) {
         types.set(structure.Type());
         if (!DmiNextStructGet(&structure)) {
             break;
@@ -75,6 +75,7 @@ void RowsRead(std::uint8_t type, std::uint8_t selected) {
         StructFieldRead(type * RyxFieldsPerType + row, 1, &value);
     }
     StructAreaRead(type, 1, selected, &value);
+    StructStringsRead(type, 1, &value);
     StructStringRead(type * RyxFieldsPerType + selected, 2, &text);
 }
 
@@ -103,6 +104,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (rows) {
         SmbiosVersionGet(&ViewerSmbiosMajor, &ViewerSmbiosMinor);
         SelectionCheck(field, instances % MostInstances, ways);
+        StructuresCount();
     }
     for (std::size_t type = 0; type < StructDecoderTable.size(); ++type) {
         const StructDecoder* const decoder = StructDecoderFind(type);

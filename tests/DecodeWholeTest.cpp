@@ -2,9 +2,7 @@
 #include "Lib/Common/DriverLoad.h"
 #include "Lib/Common/LibraryContext.h"
 #include "machine/model/SampleMachine.h"
-#include "viewer/StructDispatch.h"
-
-#include "tests/DecoderCases.h" // behind what its name for bytes would hide
+#include "tests/DecoderCases.h"
 
 #include <map>
 
@@ -40,18 +38,35 @@ const WholeCase WholeCases[] = {
     {7, 15, 0x1B, "Installed Cache Size2 : 0x1A191817 - 437852183KB, 427590MB, 417GB\n"},
     {9, 15, 0x12, "Data Bus Width (Base) : 0x11 - Unrecognized\n", {{0x12, 2}}},
     {9, 16, 0x13, "Peer Grouping Count : 0x02 (2)\n", {{0x12, 2}}},
-    {9, 17, 0x1D, "Peer Groups :\n01.  Segment Group Number : 0x1413\n     Bus Number : 0x15\n     Device/Function Number : 0x16\n     Data Bus Width : 0x17 - Unrecognized\n02.  Segment Group Number : 0x1918\n     Bus Number : 0x1A\n     Device/Function Number : 0x1B\n     Data Bus Width : 0x1C - Unrecognized\n", {{0x12, 2}}},
+    {9,
+     17,
+     0x1D,
+     "Peer Groups :\n01.  Segment Group Number : 0x1413\n     Bus Number : 0x15\n     Device/Function Number : 0x16\n     Data Bus Width : 0x17 - Unrecognized\n02.  Segment Group Number : 0x1918\n     Bus Number : 0x1A\n     Device/Function Number : 0x1B\n     Data Bus Width : 0x1C - Unrecognized\n",
+     {{0x12, 2}}},
     {9, 18, 0x1E, "Slot Information : 0x1D (29)\n", {{0x12, 2}}},
     {9, 19, 0x1F, "Slot Physical Width : 0x1E - Unrecognized\n", {{0x12, 2}}},
     {9, 20, 0x21, "Slot Pitch : 0x201F (82.23 mm)\n", {{0x12, 2}}},
     {9, 21, 0x22, "Slot Height : 0x21 - Unrecognized\n", {{0x12, 2}}},
-    {10, 6, 0x0A, "Device Type : 0x06\n Status : Device Disabled\n Type : TokenRing\nDescription String : s07\nDevice Type : 0x08\n Status : Device Disabled\n Type : PATAController\nDescription String : s09\n", {}, Ending::Shorter},
+    {10,
+     6,
+     0x0A,
+     "Device Type : 0x06\n Status : Device Disabled\n Type : TokenRing\nDescription String : s07\nDevice Type : 0x08\n Status : Device Disabled\n Type : PATAController\nDescription String : s09\n",
+     {},
+     Ending::Shorter},
     {11, 5, 0x05, "String 1 : s01\nString 2 : s02\nString 3 : s03\nString 4 : s04\n"},
     {12, 5, 0x05, "String 1 : s01\nString 2 : s02\nString 3 : s03\nString 4 : s04\n"},
     {13, 8, 0x05, "Language 1 : s01\nLanguage 2 : s02\nLanguage 3 : s03\nLanguage 4 : s04\n"},
-    {14, 7, 0x0E, "Item Type : 0x08 (08)\nItem Handle : 0x0A09 (2569)\nItem Type : 0x0B (11)\nItem Handle : 0x0D0C (3340)\n", {}, Ending::Shorter},
+    {14,
+     7,
+     0x0E,
+     "Item Type : 0x08 (08)\nItem Handle : 0x0A09 (2569)\nItem Type : 0x0B (11)\nItem Handle : 0x0D0C (3340)\n",
+     {},
+     Ending::Shorter},
     {17, 26, 0x29, "Memory Technology : 0x28 - Unrecognized\n"},
-    {17, 27, 0x2B, "Memory Operating Mode Capability : 0x2A29\n" + Bits(0x2A29, {"Reserved, set to 0", "Other", "Unknown", "Volatile memory", "Byte-accessible persistent memory", "Block-accessible persistent memory"})},
+    {17, 27, 0x2B,
+     "Memory Operating Mode Capability : 0x2A29\n" +
+         Bits(0x2A29, {"Reserved, set to 0", "Other", "Unknown", "Volatile memory", "Byte-accessible persistent memory",
+                       "Block-accessible persistent memory"})},
     {17, 28, 0x2C, "Firmware Version : s2B\n"},
     {17, 29, 0x2E, "Module Manufacturer ID : 0x2D2C (Bank 45, Code 0x2D)\n"},
     {17, 30, 0x30, "Module Product ID : 0x2F2E \n"},
@@ -67,19 +82,31 @@ const WholeCase WholeCases[] = {
     {17, 40, 0x60, "PMIC0 Revision Number : 0x5F5E \n"},
     {17, 41, 0x62, "RCD Manufacturer ID : 0x6160 (Bank 97, Code 0x61)\n"},
     {17, 42, 0x64, "RCD Revision Number : 0x6362 \n"},
-    {37, 11, 0x10, "Memory2 Device Load : 0x0A (10)\nMemory Device2 Handle : 0x0C0B (3083)\nMemory3 Device Load : 0x0D (13)\nMemory Device3 Handle : 0x0F0E (3854)\n", {{0x06, 4}}},
+    {37,
+     11,
+     0x10,
+     "Memory2 Device Load : 0x0A (10)\nMemory Device2 Handle : 0x0C0B (3083)\nMemory3 Device Load : 0x0D (13)\nMemory Device3 Handle : 0x0F0E (3854)\n",
+     {{0x06, 4}}},
     {39, 16, 0x06, "Location : s05\n"},
     {42, 6, 0x11, "Interface Type Specific Data Length : 0x06 (6)\n", {{0x05, 6}, {0x0C, 1}, {0x0E, 2}}},
     {42, 7, 0x11, "Interface Type Specific Data :\n  06 07 08 09 0A 0B\n", {{0x05, 6}, {0x0C, 1}, {0x0E, 2}}},
     {42, 8, 0x11, "Number of Protocol Records : 0x01 (1)\n", {{0x05, 6}, {0x0C, 1}, {0x0E, 2}}},
-    {42, 9, 0x11, "Protocol Records :\n01.  Protocol Type : 0x0D - Reserved\n     Protocol Type Specific Data Length : 0x02 (2)\n     Protocol Type Specific Data :\n       0F 10\n", {{0x05, 6}, {0x0C, 1}, {0x0E, 2}}},
+    {42,
+     9,
+     0x11,
+     "Protocol Records :\n01.  Protocol Type : 0x0D - Reserved\n     Protocol Type Specific Data Length : 0x02 (2)\n     Protocol Type Specific Data :\n       0F 10\n",
+     {{0x05, 6}, {0x0C, 1}, {0x0E, 2}}},
     {43, 4, 0x08, "Vendor ID : 0x04 0x05 0x06 0x07 - \4\5\6\7\n"},
     {43, 5, 0x09, "Major Spec Version : 0x08 (8)\n"},
     {43, 6, 0x0A, "Minor Spec Version : 0x09 (9)\n"},
     {43, 7, 0x0E, "Firmware Version 1 : 0x0D0C0B0A\n"},
     {43, 8, 0x12, "Firmware Version 2 : 0x11100F0E\n"},
     {43, 9, 0x13, "Description : s12\n"},
-    {43, 10, 0x1B, "Characteristics : 0x1A19181716151413\n" + Bits(0x13, {"Reserved", "Reserved", "TPM Device Characteristics are not supported", "Family configurable via firmware update", "Family configurable via platform software support", "Family configurable via OEM proprietary mechanism"})},
+    {43, 10, 0x1B,
+     "Characteristics : 0x1A19181716151413\n" +
+         Bits(0x13, {"Reserved", "Reserved", "TPM Device Characteristics are not supported",
+                     "Family configurable via firmware update", "Family configurable via platform software support",
+                     "Family configurable via OEM proprietary mechanism"})},
     {43, 11, 0x1F, "OEM-defined : 0x1E1D1C1B\n"},
     {44, 4, 0x06, "Referenced Handle : 0x0504 (1284)\n"},
     {44, 5, 0x07, "Processor-specific Block Length : 0x06 (6)\n"},
@@ -152,7 +179,8 @@ TEST(DecodeWhole, EveryNewerFieldAloneAndAByteTooShort) {
             EXPECT_EQ(less, "\n");
             EXPECT_EQ(ShownAtTableEnd(each, 1), "\n");
         } else {
-            EXPECT_EQ(each.Lines.rfind(less.substr(1, less.size() - (each.Short == Ending::Cut ? 2 : 1)), 0), 0U) << less;
+            EXPECT_EQ(each.Lines.rfind(less.substr(1, less.size() - (each.Short == Ending::Cut ? 2 : 1)), 0), 0U)
+                << less;
             EXPECT_LT(less.size(), each.Lines.size() + 1);
         }
         const bool known = StructDecoderTable[each.Type]->Form < DecoderForm::Newer;
@@ -176,22 +204,34 @@ struct SeeCase {
 };
 
 constexpr SeeCase SeeCases[] = {
-    {0, 8, 0x09, 1, 0xFF, 0x18, 0x1A, "BIOS ROM Size : 0xFF - See Extended BIOS ROM Size\n", "BIOS ROM Size : 0xFF (16384 KB)\n"},
+    {0, 8, 0x09, 1, 0xFF, 0x18, 0x1A, "BIOS ROM Size : 0xFF - See Extended BIOS ROM Size\n",
+     "BIOS ROM Size : 0xFF (16384 KB)\n"},
     {3, 14, 0x11, 1, 0xFF, 0x17, 0x18, "Height : 0xFF - See Rack Height\n", "Height : 0xFF (255)\n"},
-    {4, 15, 0x19, 1, 0xFF, 0x32, 0x33, "Processor Upgrade : 0xFF - See Socket Type\n", "Processor Upgrade : 0xFF - Unrecognized\n"},
+    {4, 15, 0x19, 1, 0xFF, 0x32, 0x33, "Processor Upgrade : 0xFF - See Socket Type\n",
+     "Processor Upgrade : 0xFF - Unrecognized\n"},
     {4, 22, 0x23, 1, 0xFF, 0x2A, 0x2C, "Core Count : 0xFF - See Core Count2\n", "Core Count : 0xFF (255)\n"},
     {4, 23, 0x24, 1, 0xFF, 0x2C, 0x2E, "Core Enabled : 0xFF - See Core Enabled2\n", "Core Enabled : 0xFF (255)\n"},
     {4, 24, 0x25, 1, 0xFF, 0x2E, 0x30, "Thread Count : 0xFF - See Thread Count2\n", "Thread Count : 0xFF (255)\n"},
-    {7, 6, 0x07, 2, 0xFFFF, 0x13, 0x17, "Maximum Cache Size : 0xFFFF - See Maximum Cache Size2\n", "Maximum Cache Size : 0xFFFF\n Maximum Granularity : 64 KB\n Maximum Size : 2097088 KB\n"},
-    {7, 7, 0x09, 2, 0xFFFF, 0x17, 0x1B, "Installed Size : 0xFFFF - See Installed Cache Size2\n", "Installed Size : 0xFFFF\n Installed Granularity : 64 KB\n Installed Size : 2097088 KB\n"},
-    {16, 7, 0x07, 4, 0x80000000, 0x0F, 0x17, "Maximum Capacity : 0x80000000 - See Extended Maximum Capacity\n", "Maximum Capacity : 0x80000000 - Unknown\n"},
-    {17, 8, 0x0C, 2, 0x7FFF, 0x1C, 0x20, "Size : 0x7FFF - See Extended Size\n", "Size : 0x7FFF - 33553408KB, 32767MB, 31GB\n"},
+    {7, 6, 0x07, 2, 0xFFFF, 0x13, 0x17, "Maximum Cache Size : 0xFFFF - See Maximum Cache Size2\n",
+     "Maximum Cache Size : 0xFFFF\n Maximum Granularity : 64 KB\n Maximum Size : 2097088 KB\n"},
+    {7, 7, 0x09, 2, 0xFFFF, 0x17, 0x1B, "Installed Size : 0xFFFF - See Installed Cache Size2\n",
+     "Installed Size : 0xFFFF\n Installed Granularity : 64 KB\n Installed Size : 2097088 KB\n"},
+    {16, 7, 0x07, 4, 0x80000000, 0x0F, 0x17, "Maximum Capacity : 0x80000000 - See Extended Maximum Capacity\n",
+     "Maximum Capacity : 0x80000000 - Unknown\n"},
+    {17, 8, 0x0C, 2, 0x7FFF, 0x1C, 0x20, "Size : 0x7FFF - See Extended Size\n",
+     "Size : 0x7FFF - 33553408KB, 32767MB, 31GB\n"},
     {17, 15, 0x15, 2, 0xFFFF, 0x54, 0x58, "Speed : 0xFFFF - See Extended Speed\n", "Speed : 0xFFFF (65535)MT/s\n"},
-    {17, 22, 0x20, 2, 0xFFFF, 0x58, 0x5C, "Configured Memory Clock Speed : 0xFFFF - See Extended Configured Memory Speed\n", "Configured Memory Clock Speed : 0xFFFF (65535)MT/s\n"},
-    {19, 4, 0x04, 4, 0xFFFFFFFF, 0x0F, 0x1F, "Starting Address : 0xFFFFFFFF - See Extended Starting Address\n", "Starting Address : 0xFFFFFFFF - -1KB, 4194303MB, 4095GB\n"},
-    {19, 5, 0x08, 4, 0xFFFFFFFF, 0x17, 0x1F, "Ending Address : 0xFFFFFFFF - See Extended Ending Address\n", "Ending Address : 0xFFFFFFFF - -1KB, 4194303MB, 4095GB\n"},
-    {20, 4, 0x04, 4, 0xFFFFFFFF, 0x13, 0x23, "Starting Address : 0xFFFFFFFF - See Extended Starting Address\n", "Starting Address : 0xFFFFFFFF - -1KB, 4194303MB, 4095GB\n"},
-    {20, 5, 0x08, 4, 0xFFFFFFFF, 0x1B, 0x23, "Ending Address : 0xFFFFFFFF - See Extended Ending Address\n", "Ending Address : 0xFFFFFFFF - -1KB, 4194303MB, 4095GB\n"},
+    {17, 22, 0x20, 2, 0xFFFF, 0x58, 0x5C,
+     "Configured Memory Clock Speed : 0xFFFF - See Extended Configured Memory Speed\n",
+     "Configured Memory Clock Speed : 0xFFFF (65535)MT/s\n"},
+    {19, 4, 0x04, 4, 0xFFFFFFFF, 0x0F, 0x1F, "Starting Address : 0xFFFFFFFF - See Extended Starting Address\n",
+     "Starting Address : 0xFFFFFFFF - -1KB, 4194303MB, 4095GB\n"},
+    {19, 5, 0x08, 4, 0xFFFFFFFF, 0x17, 0x1F, "Ending Address : 0xFFFFFFFF - See Extended Ending Address\n",
+     "Ending Address : 0xFFFFFFFF - -1KB, 4194303MB, 4095GB\n"},
+    {20, 4, 0x04, 4, 0xFFFFFFFF, 0x13, 0x23, "Starting Address : 0xFFFFFFFF - See Extended Starting Address\n",
+     "Starting Address : 0xFFFFFFFF - -1KB, 4194303MB, 4095GB\n"},
+    {20, 5, 0x08, 4, 0xFFFFFFFF, 0x1B, 0x23, "Ending Address : 0xFFFFFFFF - See Extended Ending Address\n",
+     "Ending Address : 0xFFFFFFFF - -1KB, 4194303MB, 4095GB\n"},
 };
 
 TEST(DecodeWhole, LinesThatReferToAnotherField) {
@@ -230,7 +270,9 @@ TEST(DecodeWhole, SpecialValuesAndTexts) {
     const std::string ones(16, 'F');
     const Bytes eightOnes(8, 0xFF);
     ExpectWhole(0, 0x1A,
-                {{10, 0x12, {0x00, 0x60},
+                {{10,
+                  0x12,
+                  {0x00, 0x60},
                   "BIOS Characteristics Extension1 : 0x00\n" +
                       Bits(0, {"ACPI supported", "USB Legacy is supported", "AGP is supported", "I2O boot is supported",
                                "LS-120 boot is supported", "ATAPI ZIP Drive boot is supported",
@@ -244,39 +286,50 @@ TEST(DecodeWhole, SpecialValuesAndTexts) {
                  {15, 0x18, {0x10, 0x40}, "Extended BIOS ROM Size : 0x4010 (16 GB)\n"},
                  {15, 0x18, {0x10, 0x80}, "Extended BIOS ROM Size : 0x8010 - Unrecognized\n"},
                  {15, 0x18, {0x10, 0xC0}, "Extended BIOS ROM Size : 0xC010 - Unrecognized\n"}});
-    ExpectWhole(3, 0x18, {{20, 0x16, {0}, "Rack Type : 0x00 - Unspecified\n"}, {20, 0x16, {1}, "Rack Type : 0x01 - OU\n"}});
-    ExpectWhole(4, 0x33,
-                {{6, 0x06, {0x6B}, "Processor Family : 0x6B - AMD Zen Processor Family\n"},
-                 {6, 0x06, {0x2C}, "Processor Family : 0x2C - Intel(R) Core(TM) M processor\n"},
-                 {6, 0x06, {0x6C}, "Processor Family : 0x6C - Reserved [6C]\n"},
-                 {26, 0x28, {0x66, 0x00},
-                  "Processor Family2 : 0x0066 - AMD Athlon(TM) X4 Quad-Core Processor Family\n"},
-                 {26, 0x28, {0x07, 0x03}, "Processor Family2 : 0x0307 - Intel(R) Core(TM) Ultra 9\n"},
-                 {14, 0x18, {0x41}, "Status : 0x41 - CPU Enabled\n Socket : Populated\n"},
-                 {14, 0x18, {0x87}, "Status : 0x87 - Other\n Socket : Unpopulated\n"},
-                 {25, 0x26, {0x00, 0x03},
-                  "Processor Characteristics : 0x0300\n" +
-                      Bits(0x300, {"Reserved", "Unknown", "64-bit Capable", "Multi-Core", "Hardware Thread",
-                                   "Execute Protection", "Enhanced Virtualization", "Power/Performance Control",
-                                   "128-bit Capable", "Arm64 SoC ID"})},
-                 {27, 0x2A, {0, 0}, "Core Count2 : 0x0000 - Unknown\n"},
-                 {28, 0x2C, {0, 0}, "Core Enabled2 : 0x0000 - Unknown\n"},
-                 {29, 0x2E, {0, 0}, "Thread Count2 : 0x0000 - Unknown\n"},
-                 {30, 0x30, {0, 0}, "Thread Enabled : 0x0000 - Unknown\n"},
-                 {30, 0x30, {0xFF, 0xFF}, "Thread Enabled : 0xFFFF (65535)\n"},
-                 {31, 0x32, {0}, "Socket Type : NULL\n"}});
+    ExpectWhole(3, 0x18,
+                {{20, 0x16, {0}, "Rack Type : 0x00 - Unspecified\n"}, {20, 0x16, {1}, "Rack Type : 0x01 - OU\n"}});
+    ExpectWhole(
+        4, 0x33,
+        {{6, 0x06, {0x6B}, "Processor Family : 0x6B - AMD Zen Processor Family\n"},
+         {6, 0x06, {0x2C}, "Processor Family : 0x2C - Intel(R) Core(TM) M processor\n"},
+         {6, 0x06, {0x6C}, "Processor Family : 0x6C - Reserved [6C]\n"},
+         {26, 0x28, {0x66, 0x00}, "Processor Family2 : 0x0066 - AMD Athlon(TM) X4 Quad-Core Processor Family\n"},
+         {26, 0x28, {0x07, 0x03}, "Processor Family2 : 0x0307 - Intel(R) Core(TM) Ultra 9\n"},
+         {14, 0x18, {0x41}, "Status : 0x41 - CPU Enabled\n Socket : Populated\n"},
+         {14, 0x18, {0x87}, "Status : 0x87 - Other\n Socket : Unpopulated\n"},
+         {25,
+          0x26,
+          {0x00, 0x03},
+          "Processor Characteristics : 0x0300\n" +
+              Bits(0x300,
+                   {"Reserved", "Unknown", "64-bit Capable", "Multi-Core", "Hardware Thread", "Execute Protection",
+                    "Enhanced Virtualization", "Power/Performance Control", "128-bit Capable", "Arm64 SoC ID"})},
+         {27, 0x2A, {0, 0}, "Core Count2 : 0x0000 - Unknown\n"},
+         {28, 0x2C, {0, 0}, "Core Enabled2 : 0x0000 - Unknown\n"},
+         {29, 0x2E, {0, 0}, "Thread Count2 : 0x0000 - Unknown\n"},
+         {30, 0x30, {0, 0}, "Thread Enabled : 0x0000 - Unknown\n"},
+         {30, 0x30, {0xFF, 0xFF}, "Thread Enabled : 0xFFFF (65535)\n"},
+         {31, 0x32, {0}, "Socket Type : NULL\n"}});
     ExpectWhole(7, 0x1B,
-                {{6, 0x07, {0x00, 0x84},
+                {{6,
+                  0x07,
+                  {0x00, 0x84},
                   "Maximum Cache Size : 0x8400\n Maximum Granularity : 64 KB\n Maximum Size : 65536 KB\n"},
-                 {7, 0x09, {0x00, 0x04},
+                 {7,
+                  0x09,
+                  {0x00, 0x04},
                   "Installed Size : 0x0400\n Installed Granularity : 01 KB\n Installed Size : 1024 KB\n"},
                  {14, 0x13, {0, 0, 0, 0}, "Maximum Cache Size2 : 0x00000000 - Unknown\n"},
                  {14, 0x13, {0x00, 0x04, 0, 0x80}, "Maximum Cache Size2 : 0x80000400 - 65536KB, 64MB, 0GB\n"},
-                 {14, 0x13, {0xFF, 0xFF, 0xFF, 0xFF},
+                 {14,
+                  0x13,
+                  {0xFF, 0xFF, 0xFF, 0xFF},
                   "Maximum Cache Size2 : 0xFFFFFFFF - 137438953408KB, 134217727MB, 131071GB\n"},
                  {15, 0x17, {0, 0, 0, 0}, "Installed Cache Size2 : 0x00000000 - Unknown\n"}});
     ExpectWhole(9, 0x18,
-                {{11, 0x0C, {0xF8},
+                {{11,
+                  0x0C,
+                  {0xF8},
                   "Slot Characteristics2 : 0xF8\n" +
                       Bits(0xF8, {"PCI Power Management Enable", "Slot Support hot-plug devices",
                                   "PCI slot supports SMBus signal", "PCIe slot supports bifurcation",
@@ -288,42 +341,47 @@ TEST(DecodeWhole, SpecialValuesAndTexts) {
                  {20, 0x15, {0xF0, 0x07}, "Slot Pitch : 0x07F0 (20.32 mm)\n"},
                  {21, 0x17, {4}, "Slot Height : 0x04 - Low-profile\n"}});
     ExpectWhole(16, 0x17,
-                {{10, 0x0F, {0, 0, 0, 0, 0, 6, 0, 0},
+                {{10,
+                  0x0F,
+                  {0, 0, 0, 0, 0, 6, 0, 0},
                   "Extended Maximum Capacity : 0x60000000000 - 6442450944KB, 6291456MB, 6144GB\n"}});
-    ExpectWhole(17, 0x64,
-                {{6, 0x08, {0xFF, 0xFF}, "Total Width : 0xFFFF - Unknown\n"},
-                 {7, 0x0A, {0xFF, 0xFF}, "Data Width : 0xFFFF - Unknown\n"},
-                 {8, 0x0C, {0, 0}, "Size : 0x0000 - No Module Installed\n"},
-                 {8, 0x0C, {0xFF, 0xFF}, "Size : 0xFFFF - Unknown\n"},
-                 {8, 0x0C, {0x00, 0x88}, "Size : 0x8800 - 2048KB, 2MB, 0GB\n"},
-                 {8, 0x0C, {0x00, 0x20}, "Size : 0x2000 - 8388608KB, 8192MB, 8GB\n"},
-                 {14, 0x13, {0x00, 0x80},
-                  "Type Detail : 0x8000\n" +
-                      Bits(0x8000, {"Reserved, set to 0", "Other", "Unknown", "Fast-paged", "Static column",
-                                    "Pseudo-static", "RAMBUS", "Synchronous", "CMOS", "EDO", "Window DRAM", "Cache DRAM",
-                                    "Non-volatile", "Registered (Buffered)", "Unbuffered (Unregistered)", "LRDIMM"})},
-                 {21, 0x1C, {0, 0, 0, 0}, "Extended Size : 0x00000000\n"},
-                 {21, 0x1C, {0, 0, 1, 0x80}, "Extended Size : 0x80010000 - 65536MB, 64GB\n"},
-                 {26, 0x28, {0}, "Memory Technology : 0x00 - \n"},
-                 {26, 0x28, {7}, "Memory Technology : 0x07 - Intel(R) Optane(TM) persistent memory\n"},
-                 {26, 0x28, {8}, "Memory Technology : 0x08 - MRDIMM\n"},
-                 {29, 0x2C, {0, 0}, "Module Manufacturer ID : 0x0000 - Unknown\n"},
-                 {29, 0x2C, {0x01, 0x98}, "Module Manufacturer ID : 0x9801 (Bank 2, Code 0x98)\n"},
-                 {29, 0x2C, {0x80, 0xCE}, "Module Manufacturer ID : 0xCE80 (Bank 1, Code 0xCE)\n"},
-                 {30, 0x2E, {0, 0}, "Module Product ID : 0x0000 - Unknown\n"},
-                 {31, 0x30, {0, 0}, "Memory Subsystem Controller Manufacturer ID : 0x0000 - Unknown\n"},
-                 {32, 0x32, {0, 0}, "Memory Subsystem Controller Product ID : 0x0000 - Unknown\n"},
-                 {33, 0x34, {0}, "Non-volatile Size : 0x0 - None\n"},
-                 {34, 0x3C, eightOnes, "Volatile Size : 0x" + ones + " - Unknown\n"},
-                 {35, 0x44, {0}, "Cache Size : 0x0 - None\n"},
-                 {36, 0x4C, eightOnes, "Logical Size : 0x" + ones + " - Unknown\n"},
-                 {37, 0x54, {0}, "Extended Speed : 0x00000000\n"},
-                 {37, 0x54, {1, 0, 0, 0x80}, "Extended Speed : 0x80000001 (1)MT/s\n"},
-                 {38, 0x58, {0}, "Extended Configured Memory Speed : 0x00000000\n"},
-                 {39, 0x5C, {0, 0}, "PMIC0 Manufacturer ID : 0x0000 - Unknown\n"},
-                 {40, 0x5E, {0x00, 0xFF}, "PMIC0 Revision Number : 0xFF00 - Unknown\n"},
-                 {41, 0x60, {0, 0}, "RCD Manufacturer ID : 0x0000 - Unknown\n"},
-                 {42, 0x62, {0x00, 0xFF}, "RCD Revision Number : 0xFF00 - Unknown\n"}});
+    ExpectWhole(
+        17, 0x64,
+        {{6, 0x08, {0xFF, 0xFF}, "Total Width : 0xFFFF - Unknown\n"},
+         {7, 0x0A, {0xFF, 0xFF}, "Data Width : 0xFFFF - Unknown\n"},
+         {8, 0x0C, {0, 0}, "Size : 0x0000 - No Module Installed\n"},
+         {8, 0x0C, {0xFF, 0xFF}, "Size : 0xFFFF - Unknown\n"},
+         {8, 0x0C, {0x00, 0x88}, "Size : 0x8800 - 2048KB, 2MB, 0GB\n"},
+         {8, 0x0C, {0x00, 0x20}, "Size : 0x2000 - 8388608KB, 8192MB, 8GB\n"},
+         {14,
+          0x13,
+          {0x00, 0x80},
+          "Type Detail : 0x8000\n" +
+              Bits(0x8000, {"Reserved, set to 0", "Other", "Unknown", "Fast-paged", "Static column", "Pseudo-static",
+                            "RAMBUS", "Synchronous", "CMOS", "EDO", "Window DRAM", "Cache DRAM", "Non-volatile",
+                            "Registered (Buffered)", "Unbuffered (Unregistered)", "LRDIMM"})},
+         {21, 0x1C, {0, 0, 0, 0}, "Extended Size : 0x00000000\n"},
+         {21, 0x1C, {0, 0, 1, 0x80}, "Extended Size : 0x80010000 - 65536MB, 64GB\n"},
+         {26, 0x28, {0}, "Memory Technology : 0x00 - \n"},
+         {26, 0x28, {7}, "Memory Technology : 0x07 - Intel(R) Optane(TM) persistent memory\n"},
+         {26, 0x28, {8}, "Memory Technology : 0x08 - MRDIMM\n"},
+         {29, 0x2C, {0, 0}, "Module Manufacturer ID : 0x0000 - Unknown\n"},
+         {29, 0x2C, {0x01, 0x98}, "Module Manufacturer ID : 0x9801 (Bank 2, Code 0x98)\n"},
+         {29, 0x2C, {0x80, 0xCE}, "Module Manufacturer ID : 0xCE80 (Bank 1, Code 0xCE)\n"},
+         {30, 0x2E, {0, 0}, "Module Product ID : 0x0000 - Unknown\n"},
+         {31, 0x30, {0, 0}, "Memory Subsystem Controller Manufacturer ID : 0x0000 - Unknown\n"},
+         {32, 0x32, {0, 0}, "Memory Subsystem Controller Product ID : 0x0000 - Unknown\n"},
+         {33, 0x34, {0}, "Non-volatile Size : 0x0 - None\n"},
+         {34, 0x3C, eightOnes, "Volatile Size : 0x" + ones + " - Unknown\n"},
+         {35, 0x44, {0}, "Cache Size : 0x0 - None\n"},
+         {36, 0x4C, eightOnes, "Logical Size : 0x" + ones + " - Unknown\n"},
+         {37, 0x54, {0}, "Extended Speed : 0x00000000\n"},
+         {37, 0x54, {1, 0, 0, 0x80}, "Extended Speed : 0x80000001 (1)MT/s\n"},
+         {38, 0x58, {0}, "Extended Configured Memory Speed : 0x00000000\n"},
+         {39, 0x5C, {0, 0}, "PMIC0 Manufacturer ID : 0x0000 - Unknown\n"},
+         {40, 0x5E, {0x00, 0xFF}, "PMIC0 Revision Number : 0xFF00 - Unknown\n"},
+         {41, 0x60, {0, 0}, "RCD Manufacturer ID : 0x0000 - Unknown\n"},
+         {42, 0x62, {0x00, 0xFF}, "RCD Revision Number : 0xFF00 - Unknown\n"}});
     ExpectWhole(42, 8,
                 {{4, 0x04, {0x0A}, "Interface Type : 0x0A - I3C\n"},
                  {4, 0x04, {0x3F}, "Interface Type : 0x3F - Reserved\n"},
@@ -383,8 +441,9 @@ TEST(DecodeWhole, HostInterfacesOfEitherLayout) {
     EXPECT_EQ(shown({0xF0, 3, 0, 0, 1, 0}, 5), "\n") << "too few data for a vendor";
     EXPECT_EQ(shown({0x40, 1, 0x00, 0}, 7),
               "\nInterface Type Specific Data :\n  00\n Device Type : 0x00 - Unrecognized\n");
-    EXPECT_EQ(shown({0x40, 5, 0x80, 0x00, 0x00, 0x01, 0x57, 0}, 7),
-              "\nInterface Type Specific Data :\n  80 00 00 01 57\n Device Type : 0x80 - OEM\n Vendor ID : 0x00000157\n");
+    EXPECT_EQ(
+        shown({0x40, 5, 0x80, 0x00, 0x00, 0x01, 0x57, 0}, 7),
+        "\nInterface Type Specific Data :\n  80 00 00 01 57\n Device Type : 0x80 - OEM\n Vendor ID : 0x00000157\n");
     EXPECT_EQ(shown({0x40, 4, 0x02, 0x2B, 0x1A, 0x03, 0}, 7),
               "\nInterface Type Specific Data :\n  02 2B 1A 03\n Device Type : 0x02 - USB Network Interface\n");
     // A host name that says more than its record has.
@@ -433,8 +492,8 @@ TEST(DecodeWhole, OtherTypesHaveTheirBytesAndStrings) {
 // Every number up to the last one of its type shows something of the sample server, and the next one nothing.
 TEST(DecodeWhole, EveryFieldOfTheSampleServerAlone) {
     constexpr std::pair<std::uint8_t, int> lastFields[] = {
-        {0, 15},  {1, 11},  {3, 21},  {4, 31},  {7, 15},  {9, 21},  {10, 6},  {11, 5},  {12, 5},  {13, 8},
-        {14, 7},  {16, 10}, {17, 42}, {19, 9},  {20, 12}, {37, 11}, {39, 16}, {42, 9},  {43, 11}, {44, 7},
+        {0, 15},  {1, 11},  {3, 21},  {4, 31},  {7, 15},  {9, 21},  {10, 6},  {11, 5}, {12, 5},  {13, 8},
+        {14, 7},  {16, 10}, {17, 42}, {19, 9},  {20, 12}, {37, 11}, {39, 16}, {42, 9}, {43, 11}, {44, 7},
         {45, 16}, {46, 6},  {47, 5},  {126, 3}, {127, 3}, {128, 5}, {221, 5}, {255, 5}};
     StartOver(StandIn::SampleServer());
     ASSERT_EQ(DriverRequest(DriverLoad), RyxOk);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tests/Support.h"
+#include "viewer/StructDispatch.h" // before a name for bytes that one of its own would shadow
 #include "viewer/ViewerState.h"
 
 #include <algorithm>

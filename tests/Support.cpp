@@ -67,8 +67,9 @@ std::string Decoded(std::uint8_t type, const StandIn::SmbiosBuilder& table, std:
     return shown[1];
 }
 
-Viewed View(const std::vector<std::string>& arguments, StandIn::Machine machine) {
+Viewed View(const std::vector<std::string>& arguments, StandIn::Machine machine, bool whole) {
     StartOver(std::move(machine));
+    LibraryContextGet().WholeTable = whole;
     EXPECT_EQ(DriverRequest(DriverLoad), RyxOk);
     ArgumentVector argv(Behind("Quarrinet", arguments));
     RyxArgsSet(argv.Count(), argv.Data());

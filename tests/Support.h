@@ -30,7 +30,7 @@ struct Viewed {
     std::uint32_t Error;
     std::string Output;
 };
-Viewed View(const std::vector<std::string>& arguments, StandIn::Machine machine);
+Viewed View(const std::vector<std::string>& arguments, StandIn::Machine machine, bool whole = false);
 
 // A process that ended.
 struct Ran {
