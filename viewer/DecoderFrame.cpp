@@ -73,7 +73,11 @@ bool StructShow(const StructDecoder& decoder, const StructPlace& place) {
         return true;
     }
     FieldValue type;
-    if (!FieldRead(place, TypeRow, &type) || type.Number >= StructTypeNameTable.size()) {
+    const RyxStatus status = StructFieldRead(place.Type * RyxFieldsPerType + TypeRow, place.Instance, &type);
+    if (status == RyxErrorObject && RyxSmbiosWholeGet()) {
+        return true; // of the whole table, with all its types, those that follow are not looked for one by one
+    }
+    if (status != RyxOk || type.Number >= StructTypeNameTable.size()) {
         return false;
     }
     ViewerDecoderRan = 1;
