@@ -9,6 +9,19 @@
 #include <string>
 #include <vector>
 
+// Whether AddressSanitizer watches, which needs more memory than any limit leaves.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool UnderSanitizer = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr bool UnderSanitizer = true;
+#else
+constexpr bool UnderSanitizer = false;
+#endif
+#else
+constexpr bool UnderSanitizer = false;
+#endif
+
 // Makes the machine the process's, and the library and the viewer as they are at process start.
 void StartOver(StandIn::Machine machine);
 
