@@ -241,6 +241,9 @@ constexpr ExtentRule ExtentRules[] = {
 
 static_assert(std::size(ExtentRules) == static_cast<std::size_t>(DmiRule::ComponentHandles) + 1);
 
+// What ends a string set.
+constexpr std::string_view TwoZeros("\0\0", 2);
+
 // From a structure's string set on to the table's end.
 std::string_view SetOf(const DmiStruct& structure) {
     const std::span<const std::uint8_t> set = structure.From(structure.FormattedLength());
@@ -354,12 +357,11 @@ bool DmiNextStructGet(DmiStruct* structure) {
     if (structure == nullptr || !structure->Exists()) {
         return false;
     }
-    constexpr std::string_view twoZeros("\0\0", 2);
-    const std::size_t setEnd = SetOf(*structure).find(twoZeros);
+    const std::size_t setEnd = SetOf(*structure).find(TwoZeros);
     if (setEnd == std::string_view::npos) {
         return false;
     }
-    const auto length = static_cast<std::uint32_t>(structure->FormattedLength() + setEnd + twoZeros.size());
+    const auto length = static_cast<std::uint32_t>(structure->FormattedLength() + setEnd + TwoZeros.size());
     const DmiStruct next(structure->From(length), structure->SmbiosVersion());
     if (next.Exists()) {
         *structure = next;
@@ -419,7 +421,7 @@ RyxStatus DmiStructStringsGet(const DmiStruct& structure, RyxBin** bin) {
         return RyxErrorArgument;
     }
     const std::string_view set = SetOf(structure);
-    const std::size_t end = set.substr(0, 1) == std::string_view("", 1) ? 0 : set.find(std::string_view("\0", 2));
+    const std::size_t end = set.starts_with('\0') ? 0 : set.find(TwoZeros);
     std::string_view texts = set.substr(0, end);
     if (texts.ends_with('\0')) {
         texts.remove_suffix(1); // the table ends with a string's NUL
