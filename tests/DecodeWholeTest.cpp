@@ -426,6 +426,10 @@ TEST(DecodeWhole, VersionsCountWhereStrayBytesWould) {
     EXPECT_EQ(Decoded(3, SmbiosBuilder().Begin(3).Raw(area), 20, sku), "\nBoot-up State : 0x00 - None\n");
 }
 
+TEST(DecodeWhole, ChannelsOfTwoHaveNoDeviceBetween) {
+    ExpectWhole(37, 13, {{11, 6, {2}, ""}});
+}
+
 // A host interface without a length in front of its data, or whose records don't fit, is one of the older layout.
 TEST(DecodeWhole, HostInterfacesOfEitherLayout) {
     const auto shown = [](const Bytes& area, std::int64_t field) {
@@ -452,11 +456,56 @@ TEST(DecodeWhole, HostInterfacesOfEitherLayout) {
     Bytes redfish{0x02, 0, 1, 4, 94};
     redfish.resize(5 + 90);
     redfish.insert(redfish.end(), {200, 'b', 'm', 'c'});
+    redfish[5 + 17] = 2; // of IPv6
+    redfish[5 + 18] = 0xFE;
+    redfish[5 + 19] = 0x80;
+    redfish[5 + 33] = 0x0A;
     const std::string records = shown(redfish, 9);
     const std::string end = "Redfish Service Hostname Length : 0xC8 (200)\n     Redfish Service Hostname : bmc\n";
     EXPECT_TRUE(records.ends_with(end)) << records;
-    EXPECT_NE(records.find("     Host IP Address : 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n"),
+    EXPECT_NE(records.find("     Host IP Address : fe80:0000:0000:0000:0000:0000:0000:000a\n"), std::string::npos);
+    EXPECT_NE(records.find("     Redfish Service IP Mask : 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n"),
               std::string::npos);
+    for (const Bytes& cut : {Bytes{0xF0, 4, 1, 2, 3}, {0xF0, 4, 1, 2, 3, 4}, {0xF0, 4, 1, 2, 3, 4, 1, 2}}) {
+        EXPECT_EQ(shown(cut, 6), "\n") << "data, count or record end behind the structure, at " << cut.size();
+    }
+}
+
+// Every byte of a network device's data is its own offset there, but for its type.
+TEST(DecodeWhole, NetworkDevicesShowWhatTheirDataReachTo) {
+    const std::string pci = "PCI/PCIe Network Interface";
+    const std::string pci2 = pci +
+                             " v2\n Vendor ID : 0x0302\n Device ID : 0x0504\n Subsystem Vendor ID : 0x0706\n"
+                             " Subsystem ID : 0x0908\n MAC Address : 0A:0B:0C:0D:0E:0F\n"
+                             " Segment Group Number : 0x1110\n Bus Number : 0x12\n Device/Function Number : 0x13\n";
+    struct {
+        std::uint8_t Device;
+        std::uint8_t Length;
+        std::string Lines;
+    } const cases[] = {
+        {2, 4, "USB Network Interface\n"},
+        {2, 5, "USB Network Interface\n Vendor ID : 0x0201\n Product ID : 0x0403\n"},
+        {3, 8, pci + "\n"},
+        {3, 9,
+         pci + "\n Vendor ID : 0x0201\n Device ID : 0x0403\n Subsystem Vendor ID : 0x0605\n Subsystem ID : 0x0807\n"},
+        {5, 19, pci + " v2\n"},
+        {5, 23, pci2},
+        {5, 24,
+         pci2 + " Device Characteristics : 0x1514\n" + Bits(0x1514, {"Credential bootstrapping via IPMI commands"}) +
+             " Credential Bootstrapping Handle : 0x1716\n"},
+        {6, 24, "Unrecognized\n"},
+    };
+    for (const auto& [device, length, lines] : cases) {
+        Bytes area{0x40, length, device};
+        for (std::uint8_t at = 1; at <= length; ++at) {
+            area.push_back(at < length ? at : 0); // and no record
+        }
+        Selection selection = Whole;
+        selection.Field = 7;
+        const std::string shown = Decoded(42, SmbiosBuilder().Begin(42).Raw(area), 39, selection);
+        const std::size_t at = std::min(shown.find(" Device Type"), shown.size());
+        EXPECT_EQ(shown.substr(at), " Device Type : 0x0" + std::to_string(device) + " - " + lines) << int(length);
+    }
 }
 
 TEST(DecodeWhole, OtherTypesHaveTheirBytesAndStrings) {
