@@ -168,7 +168,8 @@ Entry& EntryBegin(std::string_view label) {
     } else {
         FieldEntryEnd();
     }
-    for (JsonText* const text : {&entry.Label, &entry.Text, &entry.Meaning, &entry.Bits, &entry.Details, &entry.Items}) {
+    for (JsonText* const text :
+         {&entry.Label, &entry.Text, &entry.Meaning, &entry.Bits, &entry.Details, &entry.Items}) {
         text->Clear();
     }
     entry.Open = true;

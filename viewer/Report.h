@@ -1,5 +1,5 @@
-// What decoders say about a table, said once for two readers: the listing prints it line by line, and for programs every
-// structure becomes a JSON object on a line of its own, which is written whole or not at all.
+// What decoders say about a table, said once for two readers: the listing prints it line by line, and for programs
+// every structure becomes a JSON object on a line of its own, which is written whole or not at all.
 #pragma once
 
 #include "viewer/StructRead.h"
