@@ -3,6 +3,7 @@
 #include "machine/model/SampleMachine.h"
 #include "tests/Support.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <fstream>
@@ -194,7 +195,7 @@ TEST(Documents, TheManualListsTheFieldsOfEveryType) {
             for (std::size_t at; (at = label.find('\\')) != std::string::npos;) {
                 label.erase(at, 1);
             }
-            label.erase(label.find_last_not_of(" .") + 1);
+            label.erase(std::min(label.find(" (and "), label.find_last_not_of(" .") + 1)); // a second line of the field
             const Viewed viewed = View({"/nologo", "/type", type, "0", std::to_string(last)}, sample(), whole);
             EXPECT_EQ(viewed.Error, 0U) << "type " << type << ", field " << last;
             if (label[0] >= 'A' && label[0] <= 'Z') { // others say what they are in their own words
