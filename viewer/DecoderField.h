@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdint>
 #include <iterator>
+#include <memory>
 #include <span>
 #include <string_view>
 
@@ -229,7 +230,7 @@ consteval DecoderField GroupsField(std::uint8_t row, const char* format, std::sp
             throw "a group's bits are the value's";
         }
     }
-    field.Groups = groups;
+    std::construct_at(&field.Groups, groups); // the union holds another member until then
     return field;
 }
 
