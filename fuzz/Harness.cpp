@@ -63,6 +63,16 @@ int ProgramRun(const std::vector<std::string>& arguments, const std::function<st
     return code;
 }
 
+namespace {
+
+std::string* Collected = nullptr;
+
+} // namespace
+
+void OutputCollect(std::string* output) {
+    Collected = output;
+}
+
 void Fault(const std::string& what) {
     std::fprintf(stderr, "fuzz: %s\n", what.c_str());
     std::abort();
@@ -98,11 +108,15 @@ const std::string& WorkFolder() {
     return folder.Path;
 }
 
-// What the program prints is of no interest here: it takes the whole way to the stream, and ends there without a system
-// call for each print.
+// What the program prints takes the whole way to the stream, and ends there without a system call for each print.
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     cookie_io_functions_t discard{};
-    discard.write = [](void*, const char*, std::size_t size) { return static_cast<ssize_t>(size); };
+    discard.write = [](void*, const char* bytes, std::size_t size) {
+        if (Collected != nullptr) {
+            Collected->append(bytes, size);
+        }
+        return static_cast<ssize_t>(size);
+    };
     std::FILE* const stream = fopencookie(nullptr, "w", discard);
     if (std::freopen("/dev/null", "w", stdout) == nullptr || stream == nullptr) {
         Fault("/dev/null can't be opened");

@@ -41,6 +41,9 @@ void StartWithDriver(StandIn::Machine machine);
 // Runs the whole program on the process's machine, and gives its exit code.
 int ProgramRun(const std::vector<std::string>& arguments, const std::function<std::uint32_t()>& work = ViewerMain);
 
+// What is printed from here on, until it is asked for again, is collected here instead of being dropped.
+void OutputCollect(std::string* output);
+
 // Stops the fuzzer with a message: something that must never be was seen.
 [[noreturn]] void Fault(const std::string& what);
 

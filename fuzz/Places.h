@@ -19,6 +19,9 @@ constexpr std::uint8_t WayEmptySegment = 0x3F; // so it does, and no entry point
 constexpr std::uint8_t WayWhole = 0x40;        // no limit hides structures
 constexpr std::uint8_t WayConsole = 0x80;      // the output is a console
 
+// From this value on, an input's first byte asks for the output for programs; what is above it is the version.
+constexpr std::uint8_t ForPrograms = 200;
+
 // From these values on, an input's third byte asks for every row of the types in the table, one by one, and for the
 // decoders of all types, not of those in the table only.
 constexpr std::uint8_t EveryRow = 0xF0;

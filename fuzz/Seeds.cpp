@@ -69,6 +69,9 @@ void TableSeed(const std::string& name, std::uint8_t field, const Bytes& table) 
     static std::size_t number = 0;
     const std::uint8_t version = versions[number % std::size(versions)];
     Write("StructureTable", name, Joined({version, ways[number % std::size(ways)], 1, field}, table));
+    if (number % 4 == 0) {
+        Write("StructureTable", name + "-json", Joined({ForPrograms + 39, WayWhole, 1, field}, table));
+    }
     ++number;
 }
 
@@ -114,6 +117,8 @@ void StructureTables() {
         for (const std::uint8_t third : {std::uint8_t{1}, EveryRow}) {
             Write("StructureTable", name + "-" + std::to_string(third),
                   Joined({39, WayWhole, third, 0}, Bytes(one.begin(), one.end())));
+            Write("StructureTable", name + "-json-" + std::to_string(third),
+                  Joined({ForPrograms + 39, WayWhole, third, 0}, Bytes(one.begin(), one.end())));
         }
     }
     TableSeed("beginning", 0, Bytes(table.begin(), table.begin() + 512));

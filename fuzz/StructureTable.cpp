@@ -1,12 +1,14 @@
 // Fuzz target: a structure table through the decoders of the types that it holds, on either road.
-// Input: version; ways; instances, every row or every type; selected field; the table.
+// Input: version and kind of output; ways; instances, every row or every type; selected field; the table.
 #include "Lib/API/RyxSmbios.h"
 #include "Lib/Common/DmiInfoEntryGet.h"
 #include "Lib/Common/DmiParser.h"
 #include "Lib/Common/LibraryContext.h"
 #include "fuzz/Harness.h"
+#include "fuzz/JsonLines.h"
 #include "fuzz/Places.h"
 #include "machine/model/SmbiosBuilder.h"
+#include "viewer/Report.h"
 #include "viewer/StructDispatch.h"
 #include "viewer/StructRead.h"
 #include "viewer/ViewerState.h"
@@ -84,7 +86,8 @@ void RowsRead(std::uint8_t type, std::uint8_t selected) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const bool started = Started();
     InputReader input(data, size);
-    const std::uint8_t version = input.Byte() % 100;
+    const std::uint8_t first = input.Byte();
+    const std::uint8_t version = first % 100;
     const std::uint8_t ways = input.Byte();
     const std::uint8_t instances = input.Byte();
     const std::uint8_t field = input.Byte();
@@ -97,6 +100,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     TablePut(std::move(table), version, !service, (ways & WayEmptySegment) == WayEmptySegment);
     DmiInfoReset();
     ViewerStateReset();
+    ViewerJson = first >= ForPrograms;
+    LibraryContextGet().Options.Byte[RyxOptionQuiet] = ViewerJson ? 1 : 0; // messages are none of it
+    std::string output;
+    OutputCollect(ViewerJson ? &output : nullptr);
     LibraryContextGet().WholeTable = (ways & WayWhole) != 0;
     StandIn::MachineGet().Console = (ways & WayConsole) != 0 ? StandIn::ConsoleKind::Fixed : StandIn::ConsoleKind::None;
     ViewerInstanceEnd = service || every ? 2 : static_cast<std::uint8_t>(2 + instances % MostInstances);
@@ -121,6 +128,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             break; // one type is enough of what takes longer
         }
     }
+    OutputCollect(nullptr);
+    if (const std::string fault = JsonLinesFault(output); !fault.empty()) {
+        Fault(fault);
+    }
+    ReportRelease();
     ViewerBinsRelease();
     // What an input leaves behind would look like a leak.
     StandIn::MachineGet().Memory[0].Data = {};

@@ -10,6 +10,7 @@
 #include <iterator>
 #include <memory>
 #include <sstream>
+#include <utility>
 
 namespace {
 
@@ -126,6 +127,50 @@ TEST(Documents, TheReadmesWaysToBringTablesEndInAListing) {
         }
     }
     EXPECT_EQ(listings, 2);
+}
+
+// The recipes for scripts, of each document that has them: on the sample machine, and on a folder of dumps. The one for
+// PowerShell runs where that is.
+TEST(Documents, TheRecipesForScriptsWork) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(
+        std::system(("cd '" + folder.Path +
+                     "' && mkdir machines && ln -s '" QUARRINET_PROGRAM "' quarrinet && ln -s quarrinet Quarrinet.exe")
+                        .c_str()),
+        0);
+    StandIn::SmbiosBuilder builder;
+    builder.Begin(1).Raw(StandIn::Bytes(3)).String("SN-7\t8");
+    const StandIn::Bytes table = builder.Table();
+    StandIn::Bytes dump = StandIn::EntryPoint30(2, 7, 32, static_cast<std::uint32_t>(table.size()));
+    dump.resize(32);
+    dump.insert(dump.end(), table.begin(), table.end());
+    folder.Write("machines/a.dmp", dump);
+    const bool powerShell = std::system("command -v pwsh >/dev/null") == 0;
+    const std::pair<const char*, const char*> answers[] = {
+        {"    QUARRINET_FORMAT=json", "DIMM A1\t0x2000 - 8388608KB, 8192MB, 8GB\tM0000A1\n"},
+        {"    for f in", "machines/a.dmp\tSN-7\\t8\n"},
+        {"    $env:", "handle"},
+    };
+    for (const char* const document : {"README.md", "docs/json.md"}) {
+        std::size_t found = 0;
+        for (const std::string& line : LinesOf(document)) {
+            for (const auto& [begin, answer] : answers) {
+                if (line.rfind(begin, 0) != 0) {
+                    continue;
+                }
+                ++found;
+                if (line.rfind("    $env:", 0) == 0) {
+                    folder.Write("recipe.ps1", line);
+                    ASSERT_TRUE(!powerShell ||
+                                ShellRun(folder.Path, "pwsh -File recipe.ps1").find(answer) != std::string::npos);
+                    continue;
+                }
+                EXPECT_EQ(ShellRun(folder.Path, line).rfind(answer, 0), 0U) << document << ": " << line << "\n"
+                                                                            << ShellRun(folder.Path, line);
+            }
+        }
+        EXPECT_EQ(found, std::size(answers)) << document;
+    }
 }
 
 // The fields that the manual page lists: "4\~Vendor, 5\~BIOS Version, ..." in a paragraph under the type; in a section

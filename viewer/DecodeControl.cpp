@@ -1,5 +1,4 @@
 // Decoders of the event log and of what resets, guards and boots a system (types 15, 23, 24 and 30 to 32).
-#include "Lib/API/RyxPrint.h"
 #include "viewer/Decoders.h"
 
 #include <algorithm>
@@ -90,15 +89,16 @@ FieldOutcome EventLogDescriptorsShow(const DecoderField& field, const StructPlac
     if (count.Number == 0) {
         return FieldOutcome::Printed;
     }
-    RyxPrintf("Event Log Type Descriptors :\n");
+    ReportItems("Event Log Type Descriptors :\n");
     const std::size_t shown = std::min<std::size_t>(count.Number, list.Bytes.size() / 2);
     for (std::size_t i = 0; i < shown; ++i) {
-        const std::uint8_t logType = list.Bytes[2 * i];
-        const std::uint8_t dataFormat = list.Bytes[2 * i + 1];
-        RyxPrintf("%02d.  Log Type : 0x%02x - ", static_cast<int>(i + 1), logType);
-        RyxPrintf("%s\n", TextFind(EventLogTypeTexts, logType));
-        RyxPrintf("     Variable Data Format Type : 0x%02x - ", dataFormat);
-        RyxPrintf("%s\n", TextFind(EventLogDataFormatTexts, dataFormat));
+        const FieldValue logType = ValueOf(list.Bytes.subspan(2 * i, 1));
+        const FieldValue dataFormat = ValueOf(list.Bytes.subspan(2 * i + 1, 1));
+        ReportItem();
+        ReportLine(logType, "%02d.  Log Type : 0x%02x - ", static_cast<int>(i + 1), list.Bytes[2 * i]);
+        TextReport("%s\n", TextFind(EventLogTypeTexts, logType.Number));
+        ReportLine(dataFormat, "     Variable Data Format Type : 0x%02x - ", list.Bytes[2 * i + 1]);
+        TextReport("%s\n", TextFind(EventLogDataFormatTexts, dataFormat.Number));
     }
     return FieldOutcome::Printed;
 }
@@ -174,7 +174,7 @@ constexpr DecoderField Type30Fields[] = {
 
 // The row is a dword; the line shows the word at its start.
 void BisEntry16Print(const DecoderField& field, const FieldValue& value) {
-    RyxPrintf(field.Format, static_cast<unsigned>(value.Number & 0xFFFF));
+    ReportLine(value, field.Format, static_cast<unsigned>(value.Number & 0xFFFF));
 }
 
 constexpr DecoderField Type31Fields[] = {
@@ -208,10 +208,9 @@ constexpr TextTable BootStatusTexts{BootStatusLow, BootStatusRanges};
 
 // The status code, and whatever bytes the firmware put behind it, each read as a status of its own.
 void BootStatusPrint(const DecoderField& field, const FieldValue& value) {
-    FixedPrint(field.Format);
+    ReportItems(field.Format);
     for (const std::uint8_t status : value.Bytes) {
-        RyxPrintf("0x%02x - ", status);
-        RyxPrintf("%s\n", TextFind(BootStatusTexts, status));
+        ReportItemCode("0x%02x - ", status, TextFind(BootStatusTexts, status));
     }
 }
 

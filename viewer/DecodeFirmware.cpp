@@ -1,6 +1,5 @@
 // Decoders of trusted platform modules, further processor information, firmware inventories and string properties
 // (types 43 to 46).
-#include "Lib/API/RyxPrint.h"
 #include "Lib/LittleEndian.h"
 #include "viewer/Decoders.h"
 
@@ -12,13 +11,15 @@ namespace {
 
 // Four characters, as bytes and as the text that they are.
 void TpmVendorPrint(const DecoderField& field, const FieldValue& value) {
-    FixedPrint(field.Format);
+    ReportLine(value, field.Format, 0);
     for (const std::uint8_t byte : value.Bytes) {
-        RyxPrintf("0x%02X ", byte);
+        ReportMore("0x%02X ", byte);
     }
+    const std::string_view characters = TextOf(value.Bytes);
     char text[8] = "";
-    TextOf(value.Bytes).copy(text, sizeof text - 1);
-    RyxPrintf("- %s\n", text);
+    TextShown(characters).copy(text, sizeof text - 1);
+    ReportMore("- %s\n", text);
+    ReportMeaning(characters);
 }
 
 constexpr std::uint8_t TpmMajorRow = 4;
@@ -32,11 +33,11 @@ FieldOutcome TpmFirmwareShow(const DecoderField& field, const StructPlace& place
     }
     const auto number = static_cast<unsigned>(version.Number);
     if (major.Number == 1) {
-        RyxPrintf("Firmware Version 1 : 0x%08X (%d.%d)\n", number, number >> 16 & 0xFF, number >> 24);
+        ReportLine(version, "Firmware Version 1 : 0x%08X (%d.%d)\n", number, number >> 16 & 0xFF, number >> 24);
     } else if (major.Number == 2) {
-        RyxPrintf("Firmware Version 1 : 0x%08X (%d.%d)\n", number, number >> 16, number & 0xFFFF);
+        ReportLine(version, "Firmware Version 1 : 0x%08X (%d.%d)\n", number, number >> 16, number & 0xFFFF);
     } else {
-        RyxPrintf("Firmware Version 1 : 0x%08X\n", number);
+        ReportLine(version, "Firmware Version 1 : 0x%08X\n", number);
     }
     return FieldOutcome::Printed;
 }
@@ -115,11 +116,11 @@ void ComponentHandlesPrint(const DecoderField& field, const FieldValue& value) {
     if (value.Bytes.empty()) {
         return;
     }
-    FixedPrint(field.Format);
+    ReportItems(field.Format);
     for (std::size_t at = 0; at + 2 <= value.Bytes.size(); at += 2) {
-        RyxPrintf("0x%04X ", LittleEndianRead<std::uint16_t>(&value.Bytes[at]));
+        ReportItemNumber("0x%04X ", LittleEndianRead<std::uint16_t>(&value.Bytes[at]));
     }
-    RyxPrintf("\n");
+    ReportMore("\n");
 }
 
 constexpr DecoderField Type45Fields[] = {

@@ -1,8 +1,6 @@
 // Decoders of string lists, languages, groups, additional information, extended onboard device information, and the
 // marks of inactive structures and of the table's end (types 11 to 14, 40, 41, 126 and 127). Of the lists of types 11
 // to 14 they show what the field rows name: the count or the first item; the rest of them is shown of the whole table.
-#include "Lib/API/RyxPrint.h"
-#include "Lib/LittleEndian.h"
 #include "viewer/Decoders.h"
 
 namespace {
@@ -24,7 +22,7 @@ constexpr DecoderField Type13Fields[] = {
     StringField(6, "Current Languages : %s\n"),
 };
 
-constexpr DecoderField Type13Whole[] = {StringsField(7, "Language %d : %s\n")};
+constexpr DecoderField Type13Whole[] = {StringsField(7, "Language %d : %s\n", "Languages")};
 
 // Type 14, Group Associations.
 
@@ -36,13 +34,20 @@ constexpr DecoderField Type14Fields[] = {
 
 constexpr RecordLayout FurtherItems = {.Size = 3, .Fields = Type14Fields + 1, .FieldCount = 2};
 
-constexpr DecoderField Type14Whole[] = {RecordsField(6, &FurtherItems)};
+constexpr DecoderField Type14Whole[] = {RecordsField(6, &FurtherItems, "", "Further Items")};
 
 // Type 40, Additional Information.
 
 constexpr std::uint8_t EntryCountRow = 3;
 constexpr std::uint8_t EntryListOffset = 0x05;
 constexpr std::size_t EntryValueOffset = 5; // within an entry: what stands before its value
+
+constexpr RecordLine EntryLines[] = {
+    {0, 1, "Entry Length : 0x%02X (%02d)\n", "nn"},
+    {1, 2, "Referenced Handle : 0x%04X (%02d)\n", "nn"},
+    {3, 1, "Referenced Offset : 0x%02X\n"},
+    {4, 1, "String : 0x%02X\n"},
+};
 
 // Entries follow each other by their own lengths, so one that can't be right hides all that come after it.
 FieldOutcome AdditionalEntriesShow(const DecoderField&, const StructPlace& place) {
@@ -52,20 +57,18 @@ FieldOutcome AdditionalEntriesShow(const DecoderField&, const StructPlace& place
         !FieldRead(place, EntryCountRow, &count)) {
         return FieldOutcome::Unreadable;
     }
-    RyxPrintf("Number of Additional Information entries :\n");
+    ReportItems("Number of Additional Information entries :\n", "Additional Information entries");
     std::span<const std::uint8_t> list = entries.Bytes;
     for (; count.Number != 0 && !list.empty(); --count.Number) {
         const std::size_t length = list[0];
         if (length < EntryValueOffset || length > list.size()) {
             break;
         }
-        const unsigned handle = LittleEndianRead<std::uint16_t>(&list[1]);
-        RyxPrintf("Entry Length : 0x%02X (%02d)\n", list[0], list[0]);
-        RyxPrintf("Referenced Handle : 0x%04X (%02d)\n", handle, handle);
-        RyxPrintf("Referenced Offset : 0x%02X\n", list[3]);
-        RyxPrintf("String : 0x%02X\n", list[4]);
+        ReportItem();
+        RecordPrint(EntryLines, list.first(EntryValueOffset));
         if (length > EntryValueOffset) {
-            RyxPrintf("Value : 0x%02x\n", list[EntryValueOffset]);
+            ReportLine({list.subspan(EntryValueOffset, length - EntryValueOffset)}, "Value : 0x%02x\n",
+                       list[EntryValueOffset]);
         }
         list = list.subspan(length);
     }

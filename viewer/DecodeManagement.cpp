@@ -1,5 +1,4 @@
 // Decoders of management devices, IPMI and management controller host interfaces (types 34 to 36, 38 and 42).
-#include "Lib/API/RyxPrint.h"
 #include "viewer/Decoders.h"
 
 #include <algorithm>
@@ -128,12 +127,16 @@ constexpr TextRange HostInterfaceTypeRanges[] = {
 
 constexpr TextTable HostInterfaceTypeTexts{HostInterfaceTypeLow, HostInterfaceTypeRanges};
 
-void VendorPrint(std::span<const std::uint8_t> bytes) {
-    RyxPrintf(" Vendor ID : 0x");
-    for (const std::uint8_t byte : bytes) {
-        RyxPrintf("%02x", byte);
+void VendorPrint(std::span<const std::uint8_t> bytes, ReportPart part = ReportPart::Entry) {
+    if (part == ReportPart::Detail) {
+        ReportDetail(" Vendor ID : 0x%02x%02x%02x%02x\n", bytes[0], bytes[1], bytes[2], bytes[3]);
+        return;
     }
-    RyxPrintf("\n");
+    ReportLine(ValueOf(bytes), " Vendor ID : 0x");
+    for (const std::uint8_t byte : bytes) {
+        ReportMore("%02x", byte);
+    }
+    ReportMore("\n");
 }
 
 // Only an OEM interface's data has a known beginning: the vendor's number.
@@ -248,21 +251,21 @@ void NetworkDevicePrint(const NetworkDevice& device, const StructPlace& place, s
     if (data.size() < device.Least) {
         return;
     }
-    RecordPrint(device.Lines, data);
+    RecordPrint(device.Lines, data, 0, ReportPart::Detail);
     FieldValue strings;
     if (device.Serial != 0 && StructStringsRead(place.Type, place.Instance, &strings) == RyxOk) {
-        TextPrint(" Serial Number : %s\n", StringOf(strings, data[device.Serial]));
+        ReportText(" Serial Number : %s\n", StringOf(strings, data[device.Serial]), ReportPart::Detail);
     }
     if (device.MacAddress != 0) {
         const std::uint8_t* const mac = &data[device.MacAddress];
-        RyxPrintf(" MAC Address : %02X:%02X:%02X:%02X:%02X:%02X\n", mac[0], mac[1], mac[2], mac[3], mac[4], mac[5]);
+        ReportDetail(" MAC Address : %02X:%02X:%02X:%02X:%02X:%02X\n", mac[0], mac[1], mac[2], mac[3], mac[4], mac[5]);
     }
-    RecordPrint(device.PlaceLines, data);
+    RecordPrint(device.PlaceLines, data, 0, ReportPart::Detail);
     if (device.Characteristics != 0 && data.size() >= device.Characteristics + 4U) {
         const std::span<const std::uint8_t> end = data.subspan(device.Characteristics, 4);
-        RecordPrint(CharacteristicLines, end);
-        BitListPrint(end[0], NetworkCharacteristicNames);
-        RecordPrint(BootstrapLines, end);
+        RecordPrint(CharacteristicLines, end, 0, ReportPart::Detail);
+        ReportBits(end[0], NetworkCharacteristicNames);
+        RecordPrint(BootstrapLines, end, 0, ReportPart::Detail);
     }
 }
 
@@ -277,15 +280,14 @@ FieldOutcome HostDataShow(const DecoderField& field, const StructPlace& place) {
     if (data.Bytes.empty()) {
         return FieldOutcome::Printed;
     }
-    RyxPrintf("Interface Type Specific Data :\n");
-    RowsPrint(data.Bytes);
+    ReportRows("Interface Type Specific Data :\n", data.Bytes);
     if (type.Number != NetworkInterface) {
         return FieldOutcome::Printed;
     }
-    RecordPrint(NetworkDeviceLines, data.Bytes);
+    RecordPrint(NetworkDeviceLines, data.Bytes, 0, ReportPart::Detail);
     const std::uint8_t device = data.Bytes[0];
     if (device >= oemDevice && data.Bytes.size() >= 5) {
-        VendorPrint(data.Bytes.subspan(1, 4));
+        VendorPrint(data.Bytes.subspan(1, 4), ReportPart::Detail);
     } else if (device >= firstDevice && device - firstDevice < static_cast<int>(std::size(NetworkDevices))) {
         NetworkDevicePrint(NetworkDevices[device - firstDevice], place, data.Bytes);
     }
@@ -342,16 +344,13 @@ void AddressPrint(const char* format, std::uint8_t kind, const std::uint8_t* byt
         }
         text[kind == 2 ? end - 1 : std::min(end, sizeof text) - 1] = '\0';
     }
-    RyxPrintf(format, text);
+    ReportLine({{bytes, 16}}, format, text);
 }
 
 void RedfishPrint(std::span<const std::uint8_t> data) {
     constexpr std::size_t hostNameAt = 91;
-    RyxPrintf("     Service UUID : ");
-    for (const std::uint8_t byte : data.first(16)) {
-        RyxPrintf("0x%02X ", byte);
-    }
-    RyxPrintf("\n");
+    ReportBytes("     Service UUID : ", {data.first(16)});
+    ReportUuid();
     RecordPrint(HostAddressLines, data.subspan(16));
     AddressPrint("     Host IP Address : %s\n", data[17], &data[18]);
     AddressPrint("     Host IP Mask : %s\n", data[17], &data[34]);
@@ -361,8 +360,8 @@ void RedfishPrint(std::span<const std::uint8_t> data) {
     RecordPrint(ServiceLines, data.subspan(84));
     char name[256] = "";
     const std::size_t length = std::min<std::size_t>(data[hostNameAt - 1], data.size() - hostNameAt);
-    TextOf(data.subspan(hostNameAt, length)).copy(name, sizeof name - 1);
-    RyxPrintf("     Redfish Service Hostname : %s\n", name);
+    const std::size_t size = TextOf(data.subspan(hostNameAt, length)).copy(name, sizeof name - 1);
+    ReportText("     Redfish Service Hostname : %s\n", {name, size});
 }
 
 // The library gives the list only where all records are whole.
@@ -374,16 +373,16 @@ FieldOutcome HostRecordsShow(const DecoderField& field, const StructPlace& place
     }
     std::span<const std::uint8_t> list = value.Bytes;
     if (!list.empty()) {
-        RyxPrintf("Protocol Records :\n");
+        ReportItems("Protocol Records :\n");
     }
     for (unsigned number = 1; list.size() >= 2 && list.size() - 2 >= list[1]; ++number) {
         const std::span<const std::uint8_t> data = list.subspan(2, list[1]);
+        ReportItem();
         RecordPrint(ProtocolLines, list, number);
         if (list[0] == RedfishOverIp && data.size() >= redfishLeast) {
             RedfishPrint(data);
         } else if (!data.empty()) {
-            RyxPrintf("     Protocol Type Specific Data :\n");
-            RowsPrint(data, "       %s\n");
+            ReportRows("     Protocol Type Specific Data :\n", data, "       %s\n");
         }
         list = list.subspan(2 + data.size());
     }

@@ -1,14 +1,13 @@
 // Decoders of memory arrays, memory devices, the addresses that they are mapped to, memory errors and memory channels
 // (types 16 to 20, 33 and 37).
-#include "Lib/API/RyxPrint.h"
 #include "viewer/Decoders.h"
 
 namespace {
 
 // A value as it is stored, and the size that it states in KB, MB and GB.
 void CapacityPrint(const DecoderField& field, const FieldValue& value, std::uint32_t kilobytes) {
-    RyxPrintf(field.Format, static_cast<std::uint32_t>(value.Number), static_cast<std::int32_t>(kilobytes),
-              static_cast<std::int32_t>(kilobytes >> 10), static_cast<std::int32_t>(kilobytes >> 20));
+    ReportLine(value, field.Format, static_cast<std::uint32_t>(value.Number), static_cast<std::int32_t>(kilobytes),
+               static_cast<std::int32_t>(kilobytes >> 10), static_cast<std::int32_t>(kilobytes >> 20));
 }
 
 // Type 16, Physical Memory Array.
@@ -160,18 +159,18 @@ void MemorySizeWholePrint(const DecoderField& field, const FieldValue& value) {
 
 void ExtendedSizePrint(const DecoderField& field, const FieldValue& value) {
     const auto megabytes = static_cast<std::uint32_t>(value.Number & 0x7FFFFFFF);
-    RyxPrintf(field.Format, static_cast<std::uint32_t>(value.Number), megabytes, megabytes >> 10);
+    ReportLine(value, field.Format, static_cast<std::uint32_t>(value.Number), megabytes, megabytes >> 10);
 }
 
 void ExtendedSpeedPrint(const DecoderField& field, const FieldValue& value) {
-    RyxPrintf(field.Format, static_cast<std::uint32_t>(value.Number),
-              static_cast<std::uint32_t>(value.Number & 0x7FFFFFFF));
+    ReportLine(value, field.Format, static_cast<std::uint32_t>(value.Number),
+               static_cast<std::uint32_t>(value.Number & 0x7FFFFFFF));
 }
 
 // A maker's number: its bank, whose top bit is parity, and its code there.
 void MakerPrint(const DecoderField& field, const FieldValue& value) {
     const auto number = static_cast<std::uint32_t>(value.Number);
-    RyxPrintf(field.Format, number, (number & 0x7F) + 1, number >> 8);
+    ReportLine(value, field.Format, number, (number & 0x7F) + 1, number >> 8);
 }
 
 constexpr auto MemoryTypeDetailWholeNames = [] {
@@ -319,10 +318,10 @@ void MappedAddressPrint(const DecoderField& field, const FieldValue& value) {
     NumberPrint(field, value);
     if (value.Number != 0) {
         const auto kilobytes = static_cast<std::uint32_t>(value.Number);
-        RyxPrintf("- %dKB, %dMB, %dGB\n", static_cast<std::int32_t>(kilobytes),
-                  static_cast<std::int32_t>(kilobytes >> 10), static_cast<std::int32_t>(kilobytes >> 20));
+        ReportMore("- %dKB, %dMB, %dGB\n", static_cast<std::int32_t>(kilobytes),
+                   static_cast<std::int32_t>(kilobytes >> 10), static_cast<std::int32_t>(kilobytes >> 20));
     } else {
-        RyxPrintf("\n");
+        ReportMore("\n");
     }
 }
 
@@ -400,7 +399,7 @@ constexpr RecordLine MemoryChannelLines[] = {
 };
 constexpr RecordLayout MemoryChannelDevices = {.Size = 3, .First = 2, .Lines = MemoryChannelLines};
 
-constexpr DecoderField Type37Whole[] = {RecordsField(10, &MemoryChannelDevices)};
+constexpr DecoderField Type37Whole[] = {RecordsField(10, &MemoryChannelDevices, "", "Devices Between")};
 
 } // namespace
 

@@ -1,5 +1,4 @@
 // Decoders of memory controller, memory module and cache structures (types 5 to 7).
-#include "Lib/API/RyxPrint.h"
 #include "Lib/LittleEndian.h"
 #include "viewer/Decoders.h"
 #include "viewer/VoltageNames.h"
@@ -40,16 +39,16 @@ int SizeOfCode(std::uint64_t code) {
 }
 
 void MaximumModuleSizePrint(const DecoderField& field, const FieldValue& value) {
-    RyxPrintf(field.Format, static_cast<unsigned>(value.Number), SizeOfCode(value.Number));
+    ReportLine(value, field.Format, static_cast<unsigned>(value.Number), SizeOfCode(value.Number));
 }
 
 // The list is exactly as long as the number of slots says.
 void ModuleHandlesPrint(const DecoderField& field, const FieldValue& value) {
-    FixedPrint(field.Format);
+    ReportItems(field.Format);
     for (std::size_t at = 0; at + 2 <= value.Bytes.size(); at += 2) {
-        RyxPrintf("0x%04x ", LittleEndianRead<std::uint16_t>(&value.Bytes[at]));
+        ReportItemNumber("0x%04x ", LittleEndianRead<std::uint16_t>(&value.Bytes[at]));
     }
-    RyxPrintf("\n");
+    ReportMore("\n");
 }
 
 constexpr DecoderField Type5Fields[] = {
@@ -86,9 +85,9 @@ void ModuleSizePrint(const DecoderField& field, const FieldValue& value) {
     NumberPrint(field, value);
     const std::uint64_t code = value.Number & 0x7F;
     if (code < FirstTextSize) {
-        RyxPrintf("%04d MB\n", SizeOfCode(code));
+        ReportMore("%04d MB\n", SizeOfCode(code));
     } else {
-        RyxPrintf("%s\n", TextFind(ModuleSizeTexts, code - FirstTextSize));
+        TextReport("%s\n", TextFind(ModuleSizeTexts, code - FirstTextSize));
     }
 }
 
@@ -138,8 +137,8 @@ constexpr BitGroup CacheConfigurationGroups[] = {
 void CacheSizePrint(const FieldValue& value, const char* granularityFormat, const char* sizeFormat,
                     bool scaled = false) {
     const int granularity = (value.Number & 0x8000) != 0 ? 64 : 1;
-    RyxPrintf(granularityFormat, granularity);
-    RyxPrintf(sizeFormat, static_cast<int>(value.Number & 0x7FFF) * (scaled ? granularity : 1));
+    ReportDetail(granularityFormat, granularity);
+    ReportDetail(sizeFormat, static_cast<int>(value.Number & 0x7FFF) * (scaled ? granularity : 1));
 }
 
 template <bool Scaled> void MaximumCacheSizePrint(const DecoderField& field, const FieldValue& value) {

@@ -1,5 +1,4 @@
 // Decoders of port, slot, on-board device and pointing device structures (types 8 to 10 and 21).
-#include "Lib/API/RyxPrint.h"
 #include "viewer/Decoders.h"
 
 namespace {
@@ -101,11 +100,7 @@ constexpr TextTable PortTypeTexts = TextTable(PortTypeLow, PortTypeHigh, OtherPo
 // A code and, in a print of its own, its text. The format of code FFh holds the text, which the pager counts.
 void PortCodePrint(const DecoderField& field, const FieldValue& value) {
     NumberPrint(field, value);
-    if (value.Number == OtherPort) {
-        RyxPrintf("Other\n");
-    } else {
-        RyxPrintf("%s\n", TextFind(field.Texts, value.Number));
-    }
+    TextReport(value.Number == OtherPort ? "Other\n" : "%s\n", TextFind(field.Texts, value.Number));
 }
 
 constexpr DecoderField Type8Fields[] = {
@@ -279,7 +274,7 @@ constexpr RecordLayout PeerGroups = {.Size = 5, .Lines = PeerGroupLines};
 
 void SlotPitchPrint(const DecoderField& field, const FieldValue& value) {
     const auto hundredths = static_cast<unsigned>(value.Number);
-    RyxPrintf(field.Format, hundredths, hundredths / 100, hundredths % 100);
+    ReportLine(value, field.Format, hundredths, hundredths / 100, hundredths % 100);
 }
 
 constexpr NumberCase SlotPitchCases[] = {{0, "Slot Pitch : 0x%04X - %s\n", "Unknown"}};
@@ -315,7 +310,7 @@ constexpr DecoderField Type10Fields[] = {
 
 constexpr RecordLayout FurtherDevices = {.Size = 2, .Fields = Type10Fields, .FieldCount = 2};
 
-constexpr DecoderField Type10Whole[] = {RecordsField(5, &FurtherDevices)};
+constexpr DecoderField Type10Whole[] = {RecordsField(5, &FurtherDevices, "", "Further Devices")};
 
 // Type 21, Built-in Pointing Device.
 

@@ -1,5 +1,4 @@
 // The decoder of processor structures (type 4).
-#include "Lib/API/RyxPrint.h"
 #include "viewer/Decoders.h"
 #include "viewer/VoltageNames.h"
 
@@ -285,12 +284,15 @@ void FamilyPrint(const DecoderField& field, const FieldValue& value) {
     } else if (text == nullptr) {
         text = TextFind(ProcessorFamilyNewer, code);
     }
-    RyxPrintf(field.Format, code, text != nullptr ? text : UnrecognizedText);
+    text = text != nullptr ? text : UnrecognizedText;
+    ReportLine(value, field.Format, code, text);
+    ReportMeaning(text);
 }
 
 void FamilyWholePrint(const DecoderField& field, const FieldValue& value) {
     if (const char* const text = TextFind(ProcessorFamilyNamed, value.Number); text != nullptr) {
-        RyxPrintf(field.Format, static_cast<unsigned int>(value.Number), text);
+        ReportLine(value, field.Format, static_cast<unsigned int>(value.Number), text);
+        ReportMeaning(text);
     } else {
         FamilyPrint(field, value);
     }
@@ -391,10 +393,10 @@ constexpr std::uint64_t VoltageFormBit = 0x80;
 void VoltagePrint(const DecoderField& field, const FieldValue& value) {
     NumberPrint(field, value);
     if ((value.Number & VoltageFormBit) == 0) {
-        RyxPrintf("\n");
-        BitListPrint(value.Number, ProcessorVoltageNames);
+        ReportMore("\n");
+        ReportBits(value.Number, ProcessorVoltageNames);
     } else {
-        RyxPrintf(" - %s\n", TextFind(ProcessorVoltageTexts, value.Number - VoltageFormBit));
+        TextReport(" - %s\n", TextFind(ProcessorVoltageTexts, value.Number - VoltageFormBit));
     }
 }
 
@@ -427,9 +429,10 @@ constexpr DecoderField Type4Fields[] = {
 constexpr const char* ProcessorSocketTexts[] = {"Unpopulated", "Populated"};
 
 void StatusWholePrint(const DecoderField& field, const FieldValue& value) {
-    RyxPrintf(field.Format, static_cast<unsigned int>(value.Number),
-              TextFind(ProcessorStatusTexts, value.Number & 0x07));
-    RyxPrintf(" Socket : %s\n", ProcessorSocketTexts[value.Number >> 6 & 1]);
+    const char* const status = TextFind(ProcessorStatusTexts, value.Number & 0x07);
+    ReportLine(value, field.Format, static_cast<unsigned int>(value.Number), status);
+    ReportMeaning(status);
+    ReportDetail(" Socket : %s\n", ProcessorSocketTexts[value.Number >> 6 & 1]);
 }
 
 constexpr const char* ProcessorCharacteristicNewerNames[] = {"128-bit Capable", "Arm64 SoC ID", nullptr};

@@ -1,5 +1,4 @@
 // Decoders of BIOS, system, base board and chassis structures (types 0 to 3).
-#include "Lib/API/RyxPrint.h"
 #include "Lib/LittleEndian.h"
 #include "viewer/Decoders.h"
 
@@ -60,16 +59,16 @@ constexpr auto BiosCharacteristicExt2WholeNames =
 
 void RomSizePrint(const DecoderField& field, const FieldValue& value) {
     const auto units = static_cast<unsigned int>(value.Number);
-    RyxPrintf(field.Format, units, (units + 1) * 64);
+    ReportLine(value, field.Format, units, (units + 1) * 64);
 }
 
 void ExtensionBytesPrint(const FieldValue& value, const char* const* secondNames) {
-    const std::uint64_t first = value.Number & 0xFF;
-    const std::uint64_t second = value.Number >> 8;
-    RyxPrintf("BIOS Characteristics Extension1 : 0x%02X\n", static_cast<unsigned int>(first));
-    BitListPrint(first, BiosCharacteristicExt1Names);
-    RyxPrintf("BIOS Characteristics Extension2 : 0x%02X\n", static_cast<unsigned int>(second));
-    BitListPrint(second, secondNames);
+    const FieldValue first = ValueOf(value.Bytes.first(1));
+    const FieldValue second = ValueOf(value.Bytes.subspan(1));
+    ReportLine(first, "BIOS Characteristics Extension1 : 0x%02X\n", static_cast<unsigned int>(first.Number));
+    ReportBits(first.Number, BiosCharacteristicExt1Names);
+    ReportLine(second, "BIOS Characteristics Extension2 : 0x%02X\n", static_cast<unsigned int>(second.Number));
+    ReportBits(second.Number, secondNames);
 }
 
 void ExtensionPrint(const DecoderField&, const FieldValue& value) {
@@ -86,9 +85,10 @@ void ExtendedRomSizePrint(const DecoderField&, const FieldValue& value) {
                                        "Extended BIOS ROM Size : 0x%04X (%d GB)\n"};
     const auto number = static_cast<unsigned>(value.Number);
     if (const unsigned unit = number >> 14; unit < std::size(formats)) {
-        RyxPrintf(formats[unit], number, number & 0x3FFF);
+        ReportLine(value, formats[unit], number, number & 0x3FFF);
     } else {
-        RyxPrintf("Extended BIOS ROM Size : 0x%04X - %s\n", number, UnrecognizedText);
+        ReportLine(value, "Extended BIOS ROM Size : 0x%04X - %s\n", number, UnrecognizedText);
+        ReportMeaning(UnrecognizedText);
     }
 }
 
@@ -127,7 +127,7 @@ constexpr DecoderField Type1Fields[] = {
     StringField(4, "Product Name : %s\n"),
     StringField(5, "Version : %s\n"),
     StringField(6, "Serial Number : %s\n"),
-    BytesField(7, "UUID : "),
+    UuidField(7, "UUID : "),
     TextField(8, "Wake-up Type : 0x%02X - %s\n", WakeUpTypeTexts),
     StringField(9, "SKU Number : %s\n"),
     StringField(10, "Family : %s\n"),
@@ -161,10 +161,9 @@ FieldOutcome ContainedHandlesShow(const DecoderField& field, const StructPlace& 
     if (!FieldRead(place, field.Row, &list) || !FieldRead(place, ContainedCountRow, &count)) {
         return FieldOutcome::Unreadable;
     }
-    RyxPrintf("Contained Object Handles : ");
+    ReportItems("Contained Object Handles : ");
     for (std::size_t i = 0; i < std::min<std::size_t>(count.Number, list.Bytes.size() / 2); ++i) {
-        const unsigned handle = LittleEndianRead<std::uint16_t>(&list.Bytes[2 * i]);
-        RyxPrintf("0x%02x (%d)\n", handle, handle);
+        ReportItemNumber("0x%02x (%d)\n", LittleEndianRead<std::uint16_t>(&list.Bytes[2 * i]));
     }
     return FieldOutcome::Printed;
 }
@@ -231,14 +230,27 @@ constexpr const char* ChassisSecurityTexts[] = {
 
 constexpr std::uint32_t ChassisTypeMask = 0x7F; // bit 7 tells of a lock
 
-void ContainedElementsPrint(const DecoderField& field, const FieldValue& value) {
-    FixedPrint(field.Format);
-    if (value.Bytes.empty()) {
-        RyxPrintf("0x00 (0)\n");
+constexpr std::uint8_t ElementLengthRow = 16;
+
+// The list is as long as the number and the length of its records say.
+FieldOutcome ContainedElementsShow(const DecoderField& field, const StructPlace& place) {
+    FieldValue list;
+    FieldValue length;
+    if (!FieldRead(place, field.Row, &list)) {
+        return FieldOutcome::Unreadable;
     }
-    for (const std::uint8_t byte : value.Bytes) {
-        RyxPrintf("0x%02x\n", byte);
+    ReportItems("Contained Elements : ");
+    if (list.Bytes.empty()) {
+        ReportMore("0x00 (0)\n");
+        return FieldOutcome::Printed;
     }
+    const std::size_t size = FieldRead(place, ElementLengthRow, &length) ? length.Number : 0;
+    for (std::span<const std::uint8_t> rest = list.Bytes; !rest.empty();) {
+        const std::size_t record = size == 0 ? rest.size() : std::min(size, rest.size());
+        ReportItemBytes("0x%02x\n", rest.first(record));
+        rest = rest.subspan(record);
+    }
+    return FieldOutcome::Printed;
 }
 
 constexpr DecoderField Type3Fields[] = {
@@ -255,8 +267,8 @@ constexpr DecoderField Type3Fields[] = {
     NumberField(13, "Height : 0x%02X (%d)\n"),
     NumberField(14, "Number of Power Cords : 0x%02X (%d)\n"),
     NumberField(15, "Contained Element Count : 0x%02X (%d)\n"),
-    NumberField(16, "Contained Element Record Length : 0x%02X (%d)\n"),
-    OwnField(17, ContainedElementsPrint, "Contained Elements : ", ""),
+    NumberField(ElementLengthRow, "Contained Element Record Length : 0x%02X (%d)\n"),
+    OwnField(17, ContainedElementsShow),
     StringField(18, "SKU Number : %s\n"),
 };
 

@@ -1,7 +1,6 @@
 // The ready-made shapes of fields.
 #include "viewer/DecoderField.h"
 
-#include "Lib/API/RyxPrint.h"
 #include "Lib/API/RyxSmbios.h"
 #include "Lib/DmiFieldTable.h"
 #include "Lib/LittleEndian.h"
@@ -12,9 +11,6 @@
 
 namespace {
 
-// What one print holds.
-constexpr std::size_t PrintLimit = 1023;
-
 std::uint32_t FieldOf(const StructPlace& place, std::uint8_t row) {
     return place.Type * RyxFieldsPerType + row;
 }
@@ -24,7 +20,7 @@ FieldOutcome StringShow(const DecoderField& field, const StructPlace& place) {
     if (StructStringRead(FieldOf(place, field.Row), place.Instance, &text) != RyxOk) {
         return FieldOutcome::Unreadable;
     }
-    TextPrint(field.Format, text);
+    ReportText(field.Format, text);
     return FieldOutcome::Printed;
 }
 
@@ -34,10 +30,11 @@ FieldOutcome StringsShow(const DecoderField& field, const StructPlace& place) {
     if (!FieldRead(place, field.Row, &count) || StructStringsRead(place.Type, place.Instance, &strings) != RyxOk) {
         return FieldOutcome::Unreadable;
     }
+    ReportItems("", field.Mark, strings.Bytes);
     unsigned number = 0;
     for (std::size_t at = 0; at < strings.Bytes.size() && (count.Bytes.empty() || number < count.Number);) {
         const std::string_view text = TextOf(strings.Bytes.subspan(at));
-        TextPrint(field.Format, text, ++number);
+        ReportItemText(field.Format, ++number, text);
         at += text.size() + 1;
     }
     return FieldOutcome::Printed;
@@ -47,26 +44,18 @@ void GroupsPrint(std::span<const BitGroup> groups, std::uint64_t value) {
     for (const BitGroup& group : groups) {
         const auto code = static_cast<unsigned int>(value >> group.Shift & group.Mask);
         if (group.Texts.Low.empty()) {
-            RyxPrintf(group.Format, code);
+            ReportDetail(group.Format, code);
         } else {
-            RyxPrintf(group.Format, TextFind(group.Texts, code));
+            ReportDetail(group.Format, TextFind(group.Texts, code));
         }
     }
 }
 
-void BytesPrint(const char* label, std::span<const std::uint8_t> bytes) {
-    FixedPrint(label);
-    for (const std::uint8_t byte : bytes) {
-        RyxPrintf("0x%02X ", byte);
-    }
-    RyxPrintf("\n");
-}
-
 void SizePrint(const DecoderField& field, const FieldValue& value) {
     const std::uint64_t kilobytes = field.Kilobytes(value.Number);
-    const auto print = [&field, kilobytes](auto number) {
-        RyxPrintf(field.Format, number, static_cast<unsigned long long>(kilobytes),
-                  static_cast<unsigned long long>(kilobytes >> 10), static_cast<unsigned long long>(kilobytes >> 20));
+    const auto print = [&field, &value, kilobytes](auto number) {
+        ReportLine(value, field.Format, number, static_cast<unsigned long long>(kilobytes),
+                   static_cast<unsigned long long>(kilobytes >> 10), static_cast<unsigned long long>(kilobytes >> 20));
     };
     if (value.Bytes.size() > sizeof(std::uint32_t)) {
         print(static_cast<unsigned long long>(value.Number));
@@ -81,10 +70,9 @@ void FieldsAgainPrint(const RecordLayout& layout, const StructPlace& place, std:
     const std::uint8_t base = DmiRowFind(place.Type, layout.Fields->Row)->Offset;
     for (const DecoderField& field : std::span(layout.Fields, layout.FieldCount)) {
         const DmiFieldDescriptor& row = *DmiRowFind(place.Type, field.Row);
-        const std::span<const std::uint8_t> bytes = record.subspan(row.Offset - base, DmiRowWidth(row));
-        const FieldValue value{bytes, LittleEndianRead(bytes.data(), bytes.size())};
+        const FieldValue value = ValueOf(record.subspan(row.Offset - base, DmiRowWidth(row)));
         if (field.Shape == FieldShape::String) {
-            TextPrint(field.Format, StringOf(strings, static_cast<std::uint32_t>(value.Number)));
+            ReportText(field.Format, StringOf(strings, static_cast<std::uint32_t>(value.Number)));
         } else {
             ValuePrint(field, place, value);
         }
@@ -98,12 +86,11 @@ void RecordsPrint(const DecoderField& field, const StructPlace& place, const Fie
         (layout.Fields != nullptr && StructStringsRead(place.Type, place.Instance, &strings) != RyxOk)) {
         return;
     }
-    if (*field.Format != '\0') {
-        FixedPrint(field.Format);
-    }
+    ReportItems(field.Format, field.Mark);
     unsigned number = layout.First;
     for (std::size_t at = 0; at + layout.Size <= value.Bytes.size(); at += layout.Size, ++number) {
         const std::span<const std::uint8_t> record = value.Bytes.subspan(at, layout.Size);
+        ReportItem();
         if (layout.Fields != nullptr) {
             FieldsAgainPrint(layout, place, record, strings);
         } else {
@@ -132,9 +119,14 @@ bool CasePrint(const DecoderField& field, const StructPlace& place, const FieldV
     for (const NumberCase& each : field.Cases) {
         if (value.Number == each.Value && CaseApplies(each, place)) {
             if (value.Bytes.size() > sizeof(std::uint32_t)) {
-                RyxPrintf(each.Format, static_cast<unsigned long long>(value.Number), each.Text);
+                ReportLine(value, each.Format, static_cast<unsigned long long>(value.Number), each.Text);
             } else {
-                RyxPrintf(each.Format, static_cast<unsigned int>(value.Number), each.Text);
+                ReportLine(value, each.Format, static_cast<unsigned int>(value.Number), each.Text);
+            }
+            if (each.Text != nullptr) {
+                ReportMeaning(each.Text);
+            } else {
+                ReportMeaningOf(each.Format);
             }
             return true;
         }
@@ -144,63 +136,40 @@ bool CasePrint(const DecoderField& field, const StructPlace& place, const FieldV
 
 } // namespace
 
-void TextPrint(const char* format, std::string_view text, unsigned number) {
-    const std::string_view whole = format;
-    const std::size_t at = whole.find("%s");
-    const bool numbered = whole.find('%') != at;
-    char digits[12] = "";
-    const int digitCount = numbered ? std::snprintf(digits, sizeof digits, "%u", number) : 0;
-    if (whole.size() - (numbered ? 4 : 2) + static_cast<std::size_t>(digitCount) + text.size() <= PrintLimit) {
-        if (numbered) {
-            RyxPrintf(format, number, text.data());
-        } else {
-            RyxPrintf(format, text.data());
-        }
-        return;
-    }
-    // Too long for one print: the label, the text in pieces, and what follows it.
-    const std::size_t labelEnd = numbered ? whole.find('%') : at;
-    RyxPrintf("%.*s", static_cast<int>(labelEnd), format);
-    if (numbered) {
-        RyxPrintf("%u%.*s", number, static_cast<int>(at - labelEnd - 2), format + labelEnd + 2);
-    }
-    for (; !text.empty(); text.remove_prefix(std::min(text.size(), PrintLimit))) {
-        RyxPrintf("%.*s", static_cast<int>(std::min(text.size(), PrintLimit)), text.data());
-    }
-    FixedPrint(format + at + 2);
+FieldValue ValueOf(std::span<const std::uint8_t> bytes) {
+    return {bytes, LittleEndianRead(bytes.data(), bytes.size())};
 }
 
-void RowsPrint(std::span<const std::uint8_t> bytes, const char* row) {
-    constexpr std::size_t rowSize = 16;
-    for (; !bytes.empty(); bytes = bytes.subspan(std::min(bytes.size(), rowSize))) {
-        char text[3 * rowSize];
-        std::size_t at = 0;
-        for (const std::uint8_t byte : bytes.first(std::min(bytes.size(), rowSize))) {
-            std::snprintf(text + at, 3, "%02X", byte);
-            text[at + 2] = ' ';
-            at += 3;
-        }
-        text[at - 1] = '\0';
-        RyxPrintf(row, text);
-    }
+void TextReport(const char* format, const char* text) {
+    ReportMore(format, text);
+    ReportMeaning(text);
 }
 
-void RecordPrint(std::span<const RecordLine> lines, std::span<const std::uint8_t> record, unsigned number) {
+void RecordPrint(std::span<const RecordLine> lines, std::span<const std::uint8_t> record, unsigned number,
+                 ReportPart part) {
     for (const RecordLine& line : lines) {
         if (line.Offset + std::size_t{line.Width} > record.size()) {
             continue;
         }
-        const auto value = static_cast<unsigned>(LittleEndianRead(&record[line.Offset], line.Width));
-        const bool coded = !line.Texts.Low.empty();
-        const char* const text = coded ? TextFind(line.Texts, value) : nullptr;
-        if (line.Numbered && coded) {
-            RyxPrintf(line.Format, number, value, text);
+        const FieldValue value = ValueOf(record.subspan(line.Offset, line.Width));
+        const auto code = static_cast<unsigned>(value.Number);
+        const char* const text = line.Texts.Low.empty() ? nullptr : TextFind(line.Texts, code);
+        const auto say = [&](auto... values) {
+            if (part == ReportPart::Detail) {
+                ReportDetail(line.Format, values...);
+            } else {
+                ReportLine(value, line.Format, values...);
+                ReportMeaning(text != nullptr ? text : "");
+            }
+        };
+        if (line.Numbered && text != nullptr) {
+            say(number, code, text);
         } else if (line.Numbered) {
-            RyxPrintf(line.Format, number, value, value);
-        } else if (coded) {
-            RyxPrintf(line.Format, value, text);
+            say(number, code, code);
+        } else if (text != nullptr) {
+            say(code, text);
         } else {
-            RyxPrintf(line.Format, value, value);
+            say(code, code);
         }
     }
 }
@@ -218,35 +187,41 @@ void ValuePrint(const DecoderField& field, const StructPlace& place, const Field
         return;
     case FieldShape::Rows:
         if (!value.Bytes.empty()) {
-            FixedPrint(field.Format);
-            RowsPrint(value.Bytes);
+            ReportRows(field.Format, value.Bytes);
         }
         return;
     case FieldShape::Own:
         field.Print(field, value);
         return;
+    case FieldShape::Uuid:
     case FieldShape::Bytes:
-        BytesPrint(field.Format, value.Bytes);
+        ReportBytes(field.Format, value);
+        if (field.Shape == FieldShape::Uuid) {
+            ReportUuid();
+        }
         return;
-    case FieldShape::Text:
-        RyxPrintf(field.Format, static_cast<unsigned int>(value.Number),
-                  TextFind(field.Texts, value.Number & field.Mask));
+    case FieldShape::Text: {
+        const char* const text = TextFind(field.Texts, value.Number & field.Mask);
+        ReportLine(value, field.Format, static_cast<unsigned int>(value.Number), text);
+        ReportMeaning(text);
         return;
+    }
     default:
         NumberPrint(field, value);
     }
     switch (field.Shape) {
     case FieldShape::TextLine:
-        RyxPrintf(field.Mark, TextFind(field.Texts, value.Number));
+        TextReport(field.Mark, TextFind(field.Texts, value.Number));
         break;
     case FieldShape::Bits:
-        BitListPrint(value.Number, field.BitNames);
+        ReportBits(value.Number, field.BitNames);
         break;
     case FieldShape::Groups:
         GroupsPrint(field.Groups, value.Number);
         break;
     case FieldShape::Mark:
-        FixedPrint(value.Number == field.Special ? field.Mark : "\n");
+        ReportMore(value.Number == field.Special ? field.Mark : "\n", 0);
+        ReportMeaningOf(value.Number == field.Special ? field.Mark : "");
         break;
     default:
         break;
@@ -281,9 +256,9 @@ FieldOutcome FieldShow(const DecoderField& field, const StructPlace& place) {
 void NumberPrint(const DecoderField& field, const FieldValue& value) {
     if (value.Bytes.size() > sizeof(std::uint32_t)) {
         const auto number = static_cast<unsigned long long>(value.Number);
-        RyxPrintf(field.Format, number, number);
+        ReportLine(value, field.Format, number, number);
     } else {
         const auto number = static_cast<unsigned int>(value.Number);
-        RyxPrintf(field.Format, number, number);
+        ReportLine(value, field.Format, number, number);
     }
 }

@@ -2,7 +2,7 @@
 // the field prints what was read. What does not fit its row does not compile.
 #pragma once
 
-#include "viewer/StructRead.h"
+#include "viewer/Report.h"
 #include "viewer/TextTable.h"
 
 #include <algorithm>
@@ -42,6 +42,7 @@ enum class FieldShape : std::uint8_t {
     Groups,
     Mark,
     Bytes,
+    Uuid,
     Own,
     Size,
     Rows,
@@ -166,14 +167,15 @@ FieldOutcome FieldShow(const DecoderField& field, const StructPlace& place);
 // Prints what was read of a field that is neither a string nor a list of strings.
 void ValuePrint(const DecoderField& field, const StructPlace& place, const FieldValue& value);
 
-// Prints a text whole, whatever its length, with Format, which takes it behind `number` if it takes that.
-void TextPrint(const char* format, std::string_view text, unsigned number = 0);
+// Bytes, and their number.
+FieldValue ValueOf(std::span<const std::uint8_t> bytes);
 
-// Prints bytes in rows of up to 16; `row` takes the text of one.
-void RowsPrint(std::span<const std::uint8_t> bytes, const char* row = "  %s\n");
+// Prints the text of a line's code as the rest of it; Format takes the text, or is it.
+void TextReport(const char* format, const char* text);
 
-// Prints a record's lines, as far as its bytes go.
-void RecordPrint(std::span<const RecordLine> lines, std::span<const std::uint8_t> record, unsigned number = 0);
+// Prints lines about a record, or details of the entry before them, as far as the bytes go.
+void RecordPrint(std::span<const RecordLine> lines, std::span<const std::uint8_t> record, unsigned number = 0,
+                 ReportPart part = ReportPart::Entry);
 
 // Prints Format with the row's value.
 void NumberPrint(const DecoderField& field, const FieldValue& value);
@@ -238,9 +240,12 @@ consteval DecoderField MarkField(std::uint8_t row, const char* format, std::uint
     return field;
 }
 
-// Bytes as they are stored, on one line behind the label.
+// Bytes as they are stored, on one line behind the label; the same for those of a UUID.
 consteval DecoderField BytesField(std::uint8_t row, const char* label) {
     return {row, FieldShape::Bytes, label};
+}
+consteval DecoderField UuidField(std::uint8_t row, const char* label) {
+    return {row, FieldShape::Uuid, label};
 }
 
 // A field that is counted but neither read nor printed.
@@ -280,15 +285,20 @@ consteval DecoderField RowsField(std::uint8_t row, const char* label) {
 }
 
 // The strings of the structure's set, as many of them as the row's value says, or all where the row has no bytes:
-// Format takes the number and the text of each.
-consteval DecoderField StringsField(std::uint8_t row, const char* format) {
-    return {row, FieldShape::Strings, format, "ds"};
+// Format takes the number and the text of each. Programs have them under `label`.
+consteval DecoderField StringsField(std::uint8_t row, const char* format, const char* label = "Strings") {
+    DecoderField field(row, FieldShape::Strings, format, "ds");
+    field.Mark = label;
+    return field;
 }
 
-// The records of a list below the label; nothing when there are none.
-consteval DecoderField RecordsField(std::uint8_t row, const RecordLayout* layout, const char* label = "") {
-    DecoderField field(row, FieldShape::Records, label);
+// The records of a list below the heading; nothing when there are none. Without a heading, programs have them under
+// `label`.
+consteval DecoderField RecordsField(std::uint8_t row, const RecordLayout* layout, const char* heading,
+                                    const char* label = nullptr) {
+    DecoderField field(row, FieldShape::Records, heading);
     field.Records = layout;
+    field.Mark = label;
     return field;
 }
 

@@ -1,5 +1,6 @@
 // The frame that every decoder follows.
 #include "Lib/API/RyxPrint.h"
+#include "viewer/Report.h"
 #include "viewer/StructDispatch.h"
 #include "viewer/ViewerState.h"
 
@@ -8,12 +9,17 @@
 namespace {
 
 constexpr std::uint8_t TypeRow = 0;
+constexpr std::uint8_t LengthRow = 1;
+constexpr std::uint8_t HandleRow = 2;
 
 // Fields 2 and 3; field 1 is shown from the type that the frame has read already.
 constexpr DecoderField HeaderFields[] = {
-    NumberField(1, "Length : 0x%02X (%02d)\n"),
-    NumberField(2, "Handle : 0x%04X (%02d)\n"),
+    NumberField(LengthRow, "Length : 0x%02X (%02d)\n"),
+    NumberField(HandleRow, "Handle : 0x%04X (%02d)\n"),
 };
+
+// For programs the header stands beside the fields, whatever is selected.
+constexpr DecoderField HeaderCounted[] = {CountedField(LengthRow), CountedField(HandleRow)};
 
 static_assert(FieldsFit(0, HeaderFields, TypeRow));
 
@@ -32,6 +38,15 @@ void TypePrint(const StructDecoder& decoder, std::uint64_t type) {
     RyxPrintf("Type : %s\n", name);
 }
 
+void HeaderReport(const StructDecoder& decoder, const StructPlace& place) {
+    FieldValue length;
+    FieldValue handle;
+    FieldRead(place, LengthRow, &length);
+    FieldRead(place, HandleRow, &handle);
+    ReportStructBegin({place.Type, std::string_view(decoder.Name, decoder.NameLength), place.Instance,
+                       static_cast<std::uint16_t>(handle.Number), static_cast<std::uint8_t>(length.Number)});
+}
+
 // What comes after a field.
 enum class FrameStep : std::uint8_t { NextField, NextStruct, End };
 
@@ -42,6 +57,7 @@ FrameStep FieldStep(const DecoderField& field, const StructPlace& place) {
         return FrameStep::NextField;
     }
     const FieldOutcome outcome = FieldShow(field, place);
+    ReportFieldEnd();
     if (outcome == FieldOutcome::Unreadable) {
         return FrameStep::NextStruct;
     }
@@ -52,7 +68,8 @@ FrameStep FieldStep(const DecoderField& field, const StructPlace& place) {
 FrameStep FieldsShow(const StructDecoder& decoder, const StructPlace& place) {
     std::span<const DecoderField> whole = RyxSmbiosWholeGet() ? decoder.Whole : std::span<const DecoderField>();
     FrameStep step = FrameStep::NextField;
-    for (const std::span<const DecoderField> part : {std::span<const DecoderField>(HeaderFields), decoder.Fields}) {
+    for (const std::span<const DecoderField> part :
+         {std::span<const DecoderField>(ViewerJson ? HeaderCounted : HeaderFields), decoder.Fields}) {
         for (const DecoderField& field : part) {
             const bool other = !whole.empty() && whole.front().Row == field.Row;
             if (step = FieldStep(other ? whole.front() : field, place); step != FrameStep::NextField) {
@@ -82,14 +99,17 @@ bool StructShow(const StructDecoder& decoder, const StructPlace& place) {
     }
     ViewerDecoderRan = 1;
     ViewerFieldCounter = 1;
-    RyxPrintf("\n");
-    if (ViewerFieldSelected == 0 || ViewerFieldSelected == 1) {
-        TypePrint(decoder, type.Number);
-        if (ViewerFieldSelected == 1) {
-            return true;
-        }
+    if (ViewerJson) {
+        HeaderReport(decoder, place);
+    } else {
+        RyxPrintf("\n");
     }
-    return FieldsShow(decoder, place) == FrameStep::End;
+    if (!ViewerJson && ViewerFieldSelected <= 1) {
+        TypePrint(decoder, type.Number);
+    }
+    const FrameStep step = ViewerFieldSelected == 1 ? FrameStep::End : FieldsShow(decoder, place);
+    ReportEnd();
+    return step == FrameStep::End;
 }
 
 } // namespace

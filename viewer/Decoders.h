@@ -50,7 +50,8 @@ consteval bool FieldsFit(std::uint8_t type, std::span<const DecoderField> fields
 // A decoder: its type, the name that structures of the type are shown under, and the type's fields from number 4 on.
 // Of the whole table, fields of Whole take the place of those with their rows, and the rest of them follow.
 struct StructDecoder {
-    char Name[44]{}; // in the record itself, so that other constant tables can hold its address
+    char Name[44]{};         // in the record itself, so that other constant tables can hold its address
+    std::uint8_t NameLength; // without the type's number
     std::uint8_t Type;
     DecoderForm Form;
     std::span<const DecoderField> Fields;
@@ -60,7 +61,7 @@ struct StructDecoder {
     consteval StructDecoder(std::uint8_t type, std::string_view name, DecoderForm form,
                             std::span<const DecoderField> fields, std::span<const DecoderField> whole = {},
                             std::string_view before = " (Type ")
-        : Type(type), Form(form), Fields(fields), Whole(whole) {
+        : NameLength(static_cast<std::uint8_t>(name.size())), Type(type), Form(form), Fields(fields), Whole(whole) {
         constexpr std::uint8_t handleRow = 2; // the last one that every type has
         FieldsFit(type, fields, handleRow);
         FieldsFit(type, whole, handleRow, true);

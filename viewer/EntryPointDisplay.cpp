@@ -2,6 +2,7 @@
 #include "viewer/EntryPointDisplay.h"
 
 #include "Lib/API/RyxPrint.h"
+#include "viewer/Report.h"
 #include "viewer/StructRead.h"
 #include "viewer/ViewerState.h"
 
@@ -40,17 +41,17 @@ constexpr EntryPointLine Lines[] = {
 
 void VersionPrint() {
     if (ViewerSmbiosMajor == 0 && ViewerSmbiosMinor == 0) {
-        FixedPrint(NotSupplied);
+        ReportMissing(NotSupplied);
     } else {
-        RyxPrintf("%d.%d\n", ViewerSmbiosMajor, ViewerSmbiosMinor);
+        ReportMore("%d.%d\n", ViewerSmbiosMajor, ViewerSmbiosMinor);
     }
 }
 
 void EachBytePrint(const char* format, std::span<const std::uint8_t> bytes) {
     for (const std::uint8_t byte : bytes) {
-        RyxPrintf(format, byte);
+        ReportMore(format, byte);
     }
-    RyxPrintf("\n");
+    ReportMore("\n");
 }
 
 void FieldPrint(const EntryPointLine& line, const FieldValue& value) {
@@ -58,7 +59,7 @@ void FieldPrint(const EntryPointLine& line, const FieldValue& value) {
     switch (line.Shape) {
     case LineShape::Characters:
         if (value.Bytes.empty() || value.Bytes[0] == 0) {
-            FixedPrint(NotSupplied);
+            ReportMissing(NotSupplied);
         } else {
             EachBytePrint(line.Format, value.Bytes);
         }
@@ -68,9 +69,9 @@ void FieldPrint(const EntryPointLine& line, const FieldValue& value) {
         break;
     default:
         if (number == 0 && line.Shape == LineShape::Number) {
-            FixedPrint(NotSupplied);
+            ReportMissing(NotSupplied);
         } else {
-            RyxPrintf(line.Format, number, number);
+            ReportMore(line.Format, number, number);
         }
         break;
     }
@@ -79,19 +80,26 @@ void FieldPrint(const EntryPointLine& line, const FieldValue& value) {
 } // namespace
 
 RyxStatus EntryPointDisplay() {
-    RyxPrintf("\nEntry Point Structure(EPS)\n");
+    if (ViewerJson) {
+        ReportEntryPointBegin();
+    } else {
+        RyxPrintf("\nEntry Point Structure(EPS)\n");
+    }
+    RyxStatus status = RyxOk;
     for (const EntryPointLine& line : Lines) {
-        FixedPrint(line.Label);
+        FieldValue value;
+        status = line.Shape == LineShape::Version ? RyxOk : EpsFieldRead(line.Field, &value);
+        ReportLine(line.Shape == LineShape::Characters ? FieldValue() : value, line.Label);
+        if (status != RyxOk) {
+            ReportMissing(NotSupplied);
+            break;
+        }
         if (line.Shape == LineShape::Version) {
             VersionPrint();
-            continue;
+        } else {
+            FieldPrint(line, value);
         }
-        FieldValue value;
-        if (const RyxStatus status = EpsFieldRead(line.Field, &value); status != RyxOk) {
-            FixedPrint(NotSupplied);
-            return status;
-        }
-        FieldPrint(line, value);
     }
-    return RyxOk;
+    ReportEnd();
+    return status;
 }

@@ -111,10 +111,11 @@ RyxStatus StructStringRead(std::uint32_t field, std::uint32_t instance, std::str
 std::string_view TextOf(std::span<const std::uint8_t> bytes) {
     const std::string_view all(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     const std::string_view text = all.substr(0, all.find('\0'));
-    if (text.empty()) {
-        return "NULL";
-    }
-    return ControlsHide(text);
+    return text.empty() ? text : ControlsHide(text);
+}
+
+std::string_view TextShown(std::string_view text) {
+    return text.empty() ? "NULL" : text;
 }
 
 std::string_view StringOf(const FieldValue& strings, std::uint32_t number) {
@@ -141,12 +142,4 @@ RyxStatus SmbiosVersionGet(std::uint8_t* major, std::uint8_t* minor) {
 
 void FixedPrint(const char* text) {
     RyxPrintf(text, 0); // takes no argument; a compiler has doubts about a format without one
-}
-
-void BitListPrint(std::uint64_t value, const char* const* names) {
-    for (int i = 0; names[i] != nullptr; ++i) {
-        const int bit = static_cast<int>(value >> (i % 64) & 1);
-        RyxPrintf("  Bit%d %s - %d ", i, names[i], bit);
-        RyxPrintf(bit == 1 ? "(Yes)\n" : "(No)\n");
-    }
 }

@@ -24,15 +24,18 @@ RyxStatus StructAreaRead(std::uint8_t type, std::uint32_t instance, std::uint8_t
 // The strings of a structure's set, each with its NUL.
 RyxStatus StructStringsRead(std::uint8_t type, std::uint32_t instance, FieldValue* value);
 
-// A text in the latest value: bytes of it up to a NUL or their end. Where standard output is a console, a dot stands
-// for every control character. "NULL" when there is no text.
+// A text in the latest value: bytes of it up to a NUL or their end; empty when there is none. Where a console shows it,
+// a dot stands for every control character.
 std::string_view TextOf(std::span<const std::uint8_t> bytes);
 
-// A string of those that StructStringsRead gave last, by its number; "NULL" for one that the set does not hold.
+// How a listing shows a text.
+std::string_view TextShown(std::string_view text);
+
+// A string of those that StructStringsRead gave last, by its number; empty for one that the set does not hold.
 std::string_view StringOf(const FieldValue& strings, std::uint32_t number);
 
-// The text of a string field, whole and terminated, "NULL" for an empty or absent string. It stays valid as bytes do.
-// Where standard output is a console, a dot stands for every control character.
+// The text of a string field, whole and, unless it is empty, terminated; empty for an absent string too. It stays valid
+// as bytes do. Where a console shows it, a dot stands for every control character.
 RyxStatus StructStringRead(std::uint32_t field, std::uint32_t instance, std::string_view* text);
 
 // The SMBIOS version from the entry point; an out-parameter keeps its value when its field can't be read.
@@ -40,6 +43,3 @@ RyxStatus SmbiosVersionGet(std::uint8_t* major, std::uint8_t* minor);
 
 // Prints a text without conversions as a format of its own.
 void FixedPrint(const char* text);
-
-// Prints one line per named bit of a value, from bit 0 on; a null entry ends the names.
-void BitListPrint(std::uint64_t value, const char* const* names);

@@ -5,6 +5,7 @@
 #include "Lib/API/RyxOption.h"
 #include "Lib/API/RyxPrint.h"
 #include "viewer/EntryPointDisplay.h"
+#include "viewer/Report.h"
 #include "viewer/StructDispatch.h"
 #include "viewer/StructRead.h"
 #include "viewer/ViewerState.h"
@@ -144,7 +145,7 @@ ViewerOutcome ViewerRun() {
         RyxArgCommandRegister(command.Name, command.Description, command.Format, command.Syntax);
     }
     // Until the command line is validated, names compare exactly: "/B" does not page and "/NOLOGO" keeps the logo.
-    if (RyxArgCommandFind("b", nullptr) == RyxOk) {
+    if (!ViewerJson && RyxArgCommandFind("b", nullptr) == RyxOk) {
         RyxOptionSet(RyxOptionPaging, 1, 0);
     }
     if (SmbiosVersionGet(&ViewerSmbiosMajor, &ViewerSmbiosMinor) != RyxOk) {
@@ -152,7 +153,7 @@ ViewerOutcome ViewerRun() {
         ViewerSmbiosMinor = 0;
     }
     const bool logo = RyxArgCommandFind("nologo", nullptr) != RyxOk;
-    if (logo) {
+    if (logo && !ViewerJson) {
         LogoPrint();
     }
     if (const RyxStatus status = RyxArgSyntaxProcess(1, 1, nullptr); status != RyxOk) {
@@ -161,11 +162,17 @@ ViewerOutcome ViewerRun() {
         return {ViewerErrorCommandLine, status};
     }
     if (RyxArgCommandFind("help", nullptr) == RyxOk) {
+        if (ViewerJson) { // help is for people
+            RyxPrintToErrorsSet(false);
+            if (logo) {
+                LogoPrint();
+            }
+        }
         RyxPrintf("Usage: Quarrinet [Command]\n\n");
         RyxArgHelpPrint(1);
         return {};
     }
-    if (logo) {
+    if (logo && !ViewerJson) {
         RyxPrintf("SMBIOS Version : %d.%d\n", ViewerSmbiosMajor, ViewerSmbiosMinor);
     }
     if (RyxArgCommandFind("eps", nullptr) == RyxOk) {
@@ -204,6 +211,7 @@ std::uint32_t ViewerMain() {
     ViewerBinClear();
     ViewerToConsoleForget();
     const ViewerOutcome outcome = ViewerRun();
+    ReportRelease();
     ViewerBinsRelease();
     if (outcome.Error != 0) {
         ViewerErrorReport(outcome.Error, outcome.Status);

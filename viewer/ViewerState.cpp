@@ -16,6 +16,7 @@ std::uint8_t ViewerInstanceEnd = 0;
 std::uint8_t ViewerSmbiosMajor = 0;
 std::uint8_t ViewerSmbiosMinor = 0;
 RyxBin* ViewerFieldBin = nullptr;
+bool ViewerJson = false;
 
 namespace {
 
@@ -33,7 +34,7 @@ std::optional<bool> ToConsole;
 
 bool ViewerToConsole() {
     if (!ToConsole) {
-        ToConsole = RyxConsoleIsOutput();
+        ToConsole = !ViewerJson && RyxConsoleIsOutput();
     }
     return *ToConsole;
 }
@@ -77,4 +78,5 @@ void ViewerStateReset() {
     ViewerInstanceEnd = 128;
     ViewerSmbiosMajor = 0;
     ViewerSmbiosMinor = 0;
+    ViewerJson = false;
 }

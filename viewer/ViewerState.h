@@ -14,6 +14,8 @@ extern std::uint8_t ViewerSmbiosMajor; // SMBIOS version read at start-up; 0.0 w
 extern std::uint8_t ViewerSmbiosMinor;
 extern RyxBin* ViewerFieldBin; // latest value read, or none; kept with all earlier ones
 
+extern bool ViewerJson; // the output is for programs
+
 // Whether texts come to a console, which they could drive. It is asked for once a run.
 bool ViewerToConsole();
 

@@ -77,7 +77,7 @@ void PackageFolderKeep() {
 // Whether the environment asks for the whole table.
 bool WholeTableWanted() {
     const char* const value = EnvironmentGet("QUARRINET_WHOLE");
-    return value != nullptr && *value != '\0' && std::strcmp(value, "0") != 0;
+    return value != nullptr && *value != '\0' ? std::strcmp(value, "0") != 0 : LibraryContextGet().WholeByDefault;
 }
 
 RyxStatus PowerChange(std::uint8_t operation) {
@@ -164,8 +164,9 @@ void RyxInstanceStateGet(RyxStatus* tools, RyxStatus* image) {
 }
 
 void RyxLibInitErrorPrint() {
-    std::printf("\nERROR %03d - %s!\n", RyxLibErrorCodeGet(), "RYX library initialization failed");
-    std::fflush(stdout);
+    std::FILE* const stream = LibraryContextGet().PrintToErrors ? stderr : stdout;
+    std::fprintf(stream, "\nERROR %03d - %s!\n", RyxLibErrorCodeGet(), "RYX library initialization failed");
+    std::fflush(stream);
 }
 
 std::uint8_t RyxLibErrorCodeGet() {

@@ -8,15 +8,16 @@
 // Starts the library and the platform: clears the options, records the arguments (kept, not copied), pins the process
 // to one processor, checks administrator rights, loads the helper driver, registers the instance, holds the system
 // awake and chooses a firmware communication method. The environment variable QUARRINET_WHOLE, set to anything but the
-// empty text or 0, makes the whole table count (RyxSmbiosWholeGet). RyxErrorGeneral, RyxErrorNotAdministrator,
-// RyxErrorDriverLoad, RyxErrorPowerRequest; what was done by then is not undone.
+// empty text or 0, makes the whole table count (RyxSmbiosWholeGet), and so does RyxSmbiosWholeDefaultSet without it.
+// RyxErrorGeneral, RyxErrorNotAdministrator, RyxErrorDriverLoad, RyxErrorPowerRequest; what was done by then is not
+// undone.
 RyxStatus RyxLibInit(std::uint32_t argumentCount, char** arguments);
 
 // Undoes the start in reverse; the last tool on the machine removes the driver service. RyxErrorDriverRequest: the
 // driver did not release its communication buffer (the rest is skipped); RyxErrorDriverUnload; RyxErrorPowerRequest.
 RyxStatus RyxLibExit();
 
-// Prints the line that reports a failed start, straight to standard output.
+// Prints the line that reports a failed start, straight to the stream that prints go to.
 void RyxLibInitErrorPrint();
 
 // The exit code of a failed start.

@@ -34,6 +34,10 @@ RyxStatus RyxSmbiosDataGet(std::uint32_t field, std::uint32_t instance, RyxBin**
     return status != RyxOk || !found.Exists() ? status : DmiStructFieldGet(found, descriptor, bin, whole);
 }
 
+void RyxSmbiosWholeDefaultSet(bool whole) {
+    LibraryContextGet().WholeByDefault = whole;
+}
+
 bool RyxSmbiosWholeGet() {
     return LibraryContextGet().WholeTable;
 }

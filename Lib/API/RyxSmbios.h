@@ -21,6 +21,9 @@ RyxStatus RyxSmbiosDataGet(std::uint32_t field, std::uint32_t instance, RyxBin**
 // also where it shows the first one otherwise. The walk ends at a structure whose length is below 4.
 bool RyxSmbiosWholeGet();
 
+// Whether the whole table counts where the environment does not say (see RyxLibInit).
+void RyxSmbiosWholeDefaultSet(bool whole);
+
 // Gives the bytes of a structure from `offset` to the end of its formatted area, never past the table, as a new
 // container that the caller owns (empty when the table ends right at the offset). Instances, and the result without a
 // match, are as for RyxSmbiosDataGet. RyxErrorUnsupported: the formatted area does not reach beyond the offset.

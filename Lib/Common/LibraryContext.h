@@ -30,7 +30,9 @@ struct LibraryContext {
     char PlatformDescription[128];
     char PrintBuffer[1024];
     PagerState Pager;
-    bool WholeTable; // no limit hides structures: whatever their handle, place and number
+    bool WholeTable;     // no limit hides structures: whatever their handle, place and number
+    bool WholeByDefault; // the same, where the environment doesn't say
+    bool PrintToErrors;
     int OutputError; // number of the first error that kept a print from standard output, or 0
 };
 

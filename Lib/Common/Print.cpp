@@ -30,15 +30,16 @@ std::uint32_t FormatLines(const char* format, std::uint32_t width) {
     return lines;
 }
 
-// Writes a text and sees it off; keeps the error that prevents it.
-void OutputWrite(std::string_view text) {
-    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) {
-        return;
+// Writes a text and sees it off; keeps the error that prevents it. Gives how much was written.
+std::size_t OutputWrite(std::string_view text) {
+    const std::size_t written = std::fwrite(text.data(), 1, text.size(), stdout);
+    if (written == text.size() && std::fflush(stdout) == 0) {
+        return written;
     }
-    int& error = LibraryContextGet().OutputError;
-    if (error == 0 && !OutputReaderGone()) {
-        error = errno;
+    if (!OutputReaderGone()) {
+        RyxOutputErrorSet(errno);
     }
+    return written;
 }
 
 // Counts a print's lines and pauses when they fill the page. The page is measured at the first paged print that finds a
@@ -74,6 +75,14 @@ void PageCount(const char* format) {
 } // namespace
 
 RyxStatus RyxPrintf(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    const RyxStatus status = RyxPrintfList(format, arguments);
+    va_end(arguments);
+    return status;
+}
+
+RyxStatus RyxPrintfList(const char* format, std::va_list arguments) {
     if (format == nullptr) {
         return RyxErrorArgument;
     }
@@ -81,15 +90,41 @@ RyxStatus RyxPrintf(const char* format, ...) {
     if (context.Options.Byte[RyxOptionQuiet] == 1 || ConsoleInterrupted()) {
         return RyxOk;
     }
-    std::va_list arguments;
-    va_start(arguments, format);
     const int length = std::vsnprintf(context.PrintBuffer, sizeof context.PrintBuffer, format, arguments);
-    va_end(arguments);
-    OutputWrite({context.PrintBuffer, std::min<std::size_t>(std::max(length, 0), sizeof context.PrintBuffer - 1)});
+    const std::string_view text(context.PrintBuffer,
+                                std::min<std::size_t>(std::max(length, 0), sizeof context.PrintBuffer - 1));
+    if (context.PrintToErrors) {
+        std::fwrite(text.data(), 1, text.size(), stderr);
+        return RyxOk;
+    }
+    OutputWrite(text);
     if (context.Options.Byte[RyxOptionPaging] == 1) {
         PageCount(format);
     }
     return RyxOk;
+}
+
+void RyxPrintToErrorsSet(bool toErrors) {
+    LibraryContextGet().PrintToErrors = toErrors;
+}
+
+// Others may write to the same file: it is cut only where nobody did.
+void RyxOutputWrite(const char* bytes, std::size_t size) {
+    if (ConsoleInterrupted() || LibraryContextGet().OutputError != 0) {
+        return;
+    }
+    std::uint64_t before = 0;
+    std::uint64_t after = 0;
+    const bool file = OutputSizeGet(&before);
+    const std::size_t written = OutputWrite({bytes, size});
+    if (written != size && file && OutputSizeGet(&after) && after - before == written) {
+        OutputCut(before);
+    }
+}
+
+void RyxOutputErrorSet(int error) {
+    int& first = LibraryContextGet().OutputError;
+    first = first != 0 ? first : error;
 }
 
 int RyxOutputErrorGet() {

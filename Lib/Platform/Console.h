@@ -31,5 +31,11 @@ bool ConsoleInterrupted();
 // Ends the process as the system ends interrupted ones.
 [[noreturn]] void ConsoleInterruptedEnd();
 
+// The size in bytes of the file that standard output goes to. False when it is none.
+bool OutputSizeGet(std::uint64_t* size);
+
+// Makes that file so long, and writes on from there.
+void OutputCut(std::uint64_t size);
+
 // Whether the write to standard output that has just failed found that nobody reads there any more.
 bool OutputReaderGone();

@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace StandIn;
@@ -86,6 +87,33 @@ BOOL WINAPI GetConsoleMode(HANDLE hConsoleHandle, LPDWORD lpMode) {
         return FailFalse(ERROR_INVALID_HANDLE);
     }
     *lpMode = 0;
+    return TRUE;
+}
+
+// The file behind standard output is this computer's.
+BOOL WINAPI GetFileSizeEx(HANDLE hFile, PLARGE_INTEGER lpFileSize) {
+    struct stat status {};
+    if (reinterpret_cast<std::intptr_t>(hFile) != OutputHandle || fstat(STDOUT_FILENO, &status) != 0 ||
+        !S_ISREG(status.st_mode)) {
+        return FailFalse(ERROR_INVALID_HANDLE);
+    }
+    lpFileSize->QuadPart = status.st_size;
+    return TRUE;
+}
+
+BOOL WINAPI SetFilePointerEx(HANDLE hFile, LARGE_INTEGER liDistanceToMove, PLARGE_INTEGER, DWORD dwMoveMethod) {
+    if (reinterpret_cast<std::intptr_t>(hFile) != OutputHandle || dwMoveMethod != FILE_BEGIN ||
+        lseek(STDOUT_FILENO, liDistanceToMove.QuadPart, SEEK_SET) < 0) {
+        return FailFalse(ERROR_INVALID_HANDLE);
+    }
+    return TRUE;
+}
+
+BOOL WINAPI SetEndOfFile(HANDLE hFile) {
+    const off_t place = lseek(STDOUT_FILENO, 0, SEEK_CUR);
+    if (reinterpret_cast<std::intptr_t>(hFile) != OutputHandle || place < 0 || ftruncate(STDOUT_FILENO, place) != 0) {
+        return FailFalse(ERROR_INVALID_HANDLE);
+    }
     return TRUE;
 }
 

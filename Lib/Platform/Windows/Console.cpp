@@ -93,6 +93,24 @@ void ConsoleInterruptedEnd() {
     ExitProcess(STATUS_CONTROL_C_EXIT);
 }
 
+bool OutputSizeGet(std::uint64_t* size) {
+    LARGE_INTEGER bytes;
+    if (!GetFileSizeEx(GetStdHandle(STD_OUTPUT_HANDLE), &bytes)) {
+        return false;
+    }
+    *size = static_cast<std::uint64_t>(bytes.QuadPart);
+    return true;
+}
+
+void OutputCut(std::uint64_t size) {
+    const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+    LARGE_INTEGER place;
+    place.QuadPart = static_cast<long long>(size);
+    if (SetFilePointerEx(output, place, nullptr, FILE_BEGIN)) {
+        SetEndOfFile(output);
+    }
+}
+
 // Not every C runtime has an error number of its own for all ways in which the system says so.
 bool OutputReaderGone() {
     const DWORD error = GetLastError();

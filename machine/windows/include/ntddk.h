@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <winnt.h>
 
 #define NTAPI
 #define NTSYSAPI
@@ -83,13 +84,7 @@ typedef struct _UNICODE_STRING {
     WCHAR* Buffer;
 } UNICODE_STRING, *PUNICODE_STRING;
 
-typedef union _LARGE_INTEGER {
-    struct {
-        ULONG LowPart;
-        LONG HighPart;
-    } u;
-    LONGLONG QuadPart;
-} LARGE_INTEGER, *PLARGE_INTEGER, PHYSICAL_ADDRESS;
+typedef LARGE_INTEGER PHYSICAL_ADDRESS;
 
 typedef struct _PHYSICAL_MEMORY_RANGE {
     PHYSICAL_ADDRESS BaseAddress;
