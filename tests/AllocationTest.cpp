@@ -166,22 +166,30 @@ TEST(Allocations, OfTheCommandLine) {
     EXPECT_EQ(Answers(TableMachine(true), defaultAdd), (Statuses{none, memory}));
 }
 
-// A sweep of all allocations, of which one fails or, when it stays, all from one on.
-void AllocationsSweep(bool legacy, bool stays, std::set<std::string>* endings) {
-    Sweep sweep{
-        std::string(legacy ? "legacy road" : "firmware road") + (stays ? ", for good" : ", once"),
-        [legacy] {
-            StartOver(TableMachine(legacy));
-            AllocationFail(0);
-        },
-        {"/eps", "/type", "11", "1"},
-        [stays](const SweepFault* fault) { AllocationFail(fault != nullptr ? fault->Number : 0, stays && fault); },
-        nullptr};
-    const Course undisturbed = Undisturbed(sweep);
+// A sweep of all allocations, without its check, of which one fails or, when it stays, all from one on.
+Sweep AllocationSweep(bool legacy, bool stays) {
+    return {std::string(legacy ? "legacy road" : "firmware road") + (stays ? ", for good" : ", once"),
+            [legacy] {
+                StartOver(TableMachine(legacy));
+                AllocationFail(0);
+            },
+            {"/eps", "/type", "11", "1"},
+            [stays](const SweepFault* fault) { AllocationFail(fault != nullptr ? fault->Number : 0, stays && fault); },
+            nullptr};
+}
+
+std::vector<SweepFault> AllocationsToFail() {
     std::vector<SweepFault> faults;
     for (std::uint64_t number = 1, all = Allocations; number <= all; ++number) {
         faults.push_back({"allocation", number, PhaseAny});
     }
+    return faults;
+}
+
+void AllocationsSweep(bool legacy, bool stays, std::set<std::string>* endings) {
+    Sweep sweep = AllocationSweep(legacy, stays);
+    const Course undisturbed = Undisturbed(sweep);
+    const std::vector<SweepFault> faults = AllocationsToFail();
     sweep.Check = [&](const SweepFault&, const Course& run, const Course* next) {
         LinesCheck(run.Left, {});
         LinesCheck(next->Left, {});
@@ -198,6 +206,22 @@ void AllocationsSweep(bool legacy, bool stays, std::set<std::string>* endings) {
         }
     };
     SweepRun(sweep, undisturbed, faults);
+}
+
+// For programs an object is whole or not there at all, whichever allocation fails.
+TEST(Allocations, ForProgramsEveryObjectIsWhole) {
+    setenv("QUARRINET_FORMAT", "json", 1);
+    for (const bool stays : {false, true}) {
+        Sweep sweep = AllocationSweep(true, stays);
+        EXPECT_EQ(LinesOf(Undisturbed(sweep).Output).size(), 2U);
+        sweep.Check = [](const SweepFault&, const Course& run, const Course*) {
+            for (const std::string& line : LinesOf(run.Output)) {
+                EXPECT_TRUE(line.starts_with("{\"") && line.ends_with("}}")) << line;
+            }
+        };
+        SweepRun(sweep, Undisturbed(sweep), AllocationsToFail());
+    }
+    unsetenv("QUARRINET_FORMAT");
 }
 
 TEST(Allocations, LeaveNothingBehind) {

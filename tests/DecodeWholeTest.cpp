@@ -170,6 +170,8 @@ std::string ShownAtTableEnd(const WholeCase& each, std::size_t cut) {
 }
 
 TEST(DecodeWhole, EveryNewerFieldAloneAndAByteTooShort) {
+    constexpr std::size_t otherTypes = 2; // the rows of types without any of their own
+    EXPECT_EQ(std::size(WholeCases), std::size(DmiNewerFieldTable) - otherTypes) << "every newer field has a case here";
     for (const WholeCase& each : WholeCases) {
         SCOPED_TRACE("type " + std::to_string(each.Type) + ", field " + std::to_string(each.Field));
         EXPECT_EQ(ShownOf(each, each.End), "\n" + each.Lines);
@@ -424,6 +426,10 @@ TEST(DecodeWhole, VersionsCountWhereStrayBytesWould) {
     EXPECT_EQ(Decoded(3, SmbiosBuilder().Begin(3).Raw(area), 20, sku), "\nBoot-up State : 0x00 - None\n");
 }
 
+TEST(DecodeWhole, ChannelsOfTwoHaveNoDeviceBetween) {
+    ExpectWhole(37, 13, {{11, 6, {2}, ""}});
+}
+
 // A host interface without a length in front of its data, or whose records don't fit, is one of the older layout.
 TEST(DecodeWhole, HostInterfacesOfEitherLayout) {
     const auto shown = [](const Bytes& area, std::int64_t field) {
@@ -450,11 +456,56 @@ TEST(DecodeWhole, HostInterfacesOfEitherLayout) {
     Bytes redfish{0x02, 0, 1, 4, 94};
     redfish.resize(5 + 90);
     redfish.insert(redfish.end(), {200, 'b', 'm', 'c'});
+    redfish[5 + 17] = 2; // of IPv6
+    redfish[5 + 18] = 0xFE;
+    redfish[5 + 19] = 0x80;
+    redfish[5 + 33] = 0x0A;
     const std::string records = shown(redfish, 9);
     const std::string end = "Redfish Service Hostname Length : 0xC8 (200)\n     Redfish Service Hostname : bmc\n";
     EXPECT_TRUE(records.ends_with(end)) << records;
-    EXPECT_NE(records.find("     Host IP Address : 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n"),
+    EXPECT_NE(records.find("     Host IP Address : fe80:0000:0000:0000:0000:0000:0000:000a\n"), std::string::npos);
+    EXPECT_NE(records.find("     Redfish Service IP Mask : 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n"),
               std::string::npos);
+    for (const Bytes& cut : {Bytes{0xF0, 4, 1, 2, 3}, {0xF0, 4, 1, 2, 3, 4}, {0xF0, 4, 1, 2, 3, 4, 1, 2}}) {
+        EXPECT_EQ(shown(cut, 6), "\n") << "data, count or record end behind the structure, at " << cut.size();
+    }
+}
+
+// Every byte of a network device's data is its own offset there, but for its type.
+TEST(DecodeWhole, NetworkDevicesShowWhatTheirDataReachTo) {
+    const std::string pci = "PCI/PCIe Network Interface";
+    const std::string pci2 = pci +
+                             " v2\n Vendor ID : 0x0302\n Device ID : 0x0504\n Subsystem Vendor ID : 0x0706\n"
+                             " Subsystem ID : 0x0908\n MAC Address : 0A:0B:0C:0D:0E:0F\n"
+                             " Segment Group Number : 0x1110\n Bus Number : 0x12\n Device/Function Number : 0x13\n";
+    struct {
+        std::uint8_t Device;
+        std::uint8_t Length;
+        std::string Lines;
+    } const cases[] = {
+        {2, 4, "USB Network Interface\n"},
+        {2, 5, "USB Network Interface\n Vendor ID : 0x0201\n Product ID : 0x0403\n"},
+        {3, 8, pci + "\n"},
+        {3, 9,
+         pci + "\n Vendor ID : 0x0201\n Device ID : 0x0403\n Subsystem Vendor ID : 0x0605\n Subsystem ID : 0x0807\n"},
+        {5, 19, pci + " v2\n"},
+        {5, 23, pci2},
+        {5, 24,
+         pci2 + " Device Characteristics : 0x1514\n" + Bits(0x1514, {"Credential bootstrapping via IPMI commands"}) +
+             " Credential Bootstrapping Handle : 0x1716\n"},
+        {6, 24, "Unrecognized\n"},
+    };
+    for (const auto& [device, length, lines] : cases) {
+        Bytes area{0x40, length, device};
+        for (std::uint8_t at = 1; at <= length; ++at) {
+            area.push_back(at < length ? at : 0); // and no record
+        }
+        Selection selection = Whole;
+        selection.Field = 7;
+        const std::string shown = Decoded(42, SmbiosBuilder().Begin(42).Raw(area), 39, selection);
+        const std::size_t at = std::min(shown.find(" Device Type"), shown.size());
+        EXPECT_EQ(shown.substr(at), " Device Type : 0x0" + std::to_string(device) + " - " + lines) << int(length);
+    }
 }
 
 TEST(DecodeWhole, OtherTypesHaveTheirBytesAndStrings) {
@@ -491,19 +542,21 @@ TEST(DecodeWhole, OtherTypesHaveTheirBytesAndStrings) {
 
 // Every number up to the last one of its type shows something of the sample server, and the next one nothing.
 TEST(DecodeWhole, EveryFieldOfTheSampleServerAlone) {
-    constexpr std::pair<std::uint8_t, int> lastFields[] = {
-        {0, 15},  {1, 11},  {3, 21},  {4, 31},  {7, 15},  {9, 21},  {10, 6},  {11, 5}, {12, 5},  {13, 8},
-        {14, 7},  {16, 10}, {17, 42}, {19, 9},  {20, 12}, {37, 11}, {39, 16}, {42, 9}, {43, 11}, {44, 7},
-        {45, 16}, {46, 6},  {47, 5},  {126, 3}, {127, 3}, {128, 5}, {221, 5}, {255, 5}};
+    constexpr std::uint8_t types[] = {0,  1,  3,  4,  7,  9,  10, 11, 12, 13,  14,  16,  17,  19,
+                                      20, 37, 39, 42, 43, 44, 45, 46, 47, 126, 127, 128, 221, 255};
     StartOver(StandIn::SampleServer());
     ASSERT_EQ(DriverRequest(DriverLoad), RyxOk);
     LibraryContextGet().WholeTable = true;
     ViewerInstanceEnd = 255;
-    for (const auto& [type, last] : lastFields) {
+    for (const std::uint8_t type : types) {
+        int last = type == 39 ? -1 : 0; // whose location has a row among the older ones too, which is not shown
+        for (std::uint32_t row = 0; DmiWholeRowPlace(type, row) < DmiAllFieldCount; ++row) {
+            ++last;
+        }
         for (int field = 1; field <= last + 1; ++field) {
             ViewerFieldSelected = field;
             ViewerFieldCounter = 0;
-            const std::string shown = Captured([type = type] { (*StructDecoderTable[type])(type); });
+            const std::string shown = Captured([type] { (*StructDecoderTable[type])(type); });
             ViewerBinsRelease();
             const bool silent = field > last || (type == 13 && field == 6) || (type == 128 && field == 4) ||
                                 (type == 255 && field == 5);

@@ -43,7 +43,7 @@ FieldOutcome StringsShow(const DecoderField& field, const StructPlace& place) {
 void GroupsPrint(std::span<const BitGroup> groups, std::uint64_t value) {
     for (const BitGroup& group : groups) {
         const auto code = static_cast<unsigned int>(value >> group.Shift & group.Mask);
-        if (group.Texts.Low.empty()) {
+        if (group.Texts.Low().empty()) {
             ReportDetail(group.Format, code);
         } else {
             ReportDetail(group.Format, TextFind(group.Texts, code));
@@ -153,7 +153,7 @@ void RecordPrint(std::span<const RecordLine> lines, std::span<const std::uint8_t
         }
         const FieldValue value = ValueOf(record.subspan(line.Offset, line.Width));
         const auto code = static_cast<unsigned>(value.Number);
-        const char* const text = line.Texts.Low.empty() ? nullptr : TextFind(line.Texts, code);
+        const char* const text = line.Texts.Low().empty() ? nullptr : TextFind(line.Texts, code);
         const auto say = [&](auto... values) {
             if (part == ReportPart::Detail) {
                 ReportDetail(line.Format, values...);
@@ -242,7 +242,7 @@ FieldOutcome FieldShow(const DecoderField& field, const StructPlace& place) {
     if (field.Shape == FieldShape::Strings) {
         return StringsShow(field, place);
     }
-    if (field.Show != nullptr) {
+    if (field.Shape == FieldShape::Shown) {
         return field.Show(field, place);
     }
     FieldValue value;

@@ -44,6 +44,7 @@ enum class FieldShape : std::uint8_t {
     Bytes,
     Uuid,
     Own,
+    Shown,
     Size,
     Rows,
     Strings,
@@ -131,18 +132,21 @@ struct DecoderField {
     std::uint8_t Row;
     FieldShape Shape;
     std::uint8_t Widths; // those of the row that Format takes
+    std::uint32_t Mask = 0xFFFFFFFF;
     const char* Format;
     TextTable Texts;
-    std::uint32_t Mask = 0xFFFFFFFF;
-    const char* const* BitNames = nullptr;
-    std::span<const BitGroup> Groups;
-    std::uint64_t Special = 0;
     const char* Mark = nullptr;
-    void (*Print)(const DecoderField& field, const FieldValue& value) = nullptr;
-    FieldOutcome (*Show)(const DecoderField& field, const StructPlace& place) = nullptr;
     std::span<const NumberCase> Cases;
-    std::uint64_t (*Kilobytes)(std::uint64_t number) = nullptr;
-    const RecordLayout* Records = nullptr;
+    // What one shape has alone.
+    union {
+        std::uint64_t Special = 0;                                                 // Mark
+        const char* const* BitNames;                                               // Bits
+        std::span<const BitGroup> Groups;                                          // Groups
+        void (*Print)(const DecoderField& field, const FieldValue& value);         // Own
+        FieldOutcome (*Show)(const DecoderField& field, const StructPlace& place); // Shown
+        std::uint64_t (*Kilobytes)(std::uint64_t number);                          // Size
+        const RecordLayout* Records;                                               // Records
+    };
 
     consteval DecoderField(std::uint8_t row, FieldShape shape, const char* format = "", std::string_view given = "")
         : Row(row), Shape(shape), Widths(FormatWidths(format, given)), Format(format) {}
@@ -220,7 +224,7 @@ consteval DecoderField BitsField(std::uint8_t row, const char* format, const cha
 consteval DecoderField GroupsField(std::uint8_t row, const char* format, std::span<const BitGroup> groups) {
     DecoderField field(row, FieldShape::Groups, format, "n");
     for (const BitGroup& group : groups) {
-        FormatWidths(group.Format, group.Texts.Low.empty() ? "d" : "s");
+        FormatWidths(group.Format, group.Texts.Low().empty() ? "d" : "s");
         if (std::uint64_t{group.Mask} << group.Shift >> 8 * field.Widths != 0) {
             throw "a group's bits are the value's";
         }
@@ -263,7 +267,7 @@ consteval DecoderField OwnField(std::uint8_t row, void (*print)(const DecoderFie
     return field;
 }
 consteval DecoderField OwnField(std::uint8_t row, FieldOutcome (*show)(const DecoderField&, const StructPlace&)) {
-    DecoderField field(row, FieldShape::Own);
+    DecoderField field(row, FieldShape::Shown);
     field.Show = show;
     return field;
 }

@@ -30,7 +30,7 @@ consteval bool FieldsFit(std::uint8_t type, std::span<const DecoderField> fields
         if (field.Widths != AnyWidth && (!std::has_single_bit(width) || (field.Widths & width) == 0)) {
             throw "a format takes its row's width";
         }
-        if (width < 8 && field.Special >> 8 * width != 0) {
+        if (field.Shape == FieldShape::Mark && width < 8 && field.Special >> 8 * width != 0) {
             throw "a special value is one that its row can hold";
         }
         for (const NumberCase& each : field.Cases) {

@@ -27,22 +27,38 @@ struct TextRange {
 // belong to High, whose first entry is A0h. Codes that neither part holds are looked for in Ranges, and then among the
 // Newer ones: those that the standard has named since the table was made. XTexts names the table that fields use, and
 // XLow, XHigh, XRanges and XNewer its parts.
-struct TextTable {
-    std::span<const char* const> Low;
-    std::span<const char* const> High;
-    std::span<const TextRange> Ranges;
-    std::span<const TextRange> Newer;
-
+class TextTable {
+public:
     constexpr TextTable() = default;
     template <std::size_t N>
     constexpr TextTable(const char* const (&low)[N], // NOLINT: a plain array is a text table
                         std::span<const char* const> high = {}, std::span<const TextRange> ranges = {})
-        : Low(low), High(high), Ranges(ranges) {}
+        : LowFirst(low), HighFirst(high.data()), RangesFirst(ranges.data()), LowCount(N), HighCount(Count(high.size())),
+          RangesCount(Count(ranges.size())) {}
     template <std::size_t N>
-    constexpr TextTable(const char* const (&low)[N], std::span<const TextRange> ranges) : Low(low), Ranges(ranges) {}
+    constexpr TextTable(const char* const (&low)[N], std::span<const TextRange> ranges)
+        : TextTable(low, std::span<const char* const>(), ranges) {}
+
+    constexpr std::span<const char* const> Low() const { return {LowFirst, LowCount}; }
+    constexpr std::span<const char* const> High() const { return {HighFirst, HighCount}; }
+    constexpr std::span<const TextRange> Ranges() const { return {RangesFirst, RangesCount}; }
+    constexpr std::span<const TextRange> Newer() const { return {NewerFirst, NewerCount}; }
 
     // The table with newer codes beside it. Codes that don't ascend, or that the table itself holds, don't compile.
     consteval TextTable With(std::span<const TextRange> newer) const;
+
+private:
+    static constexpr std::uint16_t Count(std::size_t count) { return static_cast<std::uint16_t>(count); }
+
+    // Every field has a table, most of them an empty one: small, for the program's file is read whole at each start.
+    const char* const* LowFirst = nullptr;
+    const char* const* HighFirst = nullptr;
+    const TextRange* RangesFirst = nullptr;
+    const TextRange* NewerFirst = nullptr;
+    std::uint16_t LowCount = 0;
+    std::uint16_t HighCount = 0;
+    std::uint16_t RangesCount = 0;
+    std::uint16_t NewerCount = 0;
 };
 
 // The text of a code that no table holds.
@@ -61,15 +77,15 @@ constexpr const char* TextFind(std::span<const TextRange> texts, std::uint64_t c
 // The text of a code; UnrecognizedText for a code that the table does not hold.
 constexpr const char* TextFind(const TextTable& table, std::uint64_t code) {
     constexpr std::uint64_t highFirst = 0xA0;
-    const bool high = !table.High.empty() && code >= highFirst;
-    const std::span<const char* const> part = high ? table.High : table.Low;
+    const bool high = !table.High().empty() && code >= highFirst;
+    const std::span<const char* const> part = high ? table.High() : table.Low();
     const std::uint64_t index = high ? code - highFirst : code;
     if (index < part.size()) {
         return part[static_cast<std::size_t>(index)];
     }
-    const char* text = TextFind(table.Ranges, code);
+    const char* text = TextFind(table.Ranges(), code);
     if (text == nullptr) {
-        text = TextFind(table.Newer, code);
+        text = TextFind(table.Newer(), code);
     }
     return text != nullptr ? text : UnrecognizedText;
 }
@@ -94,6 +110,7 @@ consteval TextTable TextTable::With(std::span<const TextRange> newer) const {
         }
     }
     TextTable table = *this;
-    table.Newer = newer;
+    table.NewerFirst = newer.data();
+    table.NewerCount = Count(newer.size());
     return table;
 }

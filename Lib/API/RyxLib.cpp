@@ -164,7 +164,7 @@ void RyxInstanceStateGet(RyxStatus* tools, RyxStatus* image) {
 }
 
 void RyxLibInitErrorPrint() {
-    std::FILE* const stream = LibraryContextGet().PrintToErrors ? stderr : stdout;
+    std::FILE* const stream = PrintStream();
     std::fprintf(stream, "\nERROR %03d - %s!\n", RyxLibErrorCodeGet(), "RYX library initialization failed");
     std::fflush(stream);
 }

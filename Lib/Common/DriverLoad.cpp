@@ -1,6 +1,7 @@
 // The helper driver: loading, sharing and unloading it.
 #include "Lib/Common/DriverLoad.h"
 
+#include "Lib/Common/Print.h"
 #include "Lib/Platform/Console.h"
 #include "Lib/Platform/Files.h"
 #include "Lib/Platform/System.h"
@@ -47,8 +48,8 @@ DriverState Driver{};
 void CountBegin(LoadMade* made) {
     RegistryKey key = RegistryKeyCreate(CountKey, SharedRegistryView());
     if (key == nullptr) {
-        std::puts("Warning: Failed to create registry for driver.");
-        std::fflush(stdout);
+        std::fputs("Warning: Failed to create registry for driver.\n", PrintStream());
+        std::fflush(PrintStream());
         return;
     }
     made->Count = RegistryNumberWrite(key, CountValue, 1);

@@ -20,8 +20,9 @@ InstanceState Instance;
 RyxStatus ImageRead(std::unique_ptr<std::uint8_t[]>* image, std::uint32_t* size) {
     const RyxStatus status = ExecutableRead(image, size);
     if (status == RyxErrorFileOpen || status == RyxErrorMemory) {
-        std::puts(status == RyxErrorFileOpen ? "Open file failed." : "Allocate memory failed.");
-        std::fflush(stdout);
+        std::FILE* const stream = PrintStream();
+        std::fprintf(stream, "%s\n", status == RyxErrorFileOpen ? "Open file failed." : "Allocate memory failed.");
+        std::fflush(stream);
     }
     return status;
 }

@@ -94,7 +94,7 @@ RyxStatus RyxPrintfList(const char* format, std::va_list arguments) {
     const std::string_view text(context.PrintBuffer,
                                 std::min<std::size_t>(std::max(length, 0), sizeof context.PrintBuffer - 1));
     if (context.PrintToErrors) {
-        std::fwrite(text.data(), 1, text.size(), stderr);
+        std::fwrite(text.data(), 1, text.size(), PrintStream());
         return RyxOk;
     }
     OutputWrite(text);
@@ -102,6 +102,10 @@ RyxStatus RyxPrintfList(const char* format, std::va_list arguments) {
         PageCount(format);
     }
     return RyxOk;
+}
+
+std::FILE* PrintStream() {
+    return LibraryContextGet().PrintToErrors ? stderr : stdout;
 }
 
 void RyxPrintToErrorsSet(bool toErrors) {

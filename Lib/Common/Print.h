@@ -5,6 +5,7 @@
 
 #include <cstdarg>
 #include <cstddef>
+#include <cstdio>
 
 #if defined(__MINGW32__)
 #define RYX_PRINTF_LIKE __attribute__((format(gnu_printf, 1, 2)))
@@ -22,6 +23,9 @@ RyxStatus RyxPrintfList(const char* format, std::va_list arguments);
 
 // From now on RyxPrintf prints to standard error, without pages, or to standard output again.
 void RyxPrintToErrorsSet(bool toErrors);
+
+// The stream that RyxPrintf prints to, for what is printed without it.
+std::FILE* PrintStream();
 
 // Writes bytes to standard output, whatever their number, and flushes them; nothing once the process is interrupted, or
 // a write has failed. One that fails takes back what of them has come into a file. Needs an unbuffered standard output;

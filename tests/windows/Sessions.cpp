@@ -9,6 +9,7 @@
 //     interrupt  presses Ctrl+C on the console of all sessions
 //     lay=FILE   lays a file of somebody else's into the temporary folder
 //     hold=FILE  the same, and lets nobody delete it
+//     NAME=VALUE sets a variable of the environment that sessions start in; nothing behind the sign takes it away
 //     state      prints the users of the driver, the running tools, whether the service exists, the driver files
 #include <windows.h>
 
@@ -227,6 +228,9 @@ int main(int argc, char** argv) {
             Interrupt();
         } else if (word.starts_with("lay=") || word.starts_with("hold=")) {
             FileLay(word.substr(word.find('=') + 1), word[0] == 'h');
+        } else if (const std::size_t sign = word.find('='); sign != word.npos) {
+            const std::string value = word.substr(sign + 1);
+            SetEnvironmentVariableA(word.substr(0, sign).c_str(), value.empty() ? nullptr : value.c_str());
         } else if (word.size() == 2 && (word[0] == 'a' || word[0] == 'b')) {
             Session& session = sessions[word[0] - 'a'];
             if (word[1] == '-') {
