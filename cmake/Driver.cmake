@@ -5,19 +5,6 @@ file(GLOB driver_core CONFIGURE_DEPENDS ${driver_folder}/*.cpp)
 file(GLOB driver_headers CONFIGURE_DEPENDS ${driver_folder}/*.h)
 list(REMOVE_ITEM driver_core ${driver_folder}/HardwareKernel.cpp)
 
-# The images' time stamp: when the sources were committed or, without git, when the release's changes were written down.
-if(DEFINED ENV{SOURCE_DATE_EPOCH})
-  set(driver_time $ENV{SOURCE_DATE_EPOCH})
-else()
-  execute_process(COMMAND git -C ${PROJECT_SOURCE_DIR} log -1 --format=%ct OUTPUT_VARIABLE driver_time
-                  OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
-  if(NOT driver_time)
-    execute_process(COMMAND sh -c "date +%s -d \"$(sed -n '/^ -- /{s/.*>  //p;q}' \"$0\")\""
-                            ${PROJECT_SOURCE_DIR}/packaging/changelog
-                    OUTPUT_VARIABLE driver_time OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-  endif()
-endif()
-
 # driver_image(FILE BITS SOURCE... [FLAGS FLAG...] [IMPORTS NAME...])
 # Makes ${CMAKE_CURRENT_BINARY_DIR}/FILE for 32-bit or 64-bit Windows, signed if anything is, its symbols beside it, and its
 # target image-FILE. An image that does not pass driver/check-image is not made.
@@ -56,7 +43,7 @@ function(driver_image driver_file bits)
     BYPRODUCTS ${CMAKE_CURRENT_BINARY_DIR}/${symbols_file}
     COMMAND ${host}-windres --input-format=rc --output-format=coff ${parts}/version.rc ${parts}/version.o
     COMMAND
-      ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=${driver_time}
+      ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=${source_date}
       ${host}-g++ -std=c++20 -O2 -Wall -Wextra -Wpedantic -Wshadow -Werror -Wframe-larger-than=512
       -ffreestanding -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-stack-protector
       -fno-tree-loop-distribute-patterns ${machine} ${extra_FLAGS} -DRYX_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
@@ -66,7 +53,7 @@ function(driver_image driver_file bits)
       -Wl,--major-image-version=${PROJECT_VERSION_MAJOR},--minor-image-version=${PROJECT_VERSION_MINOR}
       -Wl,--pdb=${parts}/${symbols_file} -lntoskrnl -lhal
     ${sign_image}
-    COMMAND bash ${driver_folder}/check-image ${parts}/${driver_file} ${bits} ${PROJECT_VERSION} ${driver_time}
+    COMMAND bash ${driver_folder}/check-image ${parts}/${driver_file} ${bits} ${PROJECT_VERSION} ${source_date}
             ${extra_IMPORTS}
     COMMAND ${CMAKE_COMMAND} -E copy ${parts}/${driver_file} ${parts}/${symbols_file} ${CMAKE_CURRENT_BINARY_DIR}
     DEPENDS ${driver_core} ${driver_headers} ${hardware} ${parts}/version.rc ${driver_folder}/check-image

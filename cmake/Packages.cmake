@@ -6,6 +6,13 @@ set(CPACK_PACKAGE_VENDOR "Korvath firmware tools")
 set(CPACK_PACKAGE_CONTACT "Korvath firmware tools <quarrinet@korvath.example>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "print every field of a machine's SMBIOS data")
 set(CPACK_STRIP_FILES ON)
+set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_SOURCE_DIR}/cmake/PackageNeeds.cmake)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/PackageStage.cmake)
+# For those two: the program, what looks into it and what changes it, and the time of everything in the package.
+set(CPACK_QUARRINET_PROGRAM ${CMAKE_BINARY_DIR}/Quarrinet)
+set(CPACK_QUARRINET_READELF ${CMAKE_READELF})
+set(CPACK_QUARRINET_OBJCOPY ${CMAKE_OBJCOPY})
+set(CPACK_QUARRINET_DATE ${source_date})
 set(CPACK_VERBATIM_VARIABLES ON)
 
 # The program, its manual page and the completions, under each of the two names that the program has.
@@ -23,6 +30,10 @@ install(FILES packaging/quarrinet.bash DESTINATION ${bash_completions} RENAME qu
 install(FILES ${links}/Quarrinet DESTINATION ${bash_completions})
 install(FILES packaging/quarrinet.fish DESTINATION ${fish_completions})
 install(FILES ${links}/Quarrinet.fish DESTINATION ${fish_completions})
+
+# What describes the output to programs.
+file(GLOB schemas CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.schema.json)
+install(FILES ${schemas} DESTINATION ${CMAKE_INSTALL_DATADIR}/quarrinet)
 
 # Where `cmake --install` and the package differ: the package keeps the places and the forms that Debian asks for. What
 # is installed below a prefix is listed in packaging/installed-files, too.
@@ -43,6 +54,8 @@ add_custom_target(package-files DEPENDS Quarrinet ${compressed})
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/quarrinet.1.gz ${links}/Quarrinet.1.gz DESTINATION ${manuals}
         COMPONENT debian EXCLUDE_FROM_ALL)
 install(FILES packaging/_quarrinet DESTINATION ${zsh_completions}/vendor-completions COMPONENT debian EXCLUDE_FROM_ALL)
+install(FILES packaging/lintian-overrides DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME quarrinet
+        COMPONENT debian EXCLUDE_FROM_ALL)
 install(FILES packaging/copyright ${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian.gz
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quarrinet COMPONENT debian EXCLUDE_FROM_ALL)
 set(CPACK_INSTALL_CMAKE_PROJECTS
@@ -54,7 +67,13 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# Debian's name of the processor for which the compiler compiles; without Debian's tools, of this one.
+execute_process(COMMAND ${CMAKE_CXX_COMPILER} -dumpmachine OUTPUT_VARIABLE triplet OUTPUT_STRIP_TRAILING_WHITESPACE)
+find_program(DPKG_ARCHITECTURE dpkg-architecture)
+if(DPKG_ARCHITECTURE)
+  execute_process(COMMAND ${DPKG_ARCHITECTURE} -t${triplet} -qDEB_HOST_ARCH ERROR_QUIET
+                  OUTPUT_VARIABLE CPACK_DEBIAN_PACKAGE_ARCHITECTURE OUTPUT_STRIP_TRAILING_WHITESPACE)
+endif()
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 # Whatever the builder's umask is.
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ

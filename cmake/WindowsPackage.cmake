@@ -1,40 +1,31 @@
-# What users get: a zip file with the program, the README, the manual as plain text, and what the driver's errors name.
+# What users get, below one folder: the program, a text for administrators, the manual as plain text, and what the driver's
+# errors name. packaging/windows-package makes the ZIP file of it.
 install(TARGETS Quarrinet RUNTIME DESTINATION .)
 
-# Text files on Windows end their lines with CR LF.
-set(manual ${PROJECT_SOURCE_DIR}/docs/Quarrinet.1)
-set(manual_text ${PROJECT_BINARY_DIR}/Quarrinet.txt)
-set(driver_text ${PROJECT_BINARY_DIR}/docs/driver.md)
-add_custom_command(
-  OUTPUT ${driver_text}
-  COMMAND sh -c "mkdir -p \"\${1%/*}\" && sed 's/$/\\r/' \"$0\" >\"$1\"" ${PROJECT_SOURCE_DIR}/docs/driver.md
-          ${driver_text}
-  DEPENDS ${PROJECT_SOURCE_DIR}/docs/driver.md
-  VERBATIM)
-add_custom_target(driver-text ALL DEPENDS ${driver_text})
-install(FILES ${driver_text} DESTINATION docs)
-set(readme ${PROJECT_SOURCE_DIR}/README.md)
-set(readme_text ${PROJECT_BINARY_DIR}/README.md)
+# windows_text(FILE TEXT COMMAND): installs FILE in the place of that name: the command's output for TEXT, with lines that
+# end with CR LF, as they do on Windows.
+function(windows_text file text command)
+  set(made ${PROJECT_BINARY_DIR}/package/${file})
+  cmake_path(GET file PARENT_PATH folder)
+  file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/package/${folder})
+  add_custom_command(
+    OUTPUT ${made}
+    COMMAND bash -c "set -o pipefail && <\"$0\" ${command} | sed 's/$/\\r/' >\"$1\"" ${PROJECT_SOURCE_DIR}/${text} ${made}
+    DEPENDS ${PROJECT_SOURCE_DIR}/${text}
+    VERBATIM)
+  cmake_path(GET file STEM name)
+  add_custom_target(windows-text-${name} ALL DEPENDS ${made})
+  install(FILES ${made} DESTINATION ./${folder})
+endfunction()
+windows_text(README.txt packaging/windows/README.txt cat)
+windows_text(docs/driver.md docs/driver.md cat)
+file(GLOB schemas RELATIVE ${PROJECT_SOURCE_DIR} CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.schema.json)
+foreach(schema IN LISTS schemas)
+  windows_text(${schema} ${schema} cat)
+endforeach()
 find_program(GROFF groff)
-if(EXISTS ${manual} AND GROFF)
-  add_custom_command(
-    OUTPUT ${manual_text}
-    COMMAND sh -c "\"$0\" -man -Tascii -P-cbou \"$1\" | sed 's/$/\\r/' >\"$2\"" ${GROFF} ${manual} ${manual_text}
-    DEPENDS ${manual}
-    VERBATIM)
-  # Users of the program have no sources: the README is theirs without the last part, which is for builders, and
-  # without its links to other files and to that part.
-  add_custom_command(
-    OUTPUT ${readme_text}
-    COMMAND sh -c "sed -E '/^## Install/,$d; s/\\[([^]]*)\\]\\(([^):#]+|#install)\\)/\\1/g; s/$/\\r/' \"$0\" >\"$1\"" ${readme}
-            ${readme_text}
-    DEPENDS ${readme}
-    VERBATIM)
-  add_custom_target(manual ALL DEPENDS ${manual_text} ${readme_text})
+if(GROFF)
+  # The manual has marks around what is not on Windows.
+  windows_text(Quarrinet.txt docs/Quarrinet.1
+               "sed '/^[.].\" not on Windows$/,/^[.].\" on Windows too$/d' | ${GROFF} -man -Tascii -P-cbou")
 endif()
-install(FILES ${manual_text} ${readme_text} DESTINATION .)
-
-set(CPACK_GENERATOR ZIP)
-set(CPACK_PACKAGE_FILE_NAME Quarrinet-${PROJECT_VERSION}-windows)
-set(CPACK_VERBATIM_VARIABLES ON)
-include(CPack)

@@ -19,13 +19,20 @@ struct Overlap {
     std::size_t Length = 0;
 };
 
-Overlap OverlapOf(std::uint64_t address, std::uint64_t length, std::uint64_t region, std::uint64_t regionLength) {
+Overlap OverlapOf(std::uint64_t address, std::size_t length, std::uint64_t region, std::size_t regionLength) {
+    // Addresses have 64 bits everywhere; a distance below a length has no more than that.
     if (region > address) {
-        const std::uint64_t gap = region - address;
-        return gap >= length ? Overlap{} : Overlap{gap, 0, std::min(length - gap, regionLength)};
+        if (region - address >= length) {
+            return {};
+        }
+        const auto gap = static_cast<std::size_t>(region - address);
+        return {gap, 0, std::min(length - gap, regionLength)};
     }
-    const std::uint64_t inside = address - region;
-    return inside >= regionLength ? Overlap{} : Overlap{0, inside, std::min(length, regionLength - inside)};
+    if (address - region >= regionLength) {
+        return {};
+    }
+    const auto inside = static_cast<std::size_t>(address - region);
+    return {0, inside, std::min(length, regionLength - inside)};
 }
 
 } // namespace
