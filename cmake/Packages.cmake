@@ -30,6 +30,8 @@ install(FILES packaging/quarrinet.bash DESTINATION ${bash_completions} RENAME qu
 install(FILES ${links}/Quarrinet DESTINATION ${bash_completions})
 install(FILES packaging/quarrinet.fish DESTINATION ${fish_completions})
 install(FILES ${links}/Quarrinet.fish DESTINATION ${fish_completions})
+install(FILES packaging/quarrinet.conf.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_conf.d
+        RENAME quarrinet.fish)
 
 # What describes the output to programs.
 file(GLOB schemas CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.schema.json)

@@ -30,3 +30,32 @@ _quarrinet() {
     mapfile -t COMPREPLY < <(compgen -W "${candidates[*]}" -- "$word")
 }
 complete -F _quarrinet quarrinet Quarrinet
+
+# Behind export and env, the values of quarrinet's variables; whatever else stands there is completed as it
+# was before. An assignment before a command is bash's own matter.
+declare -gA _quarrinet_before
+_quarrinet_variable() {
+    local at=$COMP_CWORD word=$2 values
+    [[ ${COMP_WORDS[at]} == = ]] && word= || ((--at))
+    if [[ ${COMP_WORDS[at]} == = ]]; then
+        case ${COMP_WORDS[at - 1]} in
+            QUARRINET_FORMAT) values='json text' ;;
+            QUARRINET_WHOLE) values='1 0' ;;
+            QUARRINET_MACHINE) values='host sample sample-server' ;;
+        esac
+    fi
+    if [[ -n $values ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "$values" -- "$word"; [[ $values != host* ]] || compgen -f -- "$word")
+    elif [[ -n ${_quarrinet_before[$1]} ]]; then
+        "${_quarrinet_before[$1]}" "$@"
+    elif [[ $1 == export && ${COMP_WORDS[at]} != = ]]; then
+        compopt -o nospace
+        mapfile -t COMPREPLY < <(compgen -v -S = -- "$word")
+    fi
+}
+for _quarrinet_command in export env; do
+    [[ $(complete -p $_quarrinet_command 2>/dev/null) =~ \ -F\ ([^ ]+)\  ]] || BASH_REMATCH=()
+    [[ ${BASH_REMATCH[1]} == _quarrinet_variable ]] || _quarrinet_before[$_quarrinet_command]=${BASH_REMATCH[1]}
+    complete -o bashdefault -o default -F _quarrinet_variable $_quarrinet_command
+done
+unset _quarrinet_command
