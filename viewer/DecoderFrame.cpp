@@ -38,13 +38,16 @@ void TypePrint(const StructDecoder& decoder, std::uint64_t type) {
     RyxPrintf("Type : %s\n", name);
 }
 
-void HeaderReport(const StructDecoder& decoder, const StructPlace& place) {
+// Begins the structure's object with its whole header. False when that can't be read.
+bool HeaderReport(const StructDecoder& decoder, const StructPlace& place) {
     FieldValue length;
     FieldValue handle;
-    FieldRead(place, LengthRow, &length);
-    FieldRead(place, HandleRow, &handle);
+    if (!FieldRead(place, LengthRow, &length) || !FieldRead(place, HandleRow, &handle)) {
+        return false;
+    }
     ReportStructBegin({place.Type, std::string_view(decoder.Name, decoder.NameLength), place.Instance,
                        static_cast<std::uint16_t>(handle.Number), static_cast<std::uint8_t>(length.Number)});
+    return true;
 }
 
 // What comes after a field.
@@ -100,12 +103,14 @@ bool StructShow(const StructDecoder& decoder, const StructPlace& place) {
     ViewerDecoderRan = 1;
     ViewerFieldCounter = 1;
     if (ViewerJson) {
-        HeaderReport(decoder, place);
+        if (!HeaderReport(decoder, place)) {
+            return false;
+        }
     } else {
         RyxPrintf("\n");
-    }
-    if (!ViewerJson && ViewerFieldSelected <= 1) {
-        TypePrint(decoder, type.Number);
+        if (ViewerFieldSelected == 0 || ViewerFieldSelected == 1) {
+            TypePrint(decoder, type.Number);
+        }
     }
     const FrameStep step = ViewerFieldSelected == 1 ? FrameStep::End : FieldsShow(decoder, place);
     ReportEnd();

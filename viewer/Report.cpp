@@ -434,7 +434,7 @@ void ReportRows(const char* label, std::span<const std::uint8_t> bytes, const ch
 }
 
 void ReportUuid() {
-    EntryNow().Uuid = true;
+    EntryNow().Uuid = ViewerJson;
 }
 
 void ReportItems(const char* heading, const char* label, std::span<const std::uint8_t> strings) {
