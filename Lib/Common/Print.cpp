@@ -114,7 +114,7 @@ void RyxPrintToErrorsSet(bool toErrors) {
 
 // Others may write to the same file: it is cut only where nobody did.
 void RyxOutputWrite(const char* bytes, std::size_t size) {
-    if (ConsoleInterrupted() || LibraryContextGet().OutputError != 0) {
+    if (ConsoleInterrupted()) {
         return;
     }
     std::uint64_t before = 0;

@@ -27,9 +27,9 @@ void RyxPrintToErrorsSet(bool toErrors);
 // The stream that RyxPrintf prints to, for what is printed without it.
 std::FILE* PrintStream();
 
-// Writes bytes to standard output, whatever their number, and flushes them; nothing once the process is interrupted, or
-// a write has failed. One that fails takes back what of them has come into a file. Needs an unbuffered standard output;
-// quiet mode and paging do not count here.
+// Writes bytes to standard output, whatever their number, and flushes them; nothing once the process is interrupted.
+// A write that fails takes back what of them has come into a file. Needs an unbuffered standard output; quiet mode and
+// paging do not count here.
 void RyxOutputWrite(const char* bytes, std::size_t size);
 
 // Makes an error (as of errno) the first one that RyxOutputErrorGet gives, if there was none before.
