@@ -412,6 +412,7 @@ TEST(Driver, TablesAreFoundByTheRootTable) {
         {"a root table that is longer than itself", {fixed, windows}, 0x80000000, 10, {}, true, true},
         {"none of them", {hidden}, 0, 10, {}, false, false},
         {"none of them in a root table without an end", {hidden}, 0x80000000, 10, {}, false, false},
+        {"one of them behind the root table's end", {windows, fixed}, 0U - 4, 10, {}, false, true},
         {"a table without a length", {empty, windows}, 0, 10, {}, false, true},
         {"a port in managed memory", {fixed, windows}, 0, 10, {{fixed + 8, 8}}, false, true},
         {"a root table in managed memory", {fixed, windows}, 0, 10, {{root + 36, 0x100}}, false, false},
