@@ -335,6 +335,7 @@ TEST(AcpiData, TakesEveryValueFromEitherRootTable) {
 TEST(AcpiData, ResultsAndDefaults) {
     Begin(Machine());
     EXPECT_EQ(AcpiDataCollect(), RyxErrorRootTable);
+    EXPECT_EQ(AcpiStateGet().TableCount, 0U);
 
     Begin(MachineOf({Fadt().Put(8, std::uint8_t{6}).Table()}));
     EXPECT_EQ(AcpiDataCollect(), RyxErrorNoCommunication);

@@ -111,6 +111,17 @@ TEST(Json, NumbersUpToThoseThatAreExact) {
     EXPECT_EQ(number(0), "0");
 }
 
+TEST(Json, LessThanARecordIsNoList) {
+    const FormatSet format("json");
+    const TemporaryFolder folder;
+    SmbiosBuilder table;
+    table.Begin(10).Raw({0x83, 0, 1}).Begin(14).Raw({0, 1, 2, 3, 4, 5});
+    for (const char* const type : {"10", "14"}) {
+        const std::string line = RunProgram({"/type", type}, Dump(folder, table)).Output;
+        EXPECT_EQ(line.find("Further"), line.npos) << line;
+    }
+}
+
 TEST(Json, MessagesAndHelpAreNoneOfIt) {
     const FormatSet format("json");
     const Ran unknown = RunProgram({"/type", "250"});
