@@ -56,7 +56,8 @@ TEST(Json, LinesToTheLetter) {
     const FormatSet format("json");
     const TemporaryFolder folder;
     SmbiosBuilder table;
-    table.Begin(1, 0x1234).String("Mak\xC3\xA9r \" ").String("").String("\xFF\\").Byte(0).Raw(UuidBytes).Byte(6);
+    table.Begin(1, 0x1234).String("Mak\xC3\xA9r \" ").String("").String("\xFF\\").Byte(3).Raw(UuidBytes).Byte(6);
+    table.SetString("\x7F\xC2\x85\xC2\xA0\xE2\x80\xA7\xE2\x80\xA8\xE2\x80\xA9\xE2\x80\xAA");
     const std::string header = R"({"type":1,"name":"System","instance":1,"handle":4660,"length":25,"fields":{)";
     const std::string machine = Dump(folder, table);
     EXPECT_EQ(
@@ -65,7 +66,7 @@ TEST(Json, LinesToTheLetter) {
             "\"Manufacturer\":{\"field\":4,\"text\":\"Mak\xC3\xA9r \\\" \"},"
             "\"Product Name\":{\"field\":5,\"text\":null},"
             "\"Version\":{\"field\":6,\"text\":\"\xC3\xBF\\\\\",\"bytes\":\"ff5c\"},"
-            "\"Serial Number\":{\"field\":7,\"text\":null},"
+            "\"Serial Number\":{\"field\":7,\"text\":\"\\u007f\\u0085\xC2\xA0\xE2\x80\xA7\\u2028\\u2029\xE2\x80\xAA\"},"
             R"("UUID":{"field":8,"text":"0x00 0x01 0x02 0x03 0x04 0x05 0x06 0x07 0x08 0x09 0x0A 0x0B 0x0C 0x0D 0x0E 0x0F","bytes":"000102030405060708090a0b0c0d0e0f","uuid":"03020100-0504-0706-0809-0a0b0c0d0e0f"},)"
             R"("Wake-up Type":{"field":9,"text":"0x06 - Power Switch","number":6,"meaning":"Power Switch","bytes":"06"}}})"
             "\n");
@@ -75,6 +76,8 @@ TEST(Json, LinesToTheLetter) {
             R"("Wake-up Type":{"field":9,"text":"0x06 - Power Switch","number":6,"meaning":"Power Switch","bytes":"06"}}})"
             "\n");
     EXPECT_EQ(RunProgram({"/type", "1", "1", "3"}, machine).Output, header + "}}\n");
+    EXPECT_NE(RunProgram({"/eps", "/type", "1", "1", "4"}, machine).Output.find("{\"Manufacturer\":{\"field\":4,"),
+              std::string::npos);
 }
 
 // The first parts of a UUID are numbers with their least significant byte first from version 2.6 on; all bits alike say
