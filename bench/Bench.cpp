@@ -273,7 +273,7 @@ void FormatsCompare(std::FILE* out, const std::string& name, const std::string& 
     ProcessCost listing;
     ProcessCost json;
     WholeSetting = "1";
-    for (int run = 0; run < 100; ++run) {
+    for (int run = 0; run < 50; ++run) {
         ProcessRun({QUARRINET_PROGRAM, "/nologo", "/type"}, machine, &listing);
         ProcessRun({QUARRINET_PROGRAM, "/nologo", "/type"}, machine, &json, "json");
     }
