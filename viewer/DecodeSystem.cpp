@@ -1,6 +1,7 @@
 // Decoders of BIOS, system, base board and chassis structures (types 0 to 3).
 #include "Lib/LittleEndian.h"
 #include "viewer/Decoders.h"
+#include "viewer/ViewerState.h"
 
 #include <algorithm>
 
@@ -232,7 +233,7 @@ constexpr std::uint32_t ChassisTypeMask = 0x7F; // bit 7 tells of a lock
 
 constexpr std::uint8_t ElementLengthRow = 16;
 
-// The list is as long as the number and the length of its records say.
+// The list is as long as the number and the length of its records say; only programs are told where one ends.
 FieldOutcome ContainedElementsShow(const DecoderField& field, const StructPlace& place) {
     FieldValue list;
     FieldValue length;
@@ -244,7 +245,7 @@ FieldOutcome ContainedElementsShow(const DecoderField& field, const StructPlace&
         ReportMore("0x00 (0)\n");
         return FieldOutcome::Printed;
     }
-    const std::size_t size = FieldRead(place, ElementLengthRow, &length) ? length.Number : 0;
+    const std::size_t size = ViewerJson && FieldRead(place, ElementLengthRow, &length) ? length.Number : 0;
     for (std::span<const std::uint8_t> rest = list.Bytes; !rest.empty();) {
         const std::size_t record = size == 0 ? rest.size() : std::min(size, rest.size());
         ReportItemBytes("0x%02x\n", rest.first(record));

@@ -65,12 +65,14 @@ void FieldPrint(const EntryPointLine& line, const FieldValue& value) {
         }
         break;
     case LineShape::Bytes:
+        ReportValue(value);
         EachBytePrint(line.Format, value.Bytes);
         break;
     default:
         if (number == 0 && line.Shape == LineShape::Number) {
             ReportMissing(NotSupplied);
         } else {
+            ReportValue(value);
             ReportMore(line.Format, number, number);
         }
         break;
@@ -87,18 +89,17 @@ RyxStatus EntryPointDisplay() {
     }
     RyxStatus status = RyxOk;
     for (const EntryPointLine& line : Lines) {
+        ReportLine({}, line.Label);
+        if (line.Shape == LineShape::Version) {
+            VersionPrint();
+            continue;
+        }
         FieldValue value;
-        status = line.Shape == LineShape::Version ? RyxOk : EpsFieldRead(line.Field, &value);
-        ReportLine(line.Shape == LineShape::Characters ? FieldValue() : value, line.Label);
-        if (status != RyxOk) {
+        if (status = EpsFieldRead(line.Field, &value); status != RyxOk) {
             ReportMissing(NotSupplied);
             break;
         }
-        if (line.Shape == LineShape::Version) {
-            VersionPrint();
-        } else {
-            FieldPrint(line, value);
-        }
+        FieldPrint(line, value);
     }
     ReportEnd();
     return status;

@@ -342,11 +342,15 @@ void ReportMore(const char* format, ...) {
     va_end(arguments);
 }
 
+void ReportValue(const FieldValue& value) {
+    if (ViewerJson) {
+        EntryNow().Bytes = value.Bytes;
+    }
+}
+
 void ReportMissing(const char* shown) {
     if (ViewerJson) {
-        Entry& entry = EntryNow();
-        entry.Missing = true;
-        entry.Bytes = {};
+        EntryNow().Missing = true;
     } else {
         FixedPrint(shown);
     }

@@ -37,6 +37,9 @@ void ReportDetail(const char* format, ...);
 // Prints more of an entry's line; for programs, what follows the line's end is no text of the entry.
 void ReportMore(const char* format, ...);
 
+// Tells programs the bytes that an entry's line is about, where they were not known when it began.
+void ReportValue(const FieldValue& value);
+
 // Prints `shown`, which takes nothing, as the rest of the line of an entry without a text.
 void ReportMissing(const char* shown);
 
